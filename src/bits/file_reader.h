@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "bits/file.h"
+
+constexpr uint32_t READER_CHUNK_SIZE = 0x100000;
+
+// A file read through one buffer, confined to a byte range when `limited`. The owner opens `file`, sets the range and
+// calls reader_start before the first read. Without a file, `memory` is read instead.
+struct FileReader {
+    File file;
+    std::string path;                         // for messages; the file is open already
+    uint64_t position = 0;                    // absolute offset of the next byte to be delivered
+    std::vector<uint8_t> buffer;              // allocated by reader_start
+    uint32_t valid = 0;                       // bytes now in the buffer
+    uint32_t cursor = 0;                      // index of the next byte to deliver
+    bool limited = false;                     // a byte limit is in force
+    uint64_t start_offset = 0;                // where reading starts
+    int64_t remaining = 0;                    // with `limited`: bytes that may still be consumed
+    std::span<const uint8_t> memory;          // memory mode: the caller's block
+    uint32_t chunk_size = READER_CHUNK_SIZE;  // bytes per request to the stream; tests make it small
+    bool read_error = false;                  // the stream failed in the middle of the file (not its end)
+};
+
+// Opens `path` for reading; a directory cannot be opened. Null on failure, nothing is printed.
+[[nodiscard]] File open_input_file(const std::string& path);
+
+// Seeks to `start_offset` and fills the buffer. Always 0.
+int reader_start(FileReader& reader);
+
+// Copies up to `count` bytes to `destination`; returns how many were delivered (fewer at the end or the limit).
+uint32_t reader_read(uint8_t* destination, uint32_t count, FileReader& reader);
+
+// The next `count` bytes as a view: of the buffer where they lie in one piece, else copied to `scratch` (which holds
+// at least `count` bytes). Shorter at the end or the limit. Valid until the next call on the reader.
+std::span<const uint8_t> reader_view(FileReader& reader, uint32_t count, std::span<uint8_t> scratch);
+
+// Moves by `offset` bytes, forwards or backwards. Always 0; a skip past the limit prints
+// "ERROR: Invalid offset value for seeking." and moves all the same.
+int reader_skip(int64_t offset, FileReader& reader);
+
+// Big-endian integers; bytes that are not there read as zero.
+uint16_t read_be16(FileReader& reader);
+uint32_t read_be32(FileReader& reader);
+uint64_t read_be64(FileReader& reader);
+
+// Closes the file, frees the buffer and clears the record. Closing twice is harmless.
+void reader_close(FileReader& reader);
+
+// Size of the file in bytes (of the block in memory mode). The reader must be started again before it is read on.
+uint64_t reader_file_size(FileReader& reader);

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "bits/file_reader.h"
+#include "playlist/playlist.h"
+#include "playlist/playlist_attributes.h"
+
+// Lives from one EXT-X-MAP to the next: the tracks, their output files and what the playlist says about them.
+struct MediaContext;
+
+struct MediaContextDeleter {
+    void operator()(MediaContext* context) const;
+};
+using MediaContextPtr = std::unique_ptr<MediaContext, MediaContextDeleter>;
+
+// Makes the init context of an EXT-X-MAP. `output_dir` absent: nothing is written. `attrs` may be null; it is copied.
+[[nodiscard]] MediaContextPtr create_init_context(const std::optional<std::string>& output_dir, const std::string& stem,
+                                                  const std::string& init_stem, const PlaylistAttributes* attrs);
+
+// Closes the output files and frees the context; null is allowed. Returns 0, or 11 when data could not be written.
+[[nodiscard]] int release_init_context(MediaContextPtr& context);
+
+// Validates the init section or media segment `segment` that `reader` is open on (opened, not yet confined to the
+// entry's byte range: this does it) and extracts its samples. `context` is null when no init section came first.
+// Returns 0; 11 with findings; 1 when the byte range cannot be applied or the boxes cannot be walked.
+[[nodiscard]] int validate_mp4_segment(FileReader& reader, const SegmentEntry& segment, MediaContext* context);

@@ -1,0 +1,1 @@
+#include "playlist/codecs.h"

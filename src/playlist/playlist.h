@@ -1,0 +1,80 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+// An attribute or tag value as the playlist writes it; absent when the playlist does not carry it.
+using Text = std::optional<std::string>;
+
+// RFC 8216, 4.3.4.1: one EXT-X-MEDIA rendition.
+struct MediaEntry {
+    Text type;
+    Text group_id;
+    Text name;
+    Text default_;
+    Text autoselect;
+    Text language;
+    Text assoc_language;
+    Text channels;
+    Text uri;  // resolved
+    Text forced;
+    Text instream_id;
+    Text characteristics;
+    Text ztp_program[4];   // ZTP_PROGRAM0 to ZTP_PROGRAM3
+    bool has_uri = false;  // set by the master playlist checks: the rendition is to be validated
+};
+
+// RFC 8216, 4.3.4.2: one EXT-X-STREAM-INF or EXT-X-I-FRAME-STREAM-INF variant.
+struct VariantStream {
+    Text bandwidth;
+    Text codecs;
+    Text resolution;
+    Text frame_rate;
+    Text average_bandwidth;
+    Text hdcp_level;
+    Text audio;
+    Text video;
+    Text subtitle;
+    Text closed_captions;
+    Text uri;               // resolved
+    bool selected = false;  // set by the master playlist checks: its media playlist is to be validated
+};
+
+// By the tag that made the entry.
+enum SegmentKind : uint32_t {
+    SEGMENT_NONE = 0,           // counted, but its tag was swallowed as another entry's address
+    SEGMENT_MEDIA = 1,          // EXTINF
+    SEGMENT_BYTE_RANGE = 2,     // EXTINF with EXT-X-BYTERANGE
+    SEGMENT_INIT = 3,           // EXT-X-MAP
+    SEGMENT_DISCONTINUITY = 4,  // EXT-X-DISCONTINUITY
+    SEGMENT_END_LIST = 5,       // EXT-X-ENDLIST
+};
+
+// The two texts of a byte range, split at its first "@".
+struct ByteRange {
+    std::string length;
+    Text offset;
+};
+
+struct SegmentEntry {
+    Text duration;
+    Text uri;  // resolved path
+    std::optional<ByteRange> byte_range;
+    uint32_t kind = SEGMENT_NONE;
+};
+
+struct Playlist {
+    bool is_master = false;
+    Text version;
+    std::vector<MediaEntry> media;
+    Text target_duration;
+    Text media_sequence;
+    std::vector<VariantStream> variants;
+    Text playlist_type;
+    bool independent_segments = false;
+    bool iframes_only = false;
+    std::vector<VariantStream> iframe_variants;
+    std::vector<SegmentEntry> entries;
+};

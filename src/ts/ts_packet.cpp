@@ -1,0 +1,1 @@
+#include "ts/ts_packet.h"

@@ -1,0 +1,1 @@
+#include "ztpinfo/ztpinfo.h"
