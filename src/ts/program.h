@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "ts/descriptors.h"
+
+// ISO/IEC 13818-1, table 2-34: values of stream_type that the reader treats by themselves.
+enum StreamType : uint8_t {
+    STREAM_TYPE_PES_PRIVATE_DATA = 0x06,
+    STREAM_TYPE_ADTS_AAC = 0x0F,
+    STREAM_TYPE_LATM_AAC = 0x11,
+    STREAM_TYPE_AVC = 0x1B,
+    STREAM_TYPE_HEVC = 0x24,
+    STREAM_TYPE_ATSC_AC3 = 0x81,
+    STREAM_TYPE_ATSC_EAC3 = 0x87,
+};
+
+// One elementary stream of a PMT (ISO/IEC 13818-1, table 2-33).
+struct EsRecord {
+    uint8_t stream_type = 0;
+    uint16_t elementary_PID = 0;
+    uint16_t ES_info_length = 0;
+    std::vector<StreamDescriptor> descriptors;
+};
+
+// One program: its PMT section, parsed.
+struct ProgramRecord {
+    uint16_t program_map_PID = 0;
+    uint16_t program_number = 0;
+    uint8_t version_number = 0;
+    bool current_next_indicator = false;
+    uint8_t section_number = 0;
+    uint8_t last_section_number = 0;
+    uint16_t PCR_PID = 0;
+    uint16_t program_info_length = 0;
+    std::vector<StreamDescriptor> descriptors;
+    std::vector<EsRecord> streams;
+};

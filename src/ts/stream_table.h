@@ -1,0 +1,32 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "ac4/ac4_toc.h"
+#include "ztpinfo/ztpinfo.h"
+
+constexpr uint32_t TS_MAX_AUDIO_STREAMS = 10;
+
+// One registered audio stream of a segment. Times in 90 kHz ticks, -1 = unset.
+struct TsAudioStream {
+    uint16_t pid = 0;
+    uint8_t stream_type = 0;
+    uint32_t audio_pes_count = 0;  // PES packets begun
+    uint32_t frames_in_pes = 0;    // audio frames of the last checked PES
+    uint32_t frame_ticks = 0;      // duration of one audio frame
+    int64_t first_pts = -1;
+    int64_t last_pts = -1;
+    int64_t end_pts = -1;
+    ZtpInfoPtr analyzer;  // opened with the first E-AC-3 payload
+    ac4_toc toc;          // of the last AC-4 frame; kept for its arrays
+};
+
+// The registered streams of one segment.
+struct TsStreamTable {
+    std::array<TsAudioStream, TS_MAX_AUDIO_STREAMS> audio;  // in the order of their registration
+    uint32_t audio_count = 0;
+    int64_t video_first_pts = -1;
+    int64_t video_last_pts = -1;
+    uint32_t video_pes_count = 0;
+};
