@@ -1,0 +1,181 @@
+#include "ts/descriptors.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdio>
+
+#include "bits/bit_reader.h"
+#include "ts/lumora_descriptor.h"
+
+namespace {
+
+constexpr uint32_t HEADER_BYTES = 2;  // descriptor_tag, descriptor_length
+constexpr uint8_t DVB_AC4_TAG_EXTENSION = 0x15;
+
+std::string descriptor_name(uint32_t tag) {
+    switch (tag) {
+        case DESCRIPTOR_ISO_639_LANGUAGE:
+            return "(0x0A) ISO 639 Language Descriptor";
+        case DESCRIPTOR_DVB_AC3:
+            return "(0x6A) AC-3 Descriptor (DVB)";
+        case DESCRIPTOR_DVB_EAC3:
+            return "(0x7A) Enhanced AC-3 Descriptor (DVB)";
+        case DESCRIPTOR_DVB_EXTENSION:
+            return "(0x7F) AC4 Descriptor";
+        case DESCRIPTOR_ATSC_AC3:
+            return "(0x81) AC-3 / Descriptor (DVB)";
+        case DESCRIPTOR_LMRA:
+            return "(0xB0) LMRA Descriptor";
+        case DESCRIPTOR_ATSC_EAC3:
+            return "(0xCC) Enhanced AC-3 Descriptor (ATSC)";
+        default:
+            break;
+    }
+    char text[64];
+    std::snprintf(text, sizeof text, "(0x%02x) STREAM DESCRIPTOR IS OF UNKNOWN TYPE", static_cast<unsigned>(tag));
+    return text;
+}
+
+uint8_t read_u8(uint32_t& position, std::span<const uint8_t> bytes, uint32_t bits) {
+    return static_cast<uint8_t>(read_bits(position, bytes, bits));
+}
+
+void read_language(uint32_t& position, std::span<const uint8_t> bytes, std::array<uint8_t, 3>& language) {
+    for (uint8_t& letter : language) letter = read_u8(position, bytes, 8);
+}
+
+void read_eac3_fields(std::span<const uint8_t> bytes, Eac3DescriptorFields& fields) {
+    uint32_t position = 8 * HEADER_BYTES;
+    read_bits(position, bytes, 1);  // reserved
+    fields.bsid_flag = read_u8(position, bytes, 1);
+    fields.mainid_flag = read_u8(position, bytes, 1);
+    fields.asvc_flag = read_u8(position, bytes, 1);
+    fields.mixinfoexists = read_u8(position, bytes, 1);
+    fields.substream1_flag = read_u8(position, bytes, 1);
+    fields.substream2_flag = read_u8(position, bytes, 1);
+    fields.substream3_flag = read_u8(position, bytes, 1);
+    read_bits(position, bytes, 1);  // reserved
+    fields.full_service_flag = read_u8(position, bytes, 1);
+    fields.service_type = read_u8(position, bytes, 3);
+    fields.number_of_channels = read_u8(position, bytes, 3);
+    fields.language_flag = read_u8(position, bytes, 1);
+    fields.language_flag_2 = read_u8(position, bytes, 1);
+    read_bits(position, bytes, 1);  // reserved
+    const uint8_t bsid = read_u8(position, bytes, 5);
+    if (fields.bsid_flag != 0) fields.bsid = bsid;
+    if (fields.mainid_flag != 0) {
+        read_bits(position, bytes, 3);  // reserved
+        fields.priority = read_u8(position, bytes, 2);
+        fields.mainid = read_u8(position, bytes, 3);
+    }
+    if (fields.asvc_flag != 0) fields.asvc = read_u8(position, bytes, 8);
+    if (fields.substream1_flag != 0) fields.substream1 = read_u8(position, bytes, 8);
+    if (fields.substream2_flag != 0) fields.substream2 = read_u8(position, bytes, 8);
+    if (fields.substream3_flag != 0) fields.substream3 = read_u8(position, bytes, 8);
+    if (fields.language_flag != 0) read_language(position, bytes, fields.language);
+    if (fields.language_flag_2 != 0) read_language(position, bytes, fields.language_2);
+    if (fields.substream1_flag != 0) read_language(position, bytes, fields.substream1_lang);
+    if (fields.substream2_flag != 0) read_language(position, bytes, fields.substream2_lang);
+    if (fields.substream3_flag != 0) read_language(position, bytes, fields.substream3_lang);
+    // Absent, and so zero, when the descriptor ends here.
+    read_bits(position, bytes, 7);  // reserved
+    fields.flag_ec3_extension_type_a = read_u8(position, bytes, 1);
+    if (fields.flag_ec3_extension_type_a != 0) fields.complexity_index_type_a = read_u8(position, bytes, 8);
+}
+
+// The first rule that is broken prints its finding and ends the checks.
+int check_eac3_fields(const Eac3DescriptorFields& fields) {
+    if (fields.mainid_flag != 0 || fields.asvc_flag != 0 || fields.mixinfoexists != 0 || fields.language_flag_2 != 0) {
+        std::printf(
+            "ERROR: Check the EAC3 descriptor, and make sure that all of the following fields are set to 0, mainid_flag, asvc_flag, mixinfoexists_flag, and language_flag_2.\n");
+        return 11;
+    }
+    switch (fields.service_type) {
+        case 0:
+            if (fields.full_service_flag == 1) return 0;
+            std::printf(
+                "ERROR: Check the EAC3 descriptor, and make sure that the service_type=0, while full_service_flag = %d .\n",
+                fields.full_service_flag);
+            return 11;
+        case 1:
+        case 4:
+            if (fields.full_service_flag == 0) return 0;
+            std::printf(
+                "ERROR: Check the EAC3 descriptor, and make sure that the service_type=1 or 4,w hile full_service_flag = %d .\n",
+                fields.full_service_flag);
+            return 11;
+        case 5:
+            if (fields.number_of_channels == 0) return 0;
+            std::printf(
+                "ERROR: Check the EAC3 descriptor, and make sure that the service_type=5, while number_of_channels = %d .\n",
+                fields.number_of_channels);
+            return 11;
+        case 6:
+            if (fields.full_service_flag == 1 && fields.number_of_channels == 0) return 0;
+            std::printf(
+                "ERROR: Check the EAC3 descriptor, and make sure that the service_type=6, while full_service_flag = %d, number_of_channels = %d .\n",
+                fields.full_service_flag, fields.number_of_channels);
+            return 11;
+        default:
+            return 0;
+    }
+}
+
+// Takes up to `wanted` bytes at the bit position, as far as they are there; the position moves by all of them.
+void copy_bytes(uint32_t& position, std::span<const uint8_t> bytes, size_t wanted, std::vector<uint8_t>& out) {
+    const std::span<const uint8_t> rest = bytes.subspan(std::min<size_t>(position / 8, bytes.size()));
+    const std::span<const uint8_t> taken = rest.first(std::min(wanted, rest.size()));
+    out.assign(taken.begin(), taken.end());
+    position += static_cast<uint32_t>(8 * wanted);
+}
+
+int parse_ac4_descriptor(std::span<const uint8_t> bytes, Ac4DescriptorFields& fields) {
+    uint32_t position = 8 * HEADER_BYTES;
+    fields.descriptor_tag_extension = read_u8(position, bytes, 8);
+    if (fields.descriptor_tag_extension != DVB_AC4_TAG_EXTENSION) {
+        std::printf("ERROR: Vexro AC-4 descriptor tag extension must be set to 0x15 according to DVB.\n");
+        return 11;
+    }
+    fields.ac4_config_flag = read_u8(position, bytes, 1);
+    fields.ac4_toc_flag = read_u8(position, bytes, 1);
+    read_bits(position, bytes, 6);  // reserved
+    if (fields.ac4_config_flag != 0) {
+        fields.ac4_dialog_enhancement_enabled = read_u8(position, bytes, 1);
+        fields.ac4_channel_mode = read_u8(position, bytes, 2);
+        read_bits(position, bytes, 5);  // reserved
+    }
+    if (fields.ac4_toc_flag != 0) {
+        fields.ac4_toc_len = read_u8(position, bytes, 8);
+        copy_bytes(position, bytes, fields.ac4_toc_len, fields.ac4_dsi_byte);
+    }
+    if (position / 8 >= bytes.size()) return 0;
+    copy_bytes(position, bytes, bytes.size() - position / 8, fields.additional_info_byte);
+    std::printf("ERROR: The additional_info in Vexro AC-4 audio stream descriptor must not be used.\n");
+    return 11;
+}
+
+}  // namespace
+
+int parse_descriptor(std::span<const uint8_t> bytes, StreamDescriptor& descriptor, uint32_t& consumed) {
+    descriptor = {};
+    uint32_t position = 0;
+    descriptor.tag = read_bits(position, bytes, 8);
+    descriptor.length = read_bits(position, bytes, 8);
+    const std::span<const uint8_t> own = bytes.first(std::min<size_t>(descriptor.length + HEADER_BYTES, bytes.size()));
+    descriptor.length = own.size() > HEADER_BYTES ? static_cast<uint32_t>(own.size()) - HEADER_BYTES : 0;
+    descriptor.name = descriptor_name(descriptor.tag);
+    descriptor.raw.assign(own.begin(), own.end());
+    consumed = static_cast<uint32_t>(own.size());
+    switch (descriptor.tag) {
+        case DESCRIPTOR_ATSC_EAC3:
+        case DESCRIPTOR_DVB_EAC3:
+            read_eac3_fields(own, descriptor.eac3);
+            return check_eac3_fields(descriptor.eac3);
+        case DESCRIPTOR_DVB_EXTENSION:
+            return parse_ac4_descriptor(own, descriptor.ac4);
+        case DESCRIPTOR_LMRA:
+            return parse_lumora_descriptor(own, descriptor.lmra);
+        default:
+            return 0;
+    }
+}
