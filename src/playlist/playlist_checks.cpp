@@ -1,1 +1,163 @@
 #include "playlist/playlist_checks.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "playlist/codecs.h"
+
+namespace {
+
+// The first variant of every group, by the group's name.
+using GroupIndex = std::unordered_map<std::string_view, const VariantStream*>;
+
+GroupIndex index_groups(const Playlist& playlist, Text VariantStream::*group) {
+    GroupIndex index;
+    for (const VariantStream& variant : playlist.variants) {
+        if (variant.*group) index.try_emplace(*(variant.*group), &variant);
+    }
+    return index;
+}
+
+const VariantStream* find_group(const GroupIndex& index, const Text& group_id) {
+    if (!group_id) return nullptr;
+    const auto found = index.find(*group_id);
+    return found != index.end() ? found->second : nullptr;
+}
+
+bool contains(const Text& text, std::string_view part) {
+    return text && text->find(part) != std::string::npos;
+}
+
+int check_language(const Text& language) {
+    constexpr std::string_view LANGUAGES[] = {"en", "fr", "de", "ja", "zh", "es"};
+    if (!language) return 0;
+    if (language->size() != 2) {
+        std::printf(
+            "ERROR: The LANGUAGE attribute of #EXT-X-MEDIA should be 2 characters, please refer to [RFC5646].\n");
+        return -1;
+    }
+    if (std::find(std::begin(LANGUAGES), std::end(LANGUAGES), *language) == std::end(LANGUAGES))
+        std::printf("WARNING: Unknown LANGUAGE attribute %s of #EXT-X-MEDIA has been found.\n", language->c_str());
+    return 0;
+}
+
+int check_media(MediaEntry& media, const GroupIndex& audio_groups, const GroupIndex& video_groups) {
+    media.has_uri = media.uri.has_value();
+    if (!media.has_uri) std::printf("WARNING: #EXT-X-MEDIA does not have a URI attribute.\n");
+    int status = check_language(media.language);
+    const bool is_audio = media.type == "AUDIO";
+    const bool is_video = media.type == "VIDEO";
+    if (!is_audio && !is_video) return status;
+    const VariantStream* variant = find_group(is_audio ? audio_groups : video_groups, media.group_id);
+    // A name is required for E-AC-3 alone.
+    if (is_audio && variant != nullptr && contains(variant->codecs, "ec-3") && !media.name) {
+        std::printf("ERROR: #EXT-X-MEDIA parameter must include a NAME attribute.\n");
+        status = -1;
+    }
+    if (media.group_id && variant == nullptr) {
+        // Worded as warnings, but they fail the playlist: deliberate.
+        if (is_audio)
+            std::printf("WARNING: No match AUDIO= \"%s\" found in #EXT-X-STREAM-INF.\n", media.group_id->c_str());
+        else
+            std::printf("WARNING: No match VIDEO= \"%s\" found in #EXT-X-STREAM-INF.\n", media.group_id->c_str());
+        media.has_uri = false;
+        status = -1;
+    }
+    return status;
+}
+
+// For every variant: does a later one of the same audio group carry other audio codecs? Variants without CODECS or
+// without an audio group take no part. Walks backwards, so that one look at the group's last seen variant is enough.
+std::vector<bool> find_audio_differences(const Playlist& playlist) {
+    struct LaterVariants {
+        std::string codecs;
+        bool differ = false;
+    };
+    std::unordered_map<std::string_view, LaterVariants> groups;
+    std::vector<bool> differs(playlist.variants.size());
+    for (size_t i = playlist.variants.size(); i-- > 0;) {
+        const VariantStream& variant = playlist.variants[i];
+        if (!variant.codecs || !variant.audio) continue;
+        std::string codecs = filter_codecs(*variant.codecs, CodecsFilter::AUDIO);
+        const auto [group, is_last] = groups.try_emplace(*variant.audio);
+        LaterVariants& later = group->second;
+        if (!is_last && later.codecs != codecs) later.differ = true;
+        differs[i] = later.differ;
+        later.codecs = std::move(codecs);
+    }
+    return differs;
+}
+
+int report_missing_sdr_fourcc() {
+    std::printf(
+        "ERROR: Backward-compatible Lumora stream was indicated in the CODECS string of #EXT-X-STREAM-INF but, meanwhile, SDR fourcc code is missing.\n");
+    return -1;
+}
+
+int check_lumora(const Text& codecs) {
+    const auto has = [&](std::string_view part) { return contains(codecs, part); };
+    int status = 0;
+    if (has("lmav") && !has("avc3")) status |= report_missing_sdr_fourcc();
+    if (has("lma1") && !has("avc1")) status |= report_missing_sdr_fourcc();
+    if (has("lmhe") && !has("lmhe.05") && !has("hev1")) status |= report_missing_sdr_fourcc();
+    if (has("lmh1") && !has("lmh1.05") && !has("hvc1")) status |= report_missing_sdr_fourcc();
+    if ((has("lmhe.05") || has("lmh1.05")) && (has("avc3") || has("avc1") || has("hev1") || has("hvc1"))) {
+        std::printf(
+            "ERROR: Non-backward-compatible Lumora stream profile was indicated in the CODECS string of #EXT-X-STREAM-INF but, meanwhile, SDR fourcc code exist too.\n");
+        status = -1;
+    }
+    return status;
+}
+
+int check_variant(VariantStream& variant, bool audio_differs) {
+    if (!variant.codecs) {
+        std::printf("ERROR: No CODECS attribute found in #EXT-X-STREAM-INF.\n");
+        return -1;
+    }
+    int status = 0;
+    if (audio_differs) {
+        std::printf(
+            "ERROR: Inaccordance audio codec found in #EXT-X-STREAM-INF which has the same attribute of AUDIO=\"%s\".\n",
+            variant.audio->c_str());
+        status = -1;
+    }
+    status |= check_lumora(variant.codecs);
+    variant.selected = variant.uri || variant.audio || variant.video;
+    if (!variant.selected) {
+        std::printf("Warning: Neither URL nor AUDIO/VIDEO group id has been specified in the #EXT-X-STREAM-INF.\n");
+        status = -1;
+    }
+    if (!variant.bandwidth) {
+        // Only the presence is tested.
+        std::printf(
+            "ERROR: The BANDWIDTH attribute of #EXT-X-STREAM-INF parameter in the playlist must match what is written in the reference stream.\n");
+        status = -1;
+    }
+    return status;
+}
+
+// Of the selected variants with one address only the first stays selected.
+void unselect_duplicates(Playlist& playlist) {
+    std::unordered_set<std::string_view> seen;
+    for (VariantStream& variant : playlist.variants) {
+        if (variant.selected && variant.uri && !seen.insert(*variant.uri).second) variant.selected = false;
+    }
+}
+
+}  // namespace
+
+int check_master_playlist(Playlist& playlist) {
+    int status = 0;
+    const GroupIndex audio_groups = index_groups(playlist, &VariantStream::audio);
+    const GroupIndex video_groups = index_groups(playlist, &VariantStream::video);
+    for (MediaEntry& media : playlist.media) status |= check_media(media, audio_groups, video_groups);
+    const std::vector<bool> audio_differs = find_audio_differences(playlist);
+    for (size_t i = 0; i < playlist.variants.size(); ++i)
+        status |= check_variant(playlist.variants[i], audio_differs[i]);
+    unselect_duplicates(playlist);
+    return status;
+}

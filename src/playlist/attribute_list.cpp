@@ -1,0 +1,52 @@
+#include "playlist/attribute_list.h"
+
+#include <algorithm>
+#include <string>
+
+namespace {
+
+// The value of a CODECS attribute is complete when something that ends with a double quote follows its opening one.
+bool is_closed(std::string_view value) {
+    value = trim_right(value);
+    return value.size() >= 2 && value.back() == '"';
+}
+
+size_t end_of_piece(std::string_view list, size_t start) {
+    return std::min(list.find(',', start), list.size());
+}
+
+std::string_view strip_quotes(std::string_view value, AttributeForm form) {
+    if (form == AttributeForm::RAW) return value;
+    const bool cut_last = form == AttributeForm::QUOTED || is_closed(value);
+    if (!value.empty()) value.remove_prefix(1);
+    if (cut_last && !value.empty()) value.remove_suffix(1);
+    return value;
+}
+
+}  // namespace
+
+std::string_view trim_left(std::string_view text) {
+    text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
+    return text;
+}
+
+std::string_view trim_right(std::string_view text) {
+    return text.substr(0, text.find_last_not_of(" \t\r\n") + 1);
+}
+
+void parse_attribute_list(std::string_view list, std::span<const AttributeSlot> slots) {
+    for (size_t start = 0, end = 0; start < list.size(); start = end + 1) {
+        end = end_of_piece(list, start);
+        const size_t equals = list.find('=', start);
+        if (equals >= end) continue;
+        std::string_view name = trim_right(list.substr(start, equals - start));
+        name.remove_prefix(std::min(name.find_first_not_of(" \t\r\n"), name.size()));
+        const auto slot = std::find_if(slots.begin(), slots.end(), [&](const auto& s) { return s.name == name; });
+        if (slot == slots.end()) continue;
+        const size_t value = equals + 1;
+        if (slot->form == AttributeForm::CODECS) {
+            while (end < list.size() && !is_closed(list.substr(value, end - value))) end = end_of_piece(list, end + 1);
+        }
+        *slot->value = strip_quotes(trim_right(list.substr(value, end - value)), slot->form);
+    }
+}
