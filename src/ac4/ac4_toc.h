@@ -1,1 +1,175 @@
 #pragma once
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+// The table of contents of an AC-4 raw frame, ETSI TS 103 190-1 and TS 103 190-2, in the standard's field names. A
+// field that the syntax leaves out is 0.
+
+// More presentations, substream groups or substreams than this are a failed parse.
+constexpr uint32_t AC4_MAX_ELEMENTS = 20000;
+
+// A substream group index where the syntax gives none because the group stands in its place.
+constexpr uint16_t AC4_NO_GROUP_INDEX = 0xFFFF;
+
+// presentation_version of a presentation that is rendered for headphones (immersive stereo).
+constexpr uint32_t AC4_IMS_PRESENTATION_VERSION = 2;
+
+// presentation_config of a presentation that consists of EMDF substreams alone.
+constexpr uint32_t AC4_CONFIG_EMDF_ONLY = 6;
+
+// TS 103 190-2, emdf_info; the payload substream and the protection bits are not kept.
+struct ac4_emdf_info {
+    uint32_t emdf_version = 0;
+    uint32_t key_id = 0;
+};
+
+// TS 103 190-1, 4.2.3.7 content_type, with the flag that announces it.
+struct ac4_content_type {
+    uint8_t b_content_type = 0;
+    uint8_t content_classifier = 0;
+    uint8_t b_language_indicator = 0;
+    uint8_t b_serialized_language_tag = 0;  // the tag is spread over frames: there are no language_tag_bytes
+    uint8_t n_language_tag_bytes = 0;
+    std::array<uint8_t, 63> language_tag_bytes{};
+};
+
+// TS 103 190-1, ac4_substream_info: a substream of a version-0 presentation.
+struct ac4_substream_info {
+    uint32_t channel_mode = 0;  // number of the mode, TS 103 190-2, table 78
+    uint8_t b_sf_multiplier = 0;
+    uint8_t sf_multiplier = 0;
+    uint8_t b_bitrate_indicator = 0;
+    uint8_t bitrate_indicator = 0;  // number of the code, 0 to 19
+    uint8_t add_ch_base = 0;
+    ac4_content_type content_type;
+    uint32_t substream_index = 0;
+};
+
+// TS 103 190-1, ac4_presentation_info: version-0 presentation.
+struct ac4_presentation_info {
+    uint8_t b_single_substream = 0;
+    uint32_t presentation_config = 0;
+    uint32_t presentation_version = 0;
+    uint8_t b_add_emdf_substreams = 0;
+    uint8_t mdcompat = 0;
+    uint8_t b_presentation_id = 0;
+    uint32_t presentation_id = 0;
+    uint8_t frame_rate_factor = 1;
+    ac4_emdf_info emdf_info;
+    uint8_t b_hsf_ext = 0;
+    uint32_t hsf_ext_substream_index = 0;
+    uint8_t n_substreams = 0;  // how many of `substreams` are coded
+    std::array<ac4_substream_info, 3> substreams;
+    uint8_t b_pre_virtualized = 0;
+    std::vector<ac4_emdf_info> emdf_substreams;  // n_add_emdf_substreams of them
+
+    // Derived from the substreams.
+    uint32_t presentation_channel_mask = 0;
+};
+
+// TS 103 190-2, ac4_presentation_v1_info.
+struct ac4_presentation_v1_info {
+    uint8_t b_single_substream_group = 0;
+    uint32_t presentation_config = 0;
+    uint32_t presentation_version = 0;
+    uint8_t mdcompat = 0;
+    uint8_t b_presentation_id = 0;
+    uint32_t presentation_id = 0;
+    uint8_t frame_rate_factor = 1;
+    uint8_t frame_rate_fraction = 1;
+    ac4_emdf_info emdf_info;
+    uint8_t b_presentation_filter = 0;
+    uint8_t b_enable_presentation = 0;
+    uint8_t b_multi_pid = 0;
+    uint32_t n_substream_groups = 0;      // as the standard counts: without a dialogue enhancement group
+    std::vector<uint16_t> group_indices;  // one per coded ac4_sgi_specifier
+    uint8_t b_pre_virtualized = 0;
+    uint8_t b_add_emdf_substreams = 0;
+    uint8_t b_alternative = 0;
+    std::vector<ac4_emdf_info> emdf_substreams;  // n_add_emdf_substreams of them
+
+    // Derived from the substreams of the groups named.
+    uint8_t b_presentation_channel_coded = 0;
+    int8_t presentation_ch_mode = -1;  // -1: none
+    uint8_t pres_b_4_back_channels_present = 0;
+    uint8_t pres_top_channel_pairs = 0;
+    uint32_t presentation_channel_mask = 0;
+    int8_t pres_ch_mode_core = -1;  // -1: no core mode
+};
+
+// A substream of a group: TS 103 190-2, ac4_substream_info_chan, ac4_substream_info_ajoc or ac4_substream_info_obj.
+struct ac4_group_substream {
+    uint8_t sus_ver = 0;
+    // Channel coded.
+    uint32_t channel_mode = 0;
+    uint8_t b_4_back_channels_present = 0;
+    uint8_t b_centre_present = 0;
+    uint8_t top_channels_present = 0;
+    uint8_t add_ch_base = 0;
+    // Objects.
+    uint8_t b_ajoc = 0;
+    uint8_t b_lfe = 0;
+    uint8_t b_static_dmx = 0;
+    uint8_t n_dmx_objects_minus1 = 0;  // n_fullband_dmx_signals_minus1
+    uint8_t n_umx_objects_minus1 = 0;  // n_fullband_upmix_signals_minus1, the four bits as they are coded
+    uint8_t b_substream_contains_bed_objects = 0;
+    uint8_t b_substream_contains_dynamic_objects = 0;
+    uint8_t b_substream_contains_ISF_objects = 0;
+    // All.
+    uint8_t b_sf_multiplier = 0;
+    uint8_t sf_multiplier = 0;
+    uint8_t b_bitrate_indicator = 0;
+    uint8_t bitrate_indicator = 0;  // number of the code, 0 to 19
+    uint32_t substream_index = 0;
+    uint32_t hsf_ext_substream_index = 0;
+};
+
+// TS 103 190-2, ac4_substream_group_info. The substreams of all groups lie in one array of the table of contents.
+struct ac4_substream_group_info {
+    uint8_t b_substreams_present = 0;
+    uint8_t b_hsf_ext = 0;
+    uint8_t b_single_substream = 0;
+    uint32_t n_lf_substreams = 0;
+    uint8_t b_channel_coded = 0;
+    uint8_t b_oamd_substream = 0;
+    uint32_t first_substream = 0;  // index of the group's first substream in ac4_toc::group_substreams
+    ac4_content_type content_type;
+};
+
+// TS 103 190-2, ac4_toc.
+struct ac4_toc {
+    uint8_t bitstream_version = 0;
+    uint8_t fs_index = 0;
+    uint8_t frame_rate_index = 0;
+    uint8_t b_iframe_global = 0;
+    uint8_t b_single_presentation = 0;
+    uint32_t n_presentations = 0;
+    uint16_t short_program_id = 0;
+    uint8_t b_program_id = 0;
+    uint8_t b_program_uuid_present = 0;
+    std::array<uint16_t, 8> program_uuid{};
+    std::vector<ac4_presentation_info> presentations_v0;     // bitstream_version 0 and 1
+    std::vector<ac4_presentation_v1_info> presentations_v1;  // bitstream_version above 1
+    uint32_t n_substream_groups = 0;
+    std::vector<ac4_substream_group_info> substream_groups;
+    std::vector<ac4_group_substream> group_substreams;
+};
+
+// Parses the table of contents at bit `position` of the raw frame `buffer` (the frame without sync word, frame size and
+// CRC) into `toc` and moves `position` behind it, aligned to a whole byte counted from its first bit. What `toc` held
+// before is replaced; its arrays keep their memory, so that the frames of one stream are parsed without allocation.
+// Returns 0, or -1 when the table runs past the frame or counts more than AC4_MAX_ELEMENTS; the record then holds what
+// was read up to there. Nothing is printed.
+[[nodiscard]] int32_t ac4_toc_parse(std::span<const uint8_t> buffer, uint32_t& position, ac4_toc& toc);
+
+// mdcompat of the first presentation, 0 when there is none.
+uint8_t ac4_toc_mdcompat(const ac4_toc& toc);
+
+// The RFC 6381 codec string that CODECS attributes are compared with: "ac-4.", bitstream_version, 0 or 1 for the
+// presentation version (0 when bitstream_version is 0 or 1) and mdcompat of the first presentation, two hex digits
+// each.
+std::string ac4_toc_codec_string(const ac4_toc& toc);

@@ -1,0 +1,1 @@
+#include "ac4/ac4_dsi.h"
