@@ -1,0 +1,71 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <span>
+
+#include "ztpinfo/fmi_api.h"
+#include "ztpinfo/ztpinfo.h"
+
+// Timeslices: the frames that all substreams of a stream carry for the same span of audio. A program is one independent
+// substream with its dependent ones.
+
+constexpr uint32_t COMPLIANCE_NUMBERS = 192;
+
+enum ComplianceFlag : uint8_t { FLAG_CLEAR = 0, FLAG_FAILURE = 1, FLAG_WARNING = 2 };
+
+// Findings by message number.
+struct ComplianceFlags {
+    bool any_failure = false;
+    bool any_set = false;  // failure or warning
+    std::array<uint8_t, COMPLIANCE_NUMBERS> flags{};
+};
+
+struct SubstreamRecord {
+    bool present = false;  // when false, nothing else in the record has a meaning
+    // Frames since the last converter sync flag, before this frame itself was counted.
+    uint16_t convsync_counter = CONVSYNC_ABSENT;
+    FrameInfo frame;
+};
+
+struct ProgramRecord {
+    uint16_t num_dep_substreams = 0;
+    uint16_t full_band_channels = 0;  // over all substreams, like the next two
+    uint16_t lfe_channels = 0;
+    uint16_t locations = 0;  // chanmap form
+    uint16_t blocks_per_frame = 0;
+    uint32_t words_between_syncs = 0;  // the program's frame lengths together
+    float data_rate_kbps = 0;
+    uint16_t crc_status = CRC_NO_ERROR;  // the first error of its substreams
+    SubstreamRecord independent;
+    std::array<SubstreamRecord, ZTP_MAX_DEPENDENT_SUBSTREAMS> dependent;  // by substreamid
+};
+
+struct TimesliceRecord {
+    uint16_t num_programs = 0;
+    ComplianceFlags compliance;
+    std::array<ProgramRecord, ZTP_MAX_PROGRAMS> programs;  // by program number; there when independent.present
+};
+
+// Frame ends of one program; filled only when the options ask for auxiliary data or encoder information.
+struct ProgramTails {
+    FrameTail independent;
+    std::array<FrameTail, ZTP_MAX_DEPENDENT_SUBSTREAMS> dependent;
+};
+using TimesliceTails = std::array<ProgramTails, ZTP_MAX_PROGRAMS>;
+
+// All completed timeslices of a handle.
+struct StreamTotals {
+    uint64_t timeslices = 0;
+    uint64_t frames = 0;
+    uint64_t bits = 0;
+    uint64_t playing_time = 0;           // of I0, in PLAYING_TIME_UNITS
+    uint16_t crc_status = CRC_NO_ERROR;  // the first error of any program
+};
+
+// Units per second of StreamTotals::playing_time: the least common multiple of 48000, 44100 and 32000, so that the sum
+// is exact.
+constexpr uint64_t PLAYING_TIME_UNITS = 14112000;
+
+double playing_time_seconds(const StreamTotals& totals);
+double overall_data_rate_kbps(const StreamTotals& totals);
