@@ -1,0 +1,298 @@
+#include "ts/pmt_checks.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdio>
+#include <string>
+
+#include "ts/lumora_pmt_checks.h"
+
+namespace {
+
+// What the elementary streams of the program turned out to be.
+struct SeenStreams {
+    bool aac_seen = false;
+    bool ac3_seen = false;
+    bool eac3_seen = false;
+    bool joc_seen = false;  // E-AC-3 with object audio by its descriptor
+    bool ac4_seen = false;
+    bool avc_seen = false;
+    bool hevc_seen = false;
+    bool lmra_descriptor_seen = false;    // a Lumora descriptor on an H.264 or H.265 stream
+    bool lmra_registration_seen = false;  // a registration descriptor with the identifier "LMRA"
+};
+
+bool contains(const std::string& codecs, const char* text) {
+    return codecs.find(text) != std::string::npos;
+}
+
+bool names_lumora(const std::string& codecs) {
+    return contains(codecs, "lmav") || contains(codecs, "lma1") || contains(codecs, "lmhe") || contains(codecs, "lmh1");
+}
+
+// ZTP_PROGRAM0 packs the three fields of the main program as the descriptor's third byte does.
+bool main_program_differs(uint32_t program, const Eac3DescriptorFields& eac3) {
+    return ((program >> 6) & 1) != eac3.full_service_flag || ((program >> 3) & 7) != eac3.service_type ||
+           (program & 7) != eac3.number_of_channels;
+}
+
+int compare_programs(const PlaylistAttributes* attrs, const Eac3DescriptorFields& eac3, bool skip_zero) {
+    if (attrs == nullptr || !attrs->programs) return 0;
+    const std::array<uint32_t, 4>& programs = *attrs->programs;
+    const auto compared = [&](size_t k) { return !skip_zero || programs[k] != 0; };
+    int status = 0;
+    if (compared(0) && main_program_differs(programs[0], eac3)) {
+        std::printf(
+            "ERROR: The #EXT-X-MEDIA ZTP_PROGRAM0 attribute value does not match the syntaxs full_service_flag, service_type, and number_of_channels of EAC-3 descriptor.\n");
+        status = 11;
+    }
+    if (compared(1) && programs[1] != eac3.substream1) {
+        std::printf(
+            "ERROR: The #EXT-X-MEDIA ZTP_PROGRAM1 attribute value does not match the substream1 of EAC-3 descriptor.\n");
+        status = 11;
+    }
+    if (compared(2) && programs[2] != eac3.substream2) {
+        std::printf(
+            "ERROR: The #EXT-X-MEDIA ZTP_PROGRAM2 attribute value does not match the substream2 of EAC-3 descriptor.\n");
+        status = 11;
+    }
+    if (compared(3) && programs[3] != eac3.substream3) {
+        std::printf(
+            "ERROR: The #EXT-X-MEDIA ZTP_PROGRAM3 attribute value does not match the substream3 of EAC-3 descriptor.\n");
+        status = 11;
+    }
+    return status;
+}
+
+void note_eac3(const Eac3DescriptorFields& eac3, SeenStreams& seen) {
+    (eac3.flag_ec3_extension_type_a != 0 ? seen.joc_seen : seen.eac3_seen) = true;
+}
+
+int check_atsc_eac3_stream(const EsRecord& stream, const PlaylistAttributes* attrs, SeenStreams& seen) {
+    int status = 0;
+    for (const StreamDescriptor& descriptor : stream.descriptors) {
+        if (descriptor.tag == DESCRIPTOR_DVB_EAC3) {
+            std::printf(
+                "ERROR: The EAC-3 descriptor tag should be set value as 0xCC but not 0x7A when audio stream type value is 0x87 in ATSC or MPEG standard.\n");
+            status = 11;
+        }
+        if (descriptor.tag != DESCRIPTOR_ATSC_EAC3) continue;
+        note_eac3(descriptor.eac3, seen);
+        return status | compare_programs(attrs, descriptor.eac3, false);
+    }
+    return status;
+}
+
+int check_avc_stream(const EsRecord& stream, const PlaylistAttributes* attrs, SeenStreams& seen) {
+    constexpr int EL_PROFILE = 0;
+    seen.avc_seen = true;
+    for (const StreamDescriptor& descriptor : stream.descriptors) {
+        if (descriptor.tag != DESCRIPTOR_LMRA) continue;
+        seen.lmra_descriptor_seen = true;
+        int status = attrs != nullptr ? check_lumora_avc_entry(attrs->codecs, descriptor.lmra) : 0;
+        status |= check_lumora_descriptor(descriptor.lmra);
+        if (attrs != nullptr) status |= check_lumora_codecs_profile(attrs->codecs, descriptor.lmra, EL_PROFILE);
+        return status;
+    }
+    return 0;
+}
+
+int check_hevc_stream(const EsRecord& stream, const PlaylistAttributes* attrs, SeenStreams& seen) {
+    constexpr int EL_PROFILE = 4;
+    seen.hevc_seen = true;
+    int status = 0;
+    for (const StreamDescriptor& descriptor : stream.descriptors) {
+        if (descriptor.tag != DESCRIPTOR_LMRA) continue;
+        seen.lmra_descriptor_seen = true;
+        if (attrs != nullptr) status |= check_lumora_hevc_entry(attrs->codecs, descriptor.lmra);
+        status |= check_lumora_descriptor(descriptor.lmra);
+        if (attrs != nullptr) status |= check_lumora_codecs_profile(attrs->codecs, descriptor.lmra, EL_PROFILE);
+    }
+    return status;
+}
+
+// ISO/IEC 13818-1, 2.6.8: format_identifier alone, without additional identification info.
+bool is_lumora_registration(const StreamDescriptor& descriptor) {
+    constexpr uint8_t LMRA[] = {'L', 'M', 'R', 'A'};
+    return descriptor.length == sizeof LMRA && std::equal(descriptor.raw.begin() + 2, descriptor.raw.end(), LMRA);
+}
+
+int check_lumora_registration(const PlaylistAttributes* attrs, SeenStreams& seen) {
+    seen.lmra_registration_seen = true;
+    if (attrs == nullptr) return 0;
+    const std::string& codecs = attrs->codecs;
+    int status = 0;
+    if (!names_lumora(codecs)) {
+        std::printf(
+            "ERROR: No 'lmav', 'lma1' or 'lmhe' or 'lmh1' found in CODECS attribute of the #EXT-X-STREAM-INF.\n");
+        status = 11;
+    }
+    if (contains(codecs, "avc") || contains(codecs, "hvc1") || contains(codecs, "hev1")) {
+        std::printf(
+            "ERROR:  Neither 'avc', 'hvc1' nor 'hev1' should be found in the CODECS attribute of the #EXT-X-STREAM-INF.\n");
+        status = 11;
+    }
+    return status;
+}
+
+// ".dd.dd.dd" at the start, whatever follows.
+bool starts_with_ac4_version(const std::string& text) {
+    constexpr char PATTERN[] = ".dd.dd.dd";
+    constexpr size_t LENGTH = sizeof PATTERN - 1;
+    if (text.size() < LENGTH) return false;
+    for (size_t i = 0; i < LENGTH; ++i) {
+        const bool is_digit = text[i] >= '0' && text[i] <= '9';
+        if (PATTERN[i] == '.' ? text[i] != '.' : !is_digit) return false;
+    }
+    return true;
+}
+
+int check_ac4_codecs(const PlaylistAttributes* attrs, SeenStreams& seen) {
+    constexpr char AC4[] = "ac-4";
+    seen.ac4_seen = true;
+    if (attrs == nullptr) return 0;
+    const size_t found = attrs->codecs.find(AC4);
+    if (found == std::string::npos) {
+        std::printf(
+            "ERROR: The value of the CODECS in EXT-X-STREAM-INF parameters must include 'ac-4' in the HLS playlist.\n");
+        return 11;
+    }
+    if (starts_with_ac4_version(attrs->codecs.substr(found + sizeof AC4 - 1))) return 0;
+    std::printf("ERROR: Invalid ac-4 description found in the CODECS attribute of the #EXT-X-STREAM-INF.\n");
+    return 11;
+}
+
+int check_private_lumora(const LmraDescriptorFields& lmra, const SeenStreams& seen) {
+    int status = check_lumora_descriptor(lmra);
+    if (seen.lmra_registration_seen && lmra.el_present_flag == 1) {
+        std::printf(
+            "ERROR: The el_present_flag of Lumora video stream descriptor in the non-sdr case must be set to 0.\n");
+        status = 11;
+    }
+    if (seen.lmra_descriptor_seen && lmra.el_present_flag != 1) {
+        std::printf("ERROR: The el_present_flag of Lumora video stream descriptor in the sdr case must be set to 1.\n");
+        status = 11;
+    }
+    return status;
+}
+
+int check_private_descriptor(const StreamDescriptor& descriptor, const PlaylistAttributes* attrs, SeenStreams& seen) {
+    switch (descriptor.tag) {
+        case DESCRIPTOR_REGISTRATION:
+            return is_lumora_registration(descriptor) ? check_lumora_registration(attrs, seen) : 0;
+        case DESCRIPTOR_DVB_EAC3:
+            note_eac3(descriptor.eac3, seen);
+            // Values of 0 are left out here, other than for stream type 0x87: deliberate.
+            return compare_programs(attrs, descriptor.eac3, true);
+        case DESCRIPTOR_DVB_EXTENSION:
+            return check_ac4_codecs(attrs, seen);
+        case DESCRIPTOR_LMRA:
+            return check_private_lumora(descriptor.lmra, seen);
+        case DESCRIPTOR_ATSC_EAC3:
+            std::printf(
+                "ERROR: The EAC-3 descriptor tag should be set value as 0x7A but not 0xCC when audio stream type value is 0x06 in DVB standard.\n");
+            return 11;
+        default:
+            return 0;
+    }
+}
+
+int check_stream(const EsRecord& stream, const PlaylistAttributes* attrs, SeenStreams& seen) {
+    int status = 0;
+    switch (stream.stream_type) {
+        case STREAM_TYPE_ATSC_AC3:
+            seen.ac3_seen = true;
+            break;
+        case STREAM_TYPE_ATSC_EAC3:
+            return check_atsc_eac3_stream(stream, attrs, seen);
+        case STREAM_TYPE_ADTS_AAC:
+        case STREAM_TYPE_LATM_AAC:
+            seen.aac_seen = true;
+            break;
+        case STREAM_TYPE_AVC:
+            return check_avc_stream(stream, attrs, seen);
+        case STREAM_TYPE_HEVC:
+            return check_hevc_stream(stream, attrs, seen);
+        case STREAM_TYPE_PES_PRIVATE_DATA:
+            for (const StreamDescriptor& descriptor : stream.descriptors)
+                status |= check_private_descriptor(descriptor, attrs, seen);
+            break;
+        default:
+            break;
+    }
+    return status;
+}
+
+int require_audio_codecs(const std::string& codecs, const SeenStreams& seen) {
+    int status = 0;
+    if (seen.aac_seen && !contains(codecs, "mp4a")) {
+        std::printf(
+            "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF must include 'mp4a' when it refers to an AAC audio stream.\n");
+        status = 11;
+    }
+    if (seen.ac3_seen && !contains(codecs, "ac-3")) {
+        std::printf(
+            "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF must include 'ac-3' when it refers to a Zentra audio stream.\n");
+        status = 11;
+    }
+    if (seen.eac3_seen && !contains(codecs, "ec-3")) {
+        std::printf(
+            "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF must include 'ec-3' when it refers Zentra Plus audio stream.\n");
+        status = 11;
+    }
+    if (seen.joc_seen && !contains(codecs, "ec-3")) {
+        std::printf(
+            "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF must include 'ec-3' when it refers Zentra Plus JOC audio stream.\n");
+        status = 11;
+    }
+    if (seen.ac4_seen && !contains(codecs, "ac-4")) {
+        std::printf(
+            "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF must include 'ac-4' when it refers AC4 audio stream.\n");
+        status = 11;
+    }
+    return status;
+}
+
+int require_video_codecs(const std::string& codecs, const SeenStreams& seen) {
+    const bool lumora_seen = seen.lmra_descriptor_seen || seen.lmra_registration_seen;
+    int status = 0;
+    if (seen.avc_seen && !contains(codecs, "avc")) {
+        std::printf(
+            "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF must include 'avc' when it refers H.264 video stream.\n");
+        status = 11;
+    }
+    if (seen.hevc_seen && !contains(codecs, "hvc1") && !contains(codecs, "hev1")) {
+        std::printf(
+            "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF must include 'hvc1' or 'hev1' when it refers H.265 video stream.\n");
+        status = 11;
+    }
+    if (lumora_seen && !contains(codecs, "lma") && !contains(codecs, "lmh")) {
+        std::printf(
+            "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF must include 'lma' or 'lmh' when it refers Lumora video stream.\n");
+        status = 11;
+    }
+    const bool compatible = contains(codecs, "avc") || contains(codecs, "hvc1") || contains(codecs, "hev1");
+    if (names_lumora(codecs) && !compatible && !seen.lmra_registration_seen) {
+        std::printf(
+            "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF indicates it refers a non-backward-compatible Lumora stream, but the Lumora registration descriptor has not been found in PMT of current TS segment.\n");
+        status = 11;
+    }
+    if (names_lumora(codecs) && !lumora_seen) {
+        std::printf(
+            "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF indicates it refers a Lumora stream, but none Lumora stream or registration descriptor has been found in PMT of current TS segment.\n");
+        status = 11;
+    }
+    return status;
+}
+
+}  // namespace
+
+int check_pmt_against_playlist(const ProgramRecord& program, const PlaylistAttributes* attrs) {
+    SeenStreams seen;
+    int status = 0;
+    for (const EsRecord& stream : program.streams) status |= check_stream(stream, attrs, seen);
+    if (attrs == nullptr) return status;
+    if (!attrs->audio_in_media_group) status |= require_audio_codecs(attrs->codecs, seen);
+    return status | require_video_codecs(attrs->codecs, seen);
+}
