@@ -1,0 +1,59 @@
+#include "playlist/codecs.h"
+
+#include <gtest/gtest.h>
+
+#include "playlist/ztp_program.h"
+
+namespace {
+
+TEST(Codecs, Filter) {
+    const char* const cases[][3] = {
+        // the value, its audio, its video entries
+        {"avc1.4d,ec-3", "ec-3", "avc1.4d"},
+        {"avc3, ec-3,xmp4ax,,hvc1", " ec-3,xmp4ax", "avc3,hvc1"},
+        {"ac-4.02.01.03,ac-3", "ac-4.02.01.03,ac-3", "ac-4.02.01.03,ac-3"},
+        {"lmhe.08.06,hev1,lma1", "lmhe.08.06,hev1,lma1", "lmhe.08.06,hev1,lma1"},
+        {"EC-3,wvtt", "EC-3,wvtt", "EC-3,wvtt"},
+        {",", ",", ","},
+    };
+    for (const auto& [codecs, audio, video] : cases) {
+        EXPECT_EQ(filter_codecs(codecs, CodecsFilter::AUDIO), audio);
+        EXPECT_EQ(filter_codecs(codecs, CodecsFilter::VIDEO), video);
+    }
+}
+
+TEST(Codecs, LumoraEntry) {
+    std::string entry;
+    EXPECT_EQ(lumora_codecs_entry("hvc1,lmhe.08.06,ec-3", entry), 1);
+    EXPECT_EQ(entry, "lmhe.08.06");
+    EXPECT_EQ(lumora_codecs_entry("lma1,avc1,xlmh1", entry), 1);
+    EXPECT_EQ(entry, "lma1,xlmh1");
+    EXPECT_EQ(lumora_codecs_entry("lmhe.08.06,lma1.0", entry), 0);
+    EXPECT_EQ(lumora_codecs_entry("avc1.64001", entry), 0);
+}
+
+TEST(ZtpProgram, Numbers) {
+    const struct {
+        int status;
+        uint32_t value;
+        const char* text;
+    } cases[] = {
+        {0, 0xC2, "c2"},
+        {0, 0x8F, " \t+0X8Fq"},
+        {0, 0, "0x"},
+        {0, 0, "0xg"},
+        {0, 0xFFFFFFFF, "100000001"},
+        {0, 0x80, "0000000080"},
+        {-1, 0, ""},
+        {-1, 0, " -0"},
+        {-1, 0, "+-1"},
+        {-1, 0, "\"80\""},
+    };
+    for (const auto& test : cases) {
+        uint32_t value = 7;
+        EXPECT_EQ(parse_ztp_program(test.text, value), test.status) << test.text;
+        EXPECT_EQ(value, test.value) << test.text;
+    }
+}
+
+}  // namespace
