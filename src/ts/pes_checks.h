@@ -20,3 +20,13 @@ struct PesCheckInput {
 // Returns 0, or the ORed results of the checks that failed (5, 10 and 11; findings are printed).
 [[nodiscard]] int check_audio_pes(const PesCheckInput& pes, const std::vector<ProgramRecord>& programs,
                                   TsStreamTable& table, const PlaylistAttributes* attrs);
+
+// E-AC-3: analyses the payload and compares what it carries with the descriptor. Returns 0, 10 when the analysis
+// failed, 11 when the descriptor does not match.
+[[nodiscard]] int check_eac3_pes(const Eac3DescriptorFields& descriptor, const PesCheckInput& pes,
+                                 TsAudioStream& stream);
+
+// AC-4: walks the sync frames of the payload (ETSI TS 103 190-2, annex C) and compares their tables of contents with
+// the playlist. Returns 0, 5 when a frame cannot be read (the reason goes to standard error), 11 after a finding.
+[[nodiscard]] int check_ac4_pes(const PesCheckInput& pes, TsAudioStream& stream, const TsStreamTable& table,
+                                const PlaylistAttributes* attrs);

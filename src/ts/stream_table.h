@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <string>
 
 #include "ac4/ac4_toc.h"
 #include "ztpinfo/ztpinfo.h"
@@ -24,6 +25,7 @@ struct TsAudioStream {
 
 // The registered streams of one segment.
 struct TsStreamTable {
+    std::string path;                                       // of the segment, for the reasons on standard error
     std::array<TsAudioStream, TS_MAX_AUDIO_STREAMS> audio;  // in the order of their registration
     uint32_t audio_count = 0;
     int64_t video_first_pts = -1;

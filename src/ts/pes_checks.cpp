@@ -1,0 +1,60 @@
+#include "ts/pes_checks.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace {
+
+TsAudioStream* find_stream(TsStreamTable& table, uint16_t pid) {
+    const auto end = table.audio.begin() + table.audio_count;
+    const auto found = std::find_if(table.audio.begin(), end, [&](const TsAudioStream& s) { return s.pid == pid; });
+    return found != end ? &*found : nullptr;
+}
+
+bool selects_eac3(uint8_t stream_type, uint32_t tag) {
+    return (stream_type == STREAM_TYPE_ATSC_EAC3 && tag == DESCRIPTOR_ATSC_EAC3) ||
+           (stream_type == STREAM_TYPE_PES_PRIVATE_DATA && tag == DESCRIPTOR_DVB_EAC3);
+}
+
+bool selects_ac4(uint8_t stream_type, uint32_t tag) {
+    return stream_type == STREAM_TYPE_PES_PRIVATE_DATA && tag == DESCRIPTOR_DVB_EXTENSION;
+}
+
+// The first descriptor that says what the payload is, or null.
+const StreamDescriptor* select_descriptor(const EsRecord& es) {
+    for (const StreamDescriptor& descriptor : es.descriptors)
+        if (selects_eac3(es.stream_type, descriptor.tag) || selects_ac4(es.stream_type, descriptor.tag))
+            return &descriptor;
+    return nullptr;
+}
+
+int check_by_descriptors(const EsRecord& es, const PesCheckInput& pes, TsAudioStream& stream,
+                         const TsStreamTable& table, const PlaylistAttributes* attrs) {
+    const StreamDescriptor* descriptor = select_descriptor(es);
+    if (descriptor != nullptr && selects_ac4(es.stream_type, descriptor->tag)) {
+        const int status = check_ac4_pes(pes, stream, table, attrs);
+        if (status == 0) return 0;
+        std::printf("ERROR: Cannot get the ac4 descriptor.\n");
+        return status | 11;
+    }
+    const int status = descriptor != nullptr ? check_eac3_pes(descriptor->eac3, pes, stream) : 0;
+    // A failed check counts as a descriptor that was not found, with the ATSC stream type only: deliberate.
+    if (es.stream_type != STREAM_TYPE_ATSC_EAC3 || (descriptor != nullptr && status == 0)) return status;
+    std::printf("ERROR: Cannot get the ec3 descriptor.\n");
+    return status | 11;
+}
+
+}  // namespace
+
+int check_audio_pes(const PesCheckInput& pes, const std::vector<ProgramRecord>& programs, TsStreamTable& table,
+                    const PlaylistAttributes* attrs) {
+    TsAudioStream* stream = find_stream(table, pes.pid);
+    if (stream == nullptr) return 0;
+    int status = 0;
+    for (const ProgramRecord& program : programs) {
+        const auto has_pid = [&](const EsRecord& es) { return es.elementary_PID == pes.pid; };
+        const auto es = std::find_if(program.streams.begin(), program.streams.end(), has_pid);
+        if (es != program.streams.end()) status |= check_by_descriptors(*es, pes, *stream, table, attrs);
+    }
+    return status;
+}
