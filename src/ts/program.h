@@ -7,6 +7,9 @@
 
 // ISO/IEC 13818-1, table 2-34: values of stream_type that the reader treats by themselves.
 enum StreamType : uint8_t {
+    STREAM_TYPE_MPEG1_VIDEO = 0x01,
+    STREAM_TYPE_MPEG2_VIDEO = 0x02,
+    STREAM_TYPE_MPEG2_AUDIO = 0x04,
     STREAM_TYPE_PES_PRIVATE_DATA = 0x06,
     STREAM_TYPE_ADTS_AAC = 0x0F,
     STREAM_TYPE_LATM_AAC = 0x11,

@@ -32,3 +32,10 @@ struct TsStreamTable {
     int64_t video_last_pts = -1;
     uint32_t video_pes_count = 0;
 };
+
+// The registered audio stream of a PID, null when there is none.
+inline TsAudioStream* find_audio_stream(TsStreamTable& table, uint16_t pid) {
+    for (uint32_t i = 0; i < table.audio_count; ++i)
+        if (table.audio[i].pid == pid) return &table.audio[i];
+    return nullptr;
+}

@@ -1,0 +1,167 @@
+#include "driver/media_playlist.h"
+
+#include <cstdio>
+
+#include "bits/report.h"
+#include "driver/paths.h"
+#include "driver/segment_format.h"
+#include "driver/timing_checks.h"
+#include "isobmff/segment_validation.h"
+#include "packed/packed_audio.h"
+#include "playlist/byte_range.h"
+#include "playlist/playlist_reader.h"
+#include "ts/ts_segment.h"
+
+namespace {
+
+// What lives across the segments of one media playlist.
+struct SegmentLoop {
+    const std::string& stem;
+    const std::optional<std::string>& output_dir;
+    const PlaylistAttributes* attrs;
+    FileReader reader;
+    MediaContextPtr init_context;
+    TsSegmentTiming previous_timing;
+    std::string range_path;       // file of the last byte range
+    uint64_t range_end = 0;       // where it ended
+    uint32_t segments_named = 0;  // entries that name a file
+    uint32_t segments_opened = 0;
+};
+
+// Keeps the file of consecutive byte ranges open and starts it again; opens any other. Returns 0 when the segment can
+// be read.
+int select_segment(SegmentLoop& loop, const std::string& address) {
+    if (loop.reader.file && loop.reader.path == address) {
+        loop.reader.start_offset = 0;
+        loop.reader.limited = false;
+        return reader_start(loop.reader);
+    }
+    reader_close(loop.reader);
+    if (is_http_address(address)) {
+        std::printf("ERROR: Invalid segment path: %s\n", address.c_str());
+        return -1;
+    }
+    return open_segment(loop.reader, address);
+}
+
+// Confines the reader to the entry's byte range, if it has one. Returns 0, or -1 with a reason when the range is no
+// range.
+int confine_to_byte_range(SegmentLoop& loop, const SegmentEntry& entry) {
+    if (!entry.byte_range) return 0;
+    const bool same_file = loop.range_path == loop.reader.path;
+    ByteSpan range;
+    if (resolve_byte_range(*entry.byte_range, same_file ? loop.range_end : 0, range) != 0) {
+        report_reason(loop.reader.path, "the byte range \"%s\" is not a length and an offset; the segment is not read",
+                      entry.byte_range->length.c_str());
+        return -1;
+    }
+    if (range.length == 0) return 0;
+    loop.range_path = loop.reader.path;
+    loop.range_end = range.offset + range.length;
+    loop.reader.start_offset = range.offset;
+    loop.reader.remaining = static_cast<int64_t>(range.length);
+    loop.reader.limited = true;
+    return reader_start(loop.reader);
+}
+
+int validate_transport_stream(SegmentLoop& loop, bool first_segment) {
+    TsSegmentTiming timing;
+    int status = ts_process_segment(loop.reader, loop.output_dir, loop.stem, first_segment, loop.attrs, &timing);
+    if (loop.previous_timing.video_first_pts != -1 && timing.audio_count > 0)
+        status |= check_segment_timing(timing, loop.previous_timing, TimingCaller::PLAYLIST);
+    loop.previous_timing = timing;
+    return status;
+}
+
+int validate_iso_media(SegmentLoop& loop, const SegmentEntry& entry) {
+    int status = 0;
+    if (entry.kind == SEGMENT_INIT) {
+        status |= release_init_context(loop.init_context);
+        std::string init_stem;
+        if (file_stem(*entry.uri, init_stem) != 0)
+            report_reason(*entry.uri, "the init section's name has no extension to take a stem from");
+        loop.init_context = create_init_context(loop.output_dir, loop.stem, init_stem, loop.attrs);
+    }
+    return status | validate_mp4_segment(loop.reader, entry, loop.init_context.get());
+}
+
+int validate_segment(SegmentLoop& loop, const SegmentEntry& entry, bool first_segment) {
+    const std::string address = entry.uri.value_or("");
+    ++loop.segments_named;
+    // A segment that cannot be opened does not touch the verdict, deliberately: its message is all.
+    if (select_segment(loop, address) != 0) return 0;
+    ++loop.segments_opened;
+    switch (detect_segment_format(address)) {
+        case FORMAT_TS:
+            if (confine_to_byte_range(loop, entry) != 0) return -1;
+            return validate_transport_stream(loop, first_segment);
+        case FORMAT_PACKED_AUDIO:
+            if (confine_to_byte_range(loop, entry) != 0) return -1;
+            return validate_packed_audio(loop.reader, entry, loop.output_dir, loop.stem, first_segment, loop.attrs);
+        case FORMAT_ISO_MEDIA:
+            return validate_iso_media(loop, entry);
+        case FORMAT_PLAYLIST:
+        case FORMAT_UNKNOWN:
+            break;
+    }
+    report_reason(address, "the segment's container is not recognised from its first 8 bytes");
+    return -1;
+}
+
+int validate_entry(SegmentLoop& loop, const SegmentEntry& entry, bool first_segment) {
+    switch (entry.kind) {
+        case SEGMENT_MEDIA:
+        case SEGMENT_BYTE_RANGE:
+        case SEGMENT_INIT:
+            return validate_segment(loop, entry, first_segment);
+        case SEGMENT_DISCONTINUITY:
+            std::printf("#EXT-X-DISCONTINUITY\n");
+            reader_close(loop.reader);
+            return 0;
+        case SEGMENT_END_LIST:
+            reader_close(loop.reader);
+            return release_init_context(loop.init_context);
+        default:
+            return 0;
+    }
+}
+
+int validate_segments(const std::string& path, const Playlist& playlist, SegmentLoop& loop) {
+    int error_flag = 0;
+    bool first_entry = true;
+    for (const SegmentEntry& entry : playlist.entries) {
+        error_flag |= validate_entry(loop, entry, first_entry);
+        first_entry = false;
+        if (std::ferror(stdout) != 0) break;
+    }
+    error_flag |= release_init_context(loop.init_context);
+    if (loop.segments_named > 0 && loop.segments_opened == 0) report_reason(path, "no segment could be read");
+    return error_flag;
+}
+
+}  // namespace
+
+int open_segment(FileReader& reader, const std::string& path) {
+    reader_close(reader);
+    reader.file = open_input_file(path);
+    if (!reader.file) {
+        std::printf("ERROR: Invalid segment path: %s\n", path.c_str());
+        return 3;
+    }
+    reader.path = path;
+    return reader_start(reader);
+}
+
+void validate_media_playlist(const std::string& path, const std::string& stem,
+                             const std::optional<std::string>& output_dir, const PlaylistAttributes* attrs,
+                             int& error_flag) {
+    std::printf("------------------------------------------------\n%s:\n", path.c_str());
+    Playlist playlist;
+    if (read_playlist(path, playlist) == 0) {
+        SegmentLoop loop = {stem, output_dir, attrs, {}, nullptr, {}, {}, 0, 0, 0};
+        error_flag |= validate_segments(path, playlist, loop);
+    } else {
+        error_flag = -1;
+    }
+    std::printf("%s has been verified.\n", path.c_str());
+}

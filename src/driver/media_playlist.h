@@ -1,0 +1,16 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "bits/file_reader.h"
+#include "playlist/playlist_attributes.h"
+
+// Opens `path` as a segment and fills the first buffer. Returns 0, or 3 after "ERROR: Invalid segment path: ...".
+[[nodiscard]] int open_segment(FileReader& reader, const std::string& path);
+
+// Validates one media playlist and all its segments. `attrs` is null for a playlist that no master playlist refers to.
+// ORs -1 or the results of the segments into `error_flag`.
+void validate_media_playlist(const std::string& path, const std::string& stem,
+                             const std::optional<std::string>& output_dir, const PlaylistAttributes* attrs,
+                             int& error_flag);

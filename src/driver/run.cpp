@@ -1,0 +1,148 @@
+#include "driver/run.h"
+
+#include <cstdio>
+#include <limits>
+#include <optional>
+#include <string>
+
+#include "bits/report.h"
+#include "driver/master_playlist.h"
+#include "driver/media_playlist.h"
+#include "driver/name_template.h"
+#include "driver/paths.h"
+#include "driver/timing_checks.h"
+#include "playlist/playlist_reader.h"
+#include "ts/ts_segment.h"
+
+namespace {
+
+void print_verdict(int error_flag) {
+    std::printf("\nvalidation result: %s\n", error_flag != 0 ? "FAILED" : "PASSED");
+}
+
+void print_invalid_input(const std::string& path) {
+    std::printf("ERROR: Invalid input file path: %s\n", path.c_str());
+}
+
+int run_ts_file(const std::string& path, const std::optional<std::string>& output_dir) {
+    FileReader reader;
+    if (is_http_address(path)) {
+        std::printf("ERROR: Invalid segment path: %s\n", path.c_str());
+        print_invalid_input(path);
+        return -1;
+    }
+    if (open_segment(reader, path) != 0) {
+        print_invalid_input(path);
+        return -1;
+    }
+    std::string stem;
+    if (file_stem(path, stem) != 0) {
+        report_reason(path, "the name has no extension to take a stem from");
+        return -1;
+    }
+    print_verdict(ts_process_segment(reader, output_dir, stem, true, nullptr, nullptr));
+    return 0;
+}
+
+// What lives across the segments of a numbered series.
+struct SeriesState {
+    int error_flag = 0;
+    uint64_t count = 0;
+    TsSegmentTiming previous_timing;
+};
+
+void validate_series_segment(const std::string& name, const std::string& stem,
+                             const std::optional<std::string>& output_dir, SeriesState& series) {
+    TsSegmentTiming timing;
+    FileReader reader;
+    const bool first_segment = series.count == 0;
+    ++series.count;
+    const int opened = open_segment(reader, name);
+    series.error_flag |= opened;
+    if (opened == 0) series.error_flag |= ts_process_segment(reader, output_dir, stem, first_segment, nullptr, &timing);
+    if (series.error_flag == 0 && series.previous_timing.video_first_pts != -1) {
+        // A series reports its timing findings but they leave the verdict alone, deliberately.
+        (void)check_segment_timing(timing, series.previous_timing, TimingCaller::TEMPLATE);
+    }
+    series.previous_timing = timing;
+}
+
+int run_template(const CommandLineOptions& options, const std::optional<std::string>& output_dir) {
+    SeriesState series;
+    std::string name;
+    std::string stem;
+    for (int64_t index = options.start_index; index <= std::numeric_limits<int32_t>::max(); ++index) {
+        const TemplateKind kind = expand_template(options.input_path, static_cast<int32_t>(index), name);
+        if (kind == TemplateKind::NO_MATCH || !open_input_file(name)) break;
+        if (file_stem(options.input_path, stem) != 0) {
+            print_verdict(series.error_flag);
+            return 0;
+        }
+        validate_series_segment(name, stem, output_dir, series);
+        if (kind == TemplateKind::FIXED || std::ferror(stdout) != 0) break;
+    }
+    if (series.count == 0) {
+        std::printf("ERROR: No matching files have been found which follow the rules of the template:%s\n",
+                    options.input_path);
+        return -1;
+    }
+    print_verdict(series.error_flag);
+    return 0;
+}
+
+int run_playlist(const std::string& path, const std::optional<std::string>& output_dir) {
+    Playlist playlist;
+    const int read_status = read_playlist(path, playlist);
+    if (read_status == 1) return -1;
+    int error_flag = read_status;
+    if (playlist.is_master) {
+        error_flag |= validate_master_playlist(playlist, output_dir);
+    } else {
+        playlist = {};
+        std::string stem;
+        if (file_stem(path, stem) == 0) {
+            validate_media_playlist(path, stem, output_dir, nullptr, error_flag);
+        } else {
+            report_reason(path, "the name has no extension to take a stem from");
+            error_flag = -1;
+        }
+    }
+    print_verdict(error_flag);
+    return 0;
+}
+
+int run_input(const CommandLineOptions& options) {
+    std::optional<std::string> output_dir;
+    if (options.output_dir != nullptr) output_dir = options.output_dir;
+    if (output_dir && create_output_dir(*output_dir) != 0) {
+        std::printf("ERROR: create output folider (%s) failed.\n", output_dir->c_str());
+        return -1;
+    }
+    switch (options.input_kind) {
+        case INPUT_TS_FILE:
+            return run_ts_file(options.input_path, output_dir);
+        case INPUT_TS_TEMPLATE:
+            return run_template(options, output_dir);
+        case INPUT_PLAYLIST:
+            return run_playlist(options.input_path, output_dir);
+        default:
+            print_invalid_input(options.input_path);
+            return -1;
+    }
+}
+
+}  // namespace
+
+int run(int argc, const char* const* argv) {
+    if (argc <= 1) {
+        print_help();
+        return 0;
+    }
+    CommandLineOptions options;
+    if (parse_command_line(argc, argv, options) != 0) {
+        print_help();
+        return -1;
+    }
+    if (options.input_path == nullptr) return 0;
+    return run_input(options);
+}

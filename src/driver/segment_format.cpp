@@ -1,0 +1,24 @@
+#include "driver/segment_format.h"
+
+#include <cstdio>
+#include <string_view>
+
+#include "bits/file_reader.h"
+
+SegmentFormat detect_segment_format(const std::string& path) {
+    const File file = open_input_file(path);
+    if (!file) {
+        std::printf("ERROR: Invalid file path: %s\n", path.c_str());
+        return FORMAT_UNKNOWN;
+    }
+    std::setvbuf(file.get(), nullptr, _IONBF, 0);
+    char bytes[8] = {};
+    const size_t size = std::fread(bytes, 1, sizeof bytes, file.get());
+    const std::string_view start(bytes, size);
+    if (start.starts_with('G')) return FORMAT_TS;
+    if (start.starts_with("ID3")) return FORMAT_PACKED_AUDIO;
+    if (start.starts_with("#M3U")) return FORMAT_PLAYLIST;
+    const std::string_view box_type = std::string_view(bytes, sizeof bytes).substr(4);
+    if (box_type == "ftyp" || box_type == "styp" || box_type == "moof") return FORMAT_ISO_MEDIA;
+    return FORMAT_UNKNOWN;
+}

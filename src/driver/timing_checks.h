@@ -1,0 +1,11 @@
+#pragma once
+
+#include "ts/ts_segment.h"
+
+// The two callers word the findings slightly differently.
+enum class TimingCaller { TEMPLATE, PLAYLIST };
+
+// Compares the audio and video times of consecutive transport stream segments, for E-AC-3 streams (stream type 0x87).
+// Returns 0, or -1 when a finding was printed.
+[[nodiscard]] int check_segment_timing(const TsSegmentTiming& current, const TsSegmentTiming& previous,
+                                       TimingCaller caller);

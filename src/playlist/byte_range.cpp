@@ -1,0 +1,25 @@
+#include "playlist/byte_range.h"
+
+#include <cstdlib>
+#include <string>
+
+namespace {
+
+// Saturates; returns false when there is no digit or the number is negative.
+bool parse_leading_integer(const std::string& text, uint64_t& value) {
+    char* end = nullptr;
+    const long long number = std::strtoll(text.c_str(), &end, 10);
+    if (end == text.c_str() || number < 0) return false;
+    value = static_cast<uint64_t>(number);
+    return true;
+}
+
+}  // namespace
+
+int resolve_byte_range(const ByteRange& range, uint64_t previous_end, ByteSpan& span) {
+    span = {previous_end, 0};
+    if (!parse_leading_integer(range.length, span.length)) return -1;
+    if (range.offset && !parse_leading_integer(*range.offset, span.offset)) return -1;
+    if (span.length == 0) span.offset = 0;
+    return 0;
+}

@@ -1,0 +1,102 @@
+#include <algorithm>
+#include <cstdio>
+#include <utility>
+
+#include "bits/byte_order.h"
+#include "bits/report.h"
+#include "ts/psi.h"
+
+namespace {
+
+constexpr size_t PMT_HEADER_SIZE = 12;
+constexpr size_t ES_HEADER_SIZE = 5;
+
+// The stream types that are met in HLS content; any other is recorded with a warning.
+bool is_known_stream_type(uint8_t stream_type) {
+    constexpr uint8_t KNOWN[] = {0x01, 0x02, 0x06, 0x0F, 0x11, 0x1B, 0x24, 0x40, 0x81, 0x87};
+    return std::find(std::begin(KNOWN), std::end(KNOWN), stream_type) != std::end(KNOWN);
+}
+
+// Parses a loop of descriptors up to `limit` of them; `surplus` tells that there were more. Returns 11 at the first
+// finding.
+int parse_descriptor_loop(std::span<const uint8_t> loop, size_t limit, std::vector<StreamDescriptor>& descriptors,
+                          bool& surplus) {
+    while (!loop.empty()) {
+        if (descriptors.size() >= limit) {
+            surplus = true;
+            return 0;
+        }
+        uint32_t consumed = 0;
+        const int status = parse_descriptor(loop, descriptors.emplace_back(), consumed);
+        if (status != 0) return status;
+        loop = loop.subspan(std::min<size_t>(consumed, loop.size()));
+    }
+    return 0;
+}
+
+// ISO/IEC 13818-1, table 2-33, from stream_type to the end of the ES_info loop; `consumed` is its size in bytes.
+int parse_es_record(const PsiTables& tables, std::span<const uint8_t> bytes, EsRecord& stream, size_t& consumed,
+                    bool& surplus) {
+    stream.stream_type = load_u8(bytes, 0);
+    stream.elementary_PID = load_be16(bytes, 1) & 0x1FFF;
+    stream.ES_info_length = load_be16(bytes, 3) & 0x0FFF;
+    consumed = std::min(ES_HEADER_SIZE + stream.ES_info_length, bytes.size());
+    if (!is_known_stream_type(stream.stream_type))
+        std::printf("WARNING: Unknown stream type = 0x%x in PMT.\n", stream.stream_type);
+    const auto loop = bytes.first(consumed).subspan(std::min(ES_HEADER_SIZE, consumed));
+    bool cut = false;
+    const int status = parse_descriptor_loop(loop, TS_MAX_DESCRIPTORS_OF_STREAM, stream.descriptors, cut);
+    if (cut)
+        report_reason(tables.path, "more than %zu descriptors for PID %u; the others are not read",
+                      TS_MAX_DESCRIPTORS_OF_STREAM, stream.elementary_PID);
+    surplus |= cut;
+    return status;
+}
+
+int parse_streams(const PsiTables& tables, std::span<const uint8_t> bytes, ProgramRecord& program, bool& surplus) {
+    while (!bytes.empty()) {
+        if (program.streams.size() >= TS_MAX_STREAMS_OF_PROGRAM) {
+            report_reason(tables.path, "more than %zu streams in program %u; the others are not followed",
+                          TS_MAX_STREAMS_OF_PROGRAM, program.program_number);
+            surplus = true;
+            return 0;
+        }
+        size_t consumed = 0;
+        const int status = parse_es_record(tables, bytes, program.streams.emplace_back(), consumed, surplus);
+        if (status != 0) return status;
+        bytes = bytes.subspan(consumed);
+    }
+    return 0;
+}
+
+}  // namespace
+
+int parse_pmt(PsiTables& tables, uint16_t pid, std::span<const uint8_t> section) {
+    if (tables.programs.size() >= TS_MAX_PROGRAMS) {
+        if (!std::exchange(tables.surplus_program_reported, true))
+            report_reason(tables.path, "more than %zu programs; the one with PMT PID %u is not followed",
+                          TS_MAX_PROGRAMS, pid);
+        return TS_CHECK_FAILED;
+    }
+    ProgramRecord program;
+    program.program_map_PID = pid;
+    program.program_number = load_be16(section, 3);
+    program.version_number = load_u8(section, 5) >> 1 & 0x1F;
+    program.current_next_indicator = (load_u8(section, 5) & 1) != 0;
+    program.section_number = load_u8(section, 6);
+    program.last_section_number = load_u8(section, 7);
+    program.PCR_PID = load_be16(section, 8) & 0x1FFF;
+    program.program_info_length = load_be16(section, 10) & 0x0FFF;
+
+    // What was collected ends with the first byte of the CRC_32.
+    const auto body = section.first(section.size() - 1);
+    const auto loops = body.subspan(std::min(PMT_HEADER_SIZE, body.size()));
+    const size_t program_info = std::min<size_t>(program.program_info_length, loops.size());
+    bool surplus = false;
+    int status = parse_descriptor_loop(loops.first(program_info), SIZE_MAX, program.descriptors, surplus);
+    if (status == 0) status = parse_streams(tables, loops.subspan(program_info), program, surplus);
+    // A finding leaves the program unrecorded, so that the next occurrence of its PMT is parsed, and reported, again.
+    if (status != 0) return status;
+    tables.programs.push_back(std::move(program));
+    return surplus ? TS_CHECK_FAILED : 0;
+}

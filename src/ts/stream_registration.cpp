@@ -1,0 +1,148 @@
+#include <algorithm>
+#include <cstdio>
+
+#include "bits/report.h"
+#include "ts/ts_demux.h"
+
+namespace {
+
+// What the descriptors of a private data stream (stream type 0x06) say that it carries.
+struct DescriptorMarks {
+    bool ac4 = false;
+    bool eac3 = false;
+    bool ac3 = false;
+    bool avc = false;
+    bool hevc = false;
+};
+
+DescriptorMarks scan_descriptors(const EsRecord& es) {
+    DescriptorMarks marks;
+    if (es.stream_type != STREAM_TYPE_PES_PRIVATE_DATA) return marks;
+    for (const StreamDescriptor& descriptor : es.descriptors) {
+        switch (descriptor.tag) {
+            case DESCRIPTOR_DVB_EXTENSION:
+                marks.ac4 = true;
+                break;
+            case DESCRIPTOR_ATSC_EAC3:
+            case DESCRIPTOR_DVB_EAC3:
+                marks.eac3 = true;
+                break;
+            case DESCRIPTOR_DVB_AC3:
+                marks.ac3 = true;
+                break;
+            case DESCRIPTOR_AVC_VIDEO:
+                marks.avc = true;
+                break;
+            case DESCRIPTOR_HEVC_VIDEO:
+                marks.hevc = true;
+                break;
+            default:
+                break;
+        }
+    }
+    return marks;
+}
+
+// File suffix of an audio stream, null when the stream carries no audio. A later rule overrides an earlier one.
+const char* audio_suffix(const EsRecord& es, const DescriptorMarks& marks) {
+    switch (es.stream_type) {
+        case STREAM_TYPE_MPEG2_AUDIO:
+            return ".mpa";
+        case STREAM_TYPE_ADTS_AAC:
+            return ".adts";
+        case STREAM_TYPE_LATM_AAC:
+            return ".aac";
+        case STREAM_TYPE_ATSC_AC3:
+            return ".ac3";
+        case STREAM_TYPE_ATSC_EAC3:
+            return ".ec3";
+        default:
+            break;
+    }
+    if (marks.ac3) return ".ac3";
+    if (marks.eac3) return ".ec3";
+    if (marks.ac4) return ".ac4";
+    return nullptr;
+}
+
+// File suffix of a video stream, null when the stream carries no video.
+const char* video_suffix(const EsRecord& es, const DescriptorMarks& marks) {
+    if (marks.avc || es.stream_type == STREAM_TYPE_AVC) return ".h264";
+    if (marks.hevc || es.stream_type == STREAM_TYPE_HEVC) return ".h265";
+    if (es.stream_type == STREAM_TYPE_MPEG1_VIDEO || es.stream_type == STREAM_TYPE_MPEG2_VIDEO) return ".mpeg";
+    return nullptr;
+}
+
+int open_stream(TsDemuxContext& context, size_t slot, const EsRecord& es, const char* suffix) {
+    PesStream& stream = context.pes[slot];
+    if (context.output_dir) {
+        const std::string name = "_pid_" + std::to_string(es.elementary_PID) + suffix;
+        const std::string path = output_path(*context.output_dir, context.base_name, name);
+        if (elementary_stream_open(stream.output, path, context.truncate) != 0) return TS_OUTPUT_FAILED;
+    }
+    stream.pid = es.elementary_PID;
+    stream.kind = slot == TS_VIDEO_SLOT ? PesKind::VIDEO : PesKind::AUDIO;
+    return 0;
+}
+
+// A PID that is audio already keeps its audio slot: the payload of a stream with both marks goes there.
+void route_stream(TsDemuxContext& context, uint16_t pid, size_t slot) {
+    PidRoute& route = context.routes[pid];
+    if (slot == TS_VIDEO_SLOT && route.slot != TS_NO_SLOT) return;
+    route.slot = static_cast<uint8_t>(slot);
+    if (route.kind == PidKind::OTHER) route.kind = PidKind::PES;
+}
+
+int register_audio(TsDemuxContext& context, const EsRecord& es, const char* suffix) {
+    TsStreamTable& table = context.stream_table;
+    if (find_audio_stream(table, es.elementary_PID) != nullptr) return 0;
+    if (table.audio_count >= TS_MAX_AUDIO_STREAMS) {
+        report_reason(context.psi.path, "more than %u audio streams; PID %u is not followed", TS_MAX_AUDIO_STREAMS,
+                      es.elementary_PID);
+        return TS_CHECK_FAILED;
+    }
+    const size_t slot = table.audio_count;
+    const int status = open_stream(context, slot, es, suffix);
+    if (status != 0) return status;
+    table.audio[slot].pid = es.elementary_PID;
+    table.audio[slot].stream_type = es.stream_type;
+    ++table.audio_count;
+    route_stream(context, es.elementary_PID, slot);
+    return 0;
+}
+
+int register_video(TsDemuxContext& context, const EsRecord& es, const char* suffix) {
+    if (context.video_pid) {
+        if (*context.video_pid == es.elementary_PID) return 0;
+        std::printf("ERROR: Multiple video pid case has not been supported yet.\n");
+        return TS_LOST_SYNC_OR_SECOND_VIDEO;
+    }
+    const int status = open_stream(context, TS_VIDEO_SLOT, es, suffix);
+    if (status != 0) return status;
+    context.video_pid = es.elementary_PID;
+    route_stream(context, es.elementary_PID, TS_VIDEO_SLOT);
+    return 0;
+}
+
+}  // namespace
+
+void route_program_tables(TsDemuxContext& context) {
+    for (PidRoute& route : context.routes)
+        if (route.kind == PidKind::PMT || route.kind == PidKind::NETWORK)
+            route.kind = route.slot != TS_NO_SLOT ? PidKind::PES : PidKind::OTHER;
+    // Backwards, so that of several entries with one PID the first in PAT order decides.
+    const auto& entries = context.psi.pat.entries;
+    for (auto entry = entries.rbegin(); entry != entries.rend(); ++entry)
+        context.routes[entry->pid].kind = entry->program_number != 0 ? PidKind::PMT : PidKind::NETWORK;
+    context.routes[PAT_PID].kind = PidKind::PAT;
+}
+
+int register_streams(TsDemuxContext& context, const ProgramRecord& program) {
+    int status = 0;
+    for (const EsRecord& es : program.streams) {
+        const DescriptorMarks marks = scan_descriptors(es);
+        if (const char* suffix = audio_suffix(es, marks)) status |= register_audio(context, es, suffix);
+        if (const char* suffix = video_suffix(es, marks)) status |= register_video(context, es, suffix);
+    }
+    return status;
+}

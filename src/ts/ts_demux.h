@@ -1,0 +1,45 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "playlist/playlist_attributes.h"
+#include "ts/pes.h"
+#include "ts/psi.h"
+#include "ts/stream_table.h"
+
+constexpr size_t TS_VIDEO_SLOT = TS_MAX_AUDIO_STREAMS;
+constexpr size_t TS_SLOT_COUNT = TS_MAX_AUDIO_STREAMS + 1;
+constexpr uint8_t TS_NO_SLOT = 0xFF;
+
+enum class PidKind : uint8_t { OTHER, PES, PAT, PMT, NETWORK };
+
+// What a PID is: one look-up per packet. The slot is kept while a program table has the PID.
+struct PidRoute {
+    PidKind kind = PidKind::OTHER;
+    uint8_t slot = TS_NO_SLOT;
+};
+
+// The state of one segment.
+struct TsDemuxContext {
+    std::optional<std::string> output_dir;
+    std::string base_name;
+    bool truncate = false;                            // create the output files anew
+    const PlaylistAttributes* stream_info = nullptr;  // null without a playlist
+
+    int64_t packets_read = 0;
+    std::array<PidRoute, TS_PID_COUNT> routes;
+    PsiTables psi;
+    TsStreamTable stream_table;
+    std::array<PesStream, TS_SLOT_COUNT> pes;  // the audio streams as they are registered, then the video stream
+    std::optional<uint16_t> video_pid;
+};
+
+// Routes the PIDs of the PAT just parsed to section handling, those of an earlier PAT back to their streams.
+void route_program_tables(TsDemuxContext& context);
+
+// Registers the audio streams and the one video stream of `program` that are not registered yet, and opens their files.
+// Returns 0, or ORed: 5 a second video PID, 3 an output file that cannot be opened, 11 too many audio streams.
+[[nodiscard]] int register_streams(TsDemuxContext& context, const ProgramRecord& program);

@@ -1,0 +1,160 @@
+#include "ts/ts_segment.h"
+
+#include <cstdio>
+#include <memory>
+
+#include "bits/report.h"
+#include "ts/pes_checks.h"
+#include "ts/pmt_checks.h"
+#include "ts/ts_demux.h"
+
+namespace {
+
+// A completed PMT of the followed program: its streams are registered, and what was parsed just now is compared with
+// the playlist.
+int handle_pmt(TsDemuxContext& context, uint16_t pid, std::span<const uint8_t> section) {
+    int status = 0;
+    const bool known = find_program(context.psi, pid) != nullptr;
+    if (!known) status |= parse_pmt(context.psi, pid, section);
+    select_program(context.psi);
+    const ProgramRecord* program = find_program(context.psi, pid);
+    if (program == nullptr || program->program_number != context.psi.selected_program) return status;
+    status |= register_streams(context, *program);
+    if (!known) status |= check_pmt_against_playlist(*program, context.stream_info);
+    return status;
+}
+
+int handle_section(TsDemuxContext& context, PidKind kind, const TsPacket& packet) {
+    std::span<const uint8_t> section;
+    switch (collect_section(context.psi, packet, section)) {
+        case SectionState::INCOMPLETE:
+            return 0;
+        case SectionState::REFUSED:
+            return TS_CHECK_FAILED;
+        case SectionState::COMPLETE:
+            break;
+    }
+    if (kind == PidKind::PMT) return handle_pmt(context, packet.pid, section);
+    if (kind == PidKind::PAT) {
+        parse_pat(context.psi, section);
+        route_program_tables(context);
+    }
+    // A network table is collected and dropped.
+    return 0;
+}
+
+void count_pes(TsStreamTable& table, size_t slot) {
+    if (slot == TS_VIDEO_SLOT)
+        ++table.video_pes_count;
+    else
+        ++table.audio[slot].audio_pes_count;
+}
+
+int handle_complete_pes(TsDemuxContext& context, PesStream& stream) {
+    int status = 0;
+    if (stream.kind == PesKind::AUDIO && stream.stream_id == STREAM_ID_PRIVATE_STREAM_1) {
+        const auto payload = std::span<const uint8_t>(stream.data).first(stream.length);
+        status = check_audio_pes({stream.pid, stream.stream_id, payload}, context.psi.programs, context.stream_table,
+                                 context.stream_info);
+    }
+    return status | flush_pes(stream, context.stream_table);
+}
+
+int handle_pes_packet(TsDemuxContext& context, size_t slot, const TsPacket& packet) {
+    PesStream& stream = context.pes[slot];
+    int status = 0;
+    PesState state = PesState::OPEN;
+    if (packet.payload_unit_start_indicator) {
+        count_pes(context.stream_table, slot);
+        // A PES packet of unknown length ends here, or one was cut short.
+        if (stream.length > 0) {
+            stream.bytes_total += stream.length;
+            status |= flush_pes(stream, context.stream_table);
+        }
+        state = start_pes(stream, packet.payload, context.psi.programs, context.packets_read, status);
+    } else {
+        state = continue_pes(stream, packet.payload);
+    }
+    if (state == PesState::COMPLETE) status |= handle_complete_pes(context, stream);
+    if (state == PesState::CUT_SHORT) status |= flush_pes(stream, context.stream_table);
+    return status;
+}
+
+int handle_packet(TsDemuxContext& context, std::span<const uint8_t> bytes) {
+    const TsPacket packet = parse_ts_packet(bytes);
+    const PidRoute route = context.routes[packet.pid];
+    // A packet without payload (adaptation field only) begins and ends nothing.
+    if (route.kind == PidKind::OTHER || packet.adaptation_field_control == TS_ADAPTATION_FIELD_ONLY) return 0;
+    if (route.kind == PidKind::PES) return handle_pes_packet(context, route.slot, packet);
+    return handle_section(context, route.kind, packet);
+}
+
+int flush_all(TsDemuxContext& context) {
+    int status = 0;
+    for (size_t slot = 0; slot < context.stream_table.audio_count; ++slot)
+        status |= flush_pes(context.pes[slot], context.stream_table);
+    if (context.video_pid) status |= flush_pes(context.pes[TS_VIDEO_SLOT], context.stream_table);
+    return status;
+}
+
+// One bad packet is tolerated, two in a row end the segment: nothing searches for a later sync byte.
+int run_packet_loop(TsDemuxContext& context, FileReader& reader) {
+    std::array<uint8_t, TS_PACKET_SIZE> scratch;
+    int status = 0;
+    bool in_sync = false;
+    while (true) {
+        const auto bytes = reader_view(reader, TS_PACKET_SIZE, scratch);
+        const bool whole = bytes.size() == TS_PACKET_SIZE;
+        const bool has_sync = whole && bytes[0] == TS_SYNC_BYTE;
+        if (!in_sync && !has_sync) {
+            std::printf("ERROR: Lost sync, or did not find sync frame where expected.\n");
+            return status | TS_LOST_SYNC_OR_SECOND_VIDEO;
+        }
+        if (!whole) break;
+        ++context.packets_read;
+        status |= handle_packet(context, bytes);
+        in_sync = has_sync;
+    }
+    if (reader.read_error) {
+        report_reason(reader.path, "read error at byte %llu", static_cast<unsigned long long>(reader.position));
+        status |= TS_CHECK_FAILED;
+    }
+    return status | flush_all(context);
+}
+
+void fill_timing(const TsStreamTable& table, TsSegmentTiming& timing) {
+    timing.audio_count = table.audio_count;
+    for (size_t i = 0; i < table.audio_count; ++i)
+        timing.streams[i] = {table.audio[i].stream_type, table.audio[i].first_pts, table.audio[i].end_pts};
+    if (table.video_pes_count <= 1) return;
+    // The mean distance of the pictures behind the last one.
+    const int64_t span = table.video_last_pts - table.video_first_pts;
+    timing.video_end_pts = table.video_last_pts + span / (int64_t{table.video_pes_count} - 1);
+    timing.video_first_pts = table.video_first_pts;
+}
+
+int close_outputs(TsDemuxContext& context) {
+    int status = 0;
+    for (PesStream& stream : context.pes)
+        if (elementary_stream_close(stream.output) != 0) status |= TS_OUTPUT_FAILED;
+    return status;
+}
+
+}  // namespace
+
+int ts_process_segment(FileReader& reader, const std::optional<std::string>& output_dir, const std::string& base_name,
+                       bool truncate, const PlaylistAttributes* stream_info, TsSegmentTiming* timing) {
+    const auto context = std::make_unique<TsDemuxContext>();
+    context->output_dir = output_dir;
+    context->base_name = base_name;
+    context->truncate = truncate;
+    context->stream_info = stream_info;
+    context->psi.path = reader.path;
+    context->routes[PAT_PID].kind = PidKind::PAT;
+
+    int status = run_packet_loop(*context, reader);
+    if (status == 0 && timing != nullptr) fill_timing(context->stream_table, *timing);
+    status |= close_outputs(*context);
+    reader_close(reader);
+    return status;
+}

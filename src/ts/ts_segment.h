@@ -1,0 +1,32 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "bits/file_reader.h"
+#include "playlist/playlist_attributes.h"
+#include "ts/stream_table.h"
+
+struct TsStreamTiming {
+    uint32_t stream_type = 0;
+    int64_t first_pts = 0;  // smallest PTS
+    int64_t end_pts = 0;    // where the next segment is expected to begin
+};
+
+// When the streams of one segment begin and end, in 90 kHz ticks; -1 = unset.
+struct TsSegmentTiming {
+    uint64_t audio_count = 0;
+    std::array<TsStreamTiming, TS_MAX_AUDIO_STREAMS> streams;
+    int64_t video_first_pts = -1;
+    int64_t video_end_pts = 0;
+};
+
+// Demultiplexes and checks one transport stream segment. `reader` is started on the segment; it is closed. The
+// elementary streams go to "<output_dir>/<base_name><suffix>" (nowhere when `output_dir` is absent), created anew with
+// `truncate`, else appended to. `stream_info` may be null. `timing` may be null; it is filled only when nothing failed.
+// Returns 0; or ORed: 11 a check failed, 5 lost sync or a second video PID, 3 an output file that cannot be written.
+[[nodiscard]] int ts_process_segment(FileReader& reader, const std::optional<std::string>& output_dir,
+                                     const std::string& base_name, bool truncate, const PlaylistAttributes* stream_info,
+                                     TsSegmentTiming* timing);
