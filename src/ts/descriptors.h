@@ -79,11 +79,11 @@ struct LmraDescriptorFields {
 struct StreamDescriptor {
     uint32_t tag = 0;
     uint32_t length = 0;
-    std::string name;  // display name
-    std::vector<uint8_t> raw;
-    Eac3DescriptorFields eac3;
-    Ac4DescriptorFields ac4;
-    LmraDescriptorFields lmra;
+    std::string name = {};  // display name
+    std::vector<uint8_t> raw = {};
+    Eac3DescriptorFields eac3 = {};
+    Ac4DescriptorFields ac4 = {};
+    LmraDescriptorFields lmra = {};
 };
 
 // Parses the descriptor whose tag is the first of `bytes`, which end where the descriptor's loop ends; a descriptor

@@ -1,0 +1,23 @@
+#include "support/golden.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
+std::string printed_by(const std::function<void()>& run) {
+    testing::internal::CaptureStdout();
+    run();
+    return testing::internal::GetCapturedStdout();
+}
+
+void expect_golden(const std::string& path, const std::string& text) {
+    if (std::getenv("QUORLIN_UPDATE_GOLDEN") != nullptr) {
+        std::ofstream(path, std::ios::binary) << text;
+        return;
+    }
+    std::stringstream expected;
+    expected << std::ifstream(path, std::ios::binary).rdbuf();
+    EXPECT_EQ(expected.str(), text) << path;
+}

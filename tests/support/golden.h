@@ -1,0 +1,11 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+// What `run` prints on standard output.
+std::string printed_by(const std::function<void()>& run);
+
+// Compares `text` with the file at `path` (relative to the folder of the tests). With QUORLIN_UPDATE_GOLDEN=1 the file
+// is rewritten; its difference is then part of the change and to be read as such.
+void expect_golden(const std::string& path, const std::string& text);

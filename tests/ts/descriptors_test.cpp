@@ -1,0 +1,125 @@
+#include "ts/descriptors.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "support/golden.h"
+#include "support/ts_writer.h"
+
+namespace {
+
+// Parses from a block of exactly the descriptor's size, so that a byte read too far is caught.
+int parse_exactly(std::span<const uint8_t> bytes, StreamDescriptor& descriptor, uint32_t& consumed) {
+    const auto block = std::make_unique<uint8_t[]>(bytes.size());
+    std::copy(bytes.begin(), bytes.end(), block.get());
+    return parse_descriptor(std::span<const uint8_t>(block.get(), bytes.size()), descriptor, consumed);
+}
+
+struct DescriptorCase {
+    const char* name;
+    uint8_t tag;
+    Bytes body;
+};
+
+// A valid descriptor of every kind, and each rule broken alone.
+const DescriptorCase CASES[] = {
+    {"iso 639", 0x0A, {'e', 'n', 'g', 0}},
+    {"eac3 main 5.1", 0xCC, {0xC0, 0xC5, 0x30}},
+    {"eac3 dvb tag, three substreams, objects",
+     0x7A,
+     {0x87, 0xC5, 0x20, 1, 2, 3, 'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h', 'i', 0xFF, 16}},
+    {"eac3 mainid", 0xCC, {0xA0, 0xC5, 0x20, 0}},
+    {"eac3 asvc", 0xCC, {0x90, 0xC5, 0x20, 0}},
+    {"eac3 mixinfoexists", 0xCC, {0x88, 0xC5, 0x20}},
+    {"eac3 language_2", 0x7A, {0x80, 0xC5, 0x60, 'e', 'n', 'g'}},
+    {"eac3 mainid goes before the service type", 0x7A, {0xA0, 0x85, 0x20, 0}},
+    {"eac3 service 0, not full", 0xCC, {0x80, 0x85, 0x20}},
+    {"eac3 service 1, full", 0xCC, {0x80, 0xC8, 0x20}},
+    {"eac3 service 2", 0xCC, {0x80, 0x92, 0x20}},
+    {"eac3 service 3", 0xCC, {0x80, 0xDA, 0x20}},
+    {"eac3 service 4, full", 0xCC, {0x80, 0xE0, 0x20}},
+    {"eac3 service 4", 0xCC, {0x80, 0xA0, 0x20}},
+    {"eac3 service 5, channels", 0xCC, {0x80, 0xEA, 0x20}},
+    {"eac3 service 6, not full", 0xCC, {0x80, 0xB0, 0x20}},
+    {"eac3 service 6, channels", 0xCC, {0x80, 0xF2, 0x20}},
+    {"eac3 service 7", 0xCC, {0x80, 0xBD, 0x20}},
+    {"eac3 empty", 0xCC, {}},
+    {"ac4", 0x7F, {0x15, 0xC0, 0xC0, 2, 0xAA, 0xBB}},
+    {"ac4 other extension", 0x7F, {0x06, 0x00}},
+    {"ac4 additional info", 0x7F, {0x15, 0x00, 0x01}},
+    {"ac4 additional info behind the toc", 0x7F, {0x15, 0x40, 1, 0xAA, 0x01}},
+    {"ac4 toc longer than the descriptor", 0x7F, {0x15, 0x40, 9, 0xAA}},
+    {"lmra stn uhd24", 0xB0, {1, 0, 0x0A, 0x37}},
+    {"lmra without base layer", 0xB0, {1, 0, 0x08, 0x4C, 0x08, 0x0F}},
+    {"lmra without base layer, compatibility", 0xB0, {1, 0, 0x08, 0x4C, 0x08, 0x0F, 0x2F}},
+    {"lmra profile 8, compatibility 4", 0xB0, {1, 0, 0x10, 0x37, 0x4F}},
+    {"lmra profile 8, compatibility 0", 0xB0, {1, 0, 0x10, 0x37, 0x0F}},
+    {"lmra profile 8, compatibility 6", 0xB0, {1, 0, 0x10, 0x37, 0x6F}},
+    {"lmra profile 9, compatibility 6", 0xB0, {1, 0, 0x12, 0x37, 0x6F}},
+    {"lmra profile 10", 0xB0, {1, 0, 0x14, 0x37}},
+    {"lmra level 0, two bytes left", 0xB0, {2, 1, 0x0A, 0x00 | 7, 0x6F, 0}},
+    {"lmra level 33", 0xB0, {1, 0, 0x0B, 0x0F}},
+    {"lmra cut", 0xB0, {1, 0, 0x0A}},
+};
+
+TEST(Descriptors, RulesAndPrintedLines) {
+    std::string transcript;
+    for (const DescriptorCase& c : CASES) {
+        const Bytes bytes = ts_descriptor(c.tag, c.body);
+        StreamDescriptor descriptor;
+        uint32_t consumed = 0;
+        int status = -1;
+        const std::string printed = printed_by([&] { status = parse_exactly(bytes, descriptor, consumed); });
+        EXPECT_EQ(bytes.size(), consumed) << c.name;
+        EXPECT_EQ(bytes, descriptor.raw) << c.name;
+        transcript +=
+            std::string("== ") + c.name + ": " + std::to_string(status) + ", " + descriptor.name + "\n" + printed;
+    }
+    expect_golden("golden/descriptors.txt", transcript);
+}
+
+TEST(Descriptors, Eac3FieldsBehindEveryFlag) {
+    StreamDescriptor descriptor;
+    uint32_t consumed = 0;
+    const Bytes bytes = ts_descriptor(0xCC, {0xFF, 0xFF, 0xF0, 0xFD, 2,   11,  12,  13,  'a', 'b', 'c',  'd', 'e',
+                                             'f',  'g',  'h',  'i',  'j', 'k', 'l', 'm', 'n', 'o', 0x01, 0x10});
+    printed_by([&] { EXPECT_EQ(11, parse_exactly(bytes, descriptor, consumed)); });
+    const Eac3DescriptorFields& e = descriptor.eac3;
+    EXPECT_EQ(std::make_tuple(7, 7, 0x10, 3, 5, 2),
+              std::make_tuple(int{e.service_type}, int{e.number_of_channels}, int{e.bsid}, int{e.priority},
+                              int{e.mainid}, int{e.asvc}));
+    EXPECT_EQ(std::make_tuple(11, 12, 13), std::make_tuple(int{e.substream1}, int{e.substream2}, int{e.substream3}));
+    EXPECT_EQ("abcdefghijklmno", std::string(e.language.begin(), e.language.end()) +
+                                     std::string(e.language_2.begin(), e.language_2.end()) +
+                                     std::string(e.substream1_lang.begin(), e.substream1_lang.end()) +
+                                     std::string(e.substream2_lang.begin(), e.substream2_lang.end()) +
+                                     std::string(e.substream3_lang.begin(), e.substream3_lang.end()));
+    EXPECT_EQ(std::make_pair(1, 16), std::make_pair(int{e.flag_ec3_extension_type_a}, int{e.complexity_index_type_a}));
+}
+
+TEST(Descriptors, Ac4FieldsBehindEveryFlag) {
+    StreamDescriptor descriptor;
+    uint32_t consumed = 0;
+    EXPECT_EQ(0, parse_exactly(ts_descriptor(0x7F, {0x15, 0xC0, 0xC0, 2, 0xAA, 0xBB}), descriptor, consumed));
+    EXPECT_EQ(std::make_pair(1, 2),
+              std::make_pair(int{descriptor.ac4.ac4_dialog_enhancement_enabled}, int{descriptor.ac4.ac4_channel_mode}));
+    EXPECT_EQ(Bytes({0xAA, 0xBB}), descriptor.ac4.ac4_dsi_byte);
+}
+
+TEST(Descriptors, AClaimBeyondTheLoopIsCutToTheLoop) {
+    for (const DescriptorCase& c : CASES) {
+        const Bytes whole = ts_descriptor(c.tag, c.body, 255);
+        for (size_t size = 1; size <= whole.size(); ++size) {
+            StreamDescriptor descriptor;
+            uint32_t consumed = 0;
+            int status = -1;
+            printed_by([&] { status = parse_exactly(std::span(whole).first(size), descriptor, consumed); });
+            EXPECT_TRUE(status == 0 || status == 11) << c.name;
+            EXPECT_EQ(size, consumed) << c.name;
+            EXPECT_EQ(size < 2 ? 0 : size - 2, descriptor.length) << c.name;
+        }
+    }
+}
+
+}  // namespace

@@ -1,0 +1,133 @@
+#include "ts/pmt_checks.h"
+
+#include <gtest/gtest.h>
+
+#include "support/golden.h"
+
+namespace {
+
+using Descriptors = std::vector<StreamDescriptor>;
+
+StreamDescriptor eac3(uint32_t tag, uint8_t extension = 0) {
+    StreamDescriptor descriptor{.tag = tag, .length = 3};
+    descriptor.eac3 = {
+        .substream1 = 0x11, .substream2 = 0x12, .substream3 = 0x13, .flag_ec3_extension_type_a = extension};
+    descriptor.eac3.full_service_flag = 1;
+    descriptor.eac3.service_type = 2;
+    descriptor.eac3.number_of_channels = 5;
+    return descriptor;
+}
+
+StreamDescriptor lmra(uint8_t profile, uint8_t level, uint8_t el = 1, uint8_t version = 1, uint8_t rpu_and_bl = 1) {
+    StreamDescriptor descriptor{.tag = DESCRIPTOR_LMRA, .length = 4};
+    descriptor.lmra = {.version_major = version,
+                       .profile = profile,
+                       .level = level,
+                       .rpu_present_flag = rpu_and_bl,
+                       .el_present_flag = el,
+                       .bl_present_flag = rpu_and_bl};
+    return descriptor;
+}
+
+StreamDescriptor registration(const std::string& text) {
+    StreamDescriptor descriptor{.tag = DESCRIPTOR_REGISTRATION, .length = static_cast<uint32_t>(text.size())};
+    descriptor.raw = {0x05, static_cast<uint8_t>(text.size())};
+    descriptor.raw.insert(descriptor.raw.end(), text.begin(), text.end());
+    return descriptor;
+}
+
+EsRecord es(uint8_t stream_type, Descriptors descriptors = {}) {
+    return {.stream_type = stream_type,
+            .elementary_PID = 0x101,
+            .ES_info_length = 0,
+            .descriptors = std::move(descriptors)};
+}
+
+struct PmtCase {
+    const char* name;
+    std::vector<EsRecord> streams;
+    const char* codecs;  // null: no playlist
+    std::optional<std::array<uint32_t, 4>> programs = {};
+    bool audio_in_media_group = false;
+};
+
+const StreamDescriptor CC = eac3(0xCC);
+const StreamDescriptor DVB = eac3(0x7A);
+const StreamDescriptor AC4{.tag = 0x7F};
+const std::array<uint32_t, 4> MATCHING = {0x55, 0x11, 0x12, 0x13};
+const std::array<uint32_t, 4> OTHER = {0x56, 0x112, 0x13, 0x12};
+
+const PmtCase CASES[] = {
+    {"every audio kind named",
+     {es(0x81), es(0x87, {CC}), es(0x0F), es(0x06, {DVB, AC4})},
+     "mp4a,ac-3,ec-3,ac-4.02.01.03"},
+    {"every audio kind unnamed",
+     {es(0x81), es(0x87, {CC, eac3(0xCC, 1)}), es(0x87, {eac3(0xCC, 1)}), es(0x11), es(0x06, {AC4})},
+     "none"},
+    {"audio in a media group", {es(0x81), es(0x87, {CC}), es(0x0F)}, "none", {}, true},
+    {"no playlist",
+     {es(0x81), es(0x87, {CC}), es(0x1B, {lmra(0, 6, 0)}), es(0x06, {DVB, AC4, registration("LMRA")})},
+     nullptr},
+    {"0x87: dvb tag in front of the first atsc tag", {es(0x87, {DVB, CC, DVB})}, "ec-3"},
+    {"0x87: dvb tags alone", {es(0x87, {DVB, DVB})}, ""},
+    {"0x87: programs match", {es(0x87, {CC})}, "ec-3", MATCHING},
+    {"0x87: programs differ", {es(0x87, {CC})}, "ec-3", OTHER},
+    {"0x87: programs of 0 are compared", {es(0x87, {CC})}, "ec-3", std::array<uint32_t, 4>{}},
+    {"0x87: full service differs alone", {es(0x87, {CC})}, "ec-3", std::array<uint32_t, 4>{0x15, 0x11, 0x12, 0x13}},
+    {"0x87: service type differs alone", {es(0x87, {CC})}, "ec-3", std::array<uint32_t, 4>{0x4D, 0x11, 0x12, 0x13}},
+    {"0x06: programs match", {es(0x06, {DVB})}, "ec-3", MATCHING},
+    {"0x06: programs differ", {es(0x06, {DVB})}, "ec-3", OTHER},
+    {"0x06: programs of 0 are skipped", {es(0x06, {DVB})}, "ec-3", std::array<uint32_t, 4>{}},
+    {"0x06: atsc tag", {es(0x06, {CC})}, "avc"},
+    {"0x06: ac-4 with hexadecimal digits", {es(0x06, {AC4})}, "ac-4.0a.01.03"},
+    {"0x06: ac-4 too short", {es(0x06, {AC4})}, "ac-4.02.01.0"},
+    {"0x06: ac-4 with more behind", {es(0x06, {AC4})}, "mp4a,ac-4.02.01.031"},
+    {"avc lumora", {es(0x1B, {lmra(9, 6), lmra(1, 1)})}, "avc1,lmav.09.06"},
+    {"avc lumora by lma1", {es(0x1B, {lmra(0, 6)})}, "avc1,lma1.00.06"},
+    {"avc lumora: lmav mismatch, profile and level", {es(0x1B, {lmra(9, 6)})}, "avc1,lmav.08.07"},
+    {"avc lumora: lma1 mismatch, profile 0 without enhancement layer", {es(0x1B, {lmra(0, 6, 0)})}, "avc1,lma1.00.07"},
+    {"avc lumora: profile 4 without enhancement layer", {es(0x1B, {lmra(4, 6, 0)})}, "avc1,lmav.04.06"},
+    {"avc lumora: text too short", {es(0x1B, {lmra(0, 6)})}, "avc1,lmav.0"},
+    {"lumora descriptor rules", {es(0x1B, {lmra(0, 6, 1, 2, 0)})}, nullptr},
+    {"hevc lumora", {es(0x24, {lmra(8, 6)})}, "hvc1,lmhe.08.06"},
+    {"hevc lumora: read like scanf", {es(0x24, {lmra(8, 6)})}, "hev1,lmh1. 8.+6xx"},
+    {"hevc lumora: profile 10 is read as 16", {es(0x24, {lmra(10, 6)})}, "hvc1,lmhe.10.06"},
+    {"hevc lumora: lmhe mismatch", {es(0x24, {lmra(8, 6), lmra(8, 7)})}, "hvc1,lmhe.08.06"},
+    {"hevc lumora: lmh1 without level", {es(0x24, {lmra(8, 6)})}, "hvc1,lmh1.08"},
+    {"hevc lumora: profile 4 without enhancement layer", {es(0x24, {lmra(4, 6, 0)})}, "hvc1,lmh1.04.06"},
+    {"hevc lumora: profile 0 without enhancement layer", {es(0x24, {lmra(0, 6, 0)})}, "hvc1,lmhe.00.06"},
+    {"hevc lumora: no entry", {es(0x24, {lmra(8, 6)})}, "mp4a"},
+    {"hevc lumora: two entries", {es(0x24, {lmra(8, 6)})}, "hvc1,lmhe.08.06,lmhe.08.06"},
+    {"registration", {es(0x06, {registration("LMRA"), lmra(5, 6, 0)})}, "lmhe.05.06"},
+    {"registration: compatible entry, enhancement layer",
+     {es(0x06, {registration("LMRA"), lmra(5, 6)})},
+     "lmhe.05.06,avc1"},
+    {"registration: no lumora entry", {es(0x06, {registration("LMRA")})}, "mp4a"},
+    {"registration: other identifiers",
+     {es(0x06, {registration("LMRB"), registration("LMRAx"), registration("LM")})},
+     "lmhe.05.06"},
+    {"second layer behind the video", {es(0x1B, {lmra(9, 6)}), es(0x06, {lmra(9, 6)})}, "avc1,lmav.09.06"},
+    {"second layer without enhancement layer", {es(0x1B, {lmra(9, 6)}), es(0x06, {lmra(9, 6, 0)})}, "avc1,lmav.09.06"},
+    {"second layer in front of the video", {es(0x06, {lmra(9, 6, 0)}), es(0x1B, {lmra(9, 6)})}, "avc1,lmav.09.06"},
+    {"video unnamed", {es(0x1B), es(0x24)}, "mp4a"},
+    {"compatible lumora entry without a stream", {es(0x1B)}, "avc1,lma1.00.06"},
+};
+
+TEST(PmtChecks, Findings) {
+    std::string transcript;
+    for (const PmtCase& c : CASES) {
+        PlaylistAttributes attrs;
+        if (c.codecs != nullptr) attrs.codecs = c.codecs;
+        attrs.programs = c.programs;
+        attrs.audio_in_media_group = c.audio_in_media_group;
+        int status = -1;
+        ProgramRecord program;
+        program.streams = c.streams;
+        const std::string printed =
+            printed_by([&] { status = check_pmt_against_playlist(program, c.codecs != nullptr ? &attrs : nullptr); });
+        transcript += std::string("== ") + c.name + ": " + std::to_string(status) + "\n" + printed;
+    }
+    expect_golden("golden/pmt_checks.txt", transcript);
+}
+
+}  // namespace
