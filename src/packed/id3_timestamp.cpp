@@ -1,0 +1,63 @@
+#include "packed/id3_timestamp.h"
+
+#include <algorithm>
+#include <array>
+#include <span>
+#include <string_view>
+
+#include "bits/byte_order.h"
+#include "bits/report.h"
+
+namespace {
+
+using namespace std::string_view_literals;
+
+constexpr uint32_t ID3_HEADER_SIZE = 10;
+constexpr size_t ID3_SIZE_OFFSET = 6;
+
+// Inside the tag body, which begins with the PRIV frame's ten-byte header.
+constexpr size_t PRIV_OWNER_OFFSET = 10;
+constexpr std::string_view PRIV_OWNER = "com.apple.streaming.transportStreamTimestamp\0"sv;
+constexpr size_t PRIV_TIMESTAMP_OFFSET = PRIV_OWNER_OFFSET + PRIV_OWNER.size();
+constexpr uint32_t PRIV_BODY_SIZE = PRIV_TIMESTAMP_OFFSET + sizeof(uint64_t);
+
+bool has_text(std::span<const uint8_t> bytes, size_t offset, std::string_view text) {
+    return bytes.size() >= offset + text.size() &&
+           std::equal(text.begin(), text.end(), bytes.begin() + static_cast<std::ptrdiff_t>(offset),
+                      [](char character, uint8_t byte) { return static_cast<uint8_t>(character) == byte; });
+}
+
+// Reads on over `count` bytes of the tag. False when they are not all there.
+bool read_over(FileReader& reader, uint32_t count) {
+    std::array<uint8_t, 4096> scratch;
+    while (count > 0) {
+        const uint32_t piece = std::min<uint32_t>(count, scratch.size());
+        if (reader_view(reader, piece, scratch).size() < piece) return false;
+        count -= piece;
+    }
+    return true;
+}
+
+int malformed(const std::string& path, const FileReader& reader, const char* reason) {
+    report_reason(path, "%s (byte %llu)", reason, static_cast<unsigned long long>(reader.position));
+    return -1;
+}
+
+}  // namespace
+
+int read_id3_timestamp(FileReader& reader, const std::string& path, int64_t& timestamp) {
+    std::array<uint8_t, ID3_HEADER_SIZE> header = {};
+    if (reader_read(header.data(), ID3_HEADER_SIZE, reader) < ID3_HEADER_SIZE || !has_text(header, 0, "ID3"))
+        return malformed(path, reader, "no ID3 tag at the start of the packed audio segment");
+    // Deliberately a plain 32-bit number, not ID3's form of four times seven bits.
+    const uint32_t size = load_be32(header, ID3_SIZE_OFFSET);
+    std::array<uint8_t, PRIV_BODY_SIZE> body = {};
+    if (size < PRIV_BODY_SIZE) return malformed(path, reader, "the ID3 tag is too short for a timestamp");
+    if (reader_read(body.data(), PRIV_BODY_SIZE, reader) < PRIV_BODY_SIZE || !read_over(reader, size - PRIV_BODY_SIZE))
+        return malformed(path, reader, "the ID3 tag is longer than the segment");
+    if (!has_text(body, 0, "PRIV")) return malformed(path, reader, "the ID3 tag does not begin with a PRIV frame");
+    if (!has_text(body, PRIV_OWNER_OFFSET, PRIV_OWNER))
+        return malformed(path, reader, "the PRIV frame of the ID3 tag has another owner than the timestamp's");
+    timestamp = static_cast<int64_t>(load_be64(body, PRIV_TIMESTAMP_OFFSET));
+    return 0;
+}
