@@ -1,6 +1,8 @@
 #include "driver/media_playlist.h"
 
+#include <cstdint>
 #include <cstdio>
+#include <map>
 
 #include "bits/report.h"
 #include "driver/paths.h"
@@ -22,9 +24,8 @@ struct SegmentLoop {
     FileReader reader;
     MediaContextPtr init_context;
     TsSegmentTiming previous_timing;
-    std::string range_path;       // file of the last byte range
-    uint64_t range_end = 0;       // where it ended
-    uint32_t segments_named = 0;  // entries that name a file
+    std::map<std::string, uint64_t> range_ends;  // by file: where its last byte range ended
+    uint32_t segments_named = 0;                 // entries that name a file
     uint32_t segments_opened = 0;
 };
 
@@ -48,16 +49,15 @@ int select_segment(SegmentLoop& loop, const std::string& address) {
 // range.
 int confine_to_byte_range(SegmentLoop& loop, const SegmentEntry& entry) {
     if (!entry.byte_range) return 0;
-    const bool same_file = loop.range_path == loop.reader.path;
+    uint64_t& previous_end = loop.range_ends[loop.reader.path];
     ByteSpan range;
-    if (resolve_byte_range(*entry.byte_range, same_file ? loop.range_end : 0, range) != 0) {
+    if (resolve_byte_range(*entry.byte_range, previous_end, range) != 0) {
         report_reason(loop.reader.path, "the byte range \"%s\" is not a length and an offset; the segment is not read",
                       entry.byte_range->length.c_str());
         return -1;
     }
     if (range.length == 0) return 0;
-    loop.range_path = loop.reader.path;
-    loop.range_end = range.offset + range.length;
+    previous_end = range.offset + range.length;
     loop.reader.start_offset = range.offset;
     loop.reader.remaining = static_cast<int64_t>(range.length);
     loop.reader.limited = true;
@@ -158,7 +158,7 @@ void validate_media_playlist(const std::string& path, const std::string& stem,
     std::printf("------------------------------------------------\n%s:\n", path.c_str());
     Playlist playlist;
     if (read_playlist(path, playlist) == 0) {
-        SegmentLoop loop = {stem, output_dir, attrs, {}, nullptr, {}, {}, 0, 0, 0};
+        SegmentLoop loop = {stem, output_dir, attrs, {}, nullptr, {}, {}, 0, 0};
         error_flag |= validate_segments(path, playlist, loop);
     } else {
         error_flag = -1;
