@@ -1,5 +1,7 @@
+#include <cinttypes>
 #include <cstdio>
 
+#include "ztpinfo/bsid_ztp.h"
 #include "ztpinfo/info_printer_bsi.h"
 #include "ztpinfo/info_printer_lines.h"
 
@@ -11,8 +13,6 @@ constexpr uint16_t STRMTYP_INDEPENDENT = 0;
 constexpr uint16_t STRMTYP_DEPENDENT = 1;
 constexpr uint16_t STRMTYP_TRANSCODED = 2;
 constexpr uint16_t NUMBLKSCOD_6_BLOCKS = 3;
-
-constexpr int BLOCKS_BY_NUMBLKSCOD[] = {1, 2, 3, 6};
 
 void print_header(const Eac3Bsi& bsi, const char* end) {
     print_field("syncword", bsi.syncword, end);
@@ -181,12 +181,13 @@ void print_block_mixing(const Eac3Bsi& bsi, const char* end) {
         print_explained("blkmixcfginfo[0]", bsi.blkmixcfginfo[0], "Block mixing configuration information", "", end);
         return;
     }
-    for (size_t block = 0; block < static_cast<size_t>(BLOCKS_BY_NUMBLKSCOD[bsi.numblkscod & 3]); ++block) {
+    for (uint32_t block = 0; block < eac3_blocks(bsi.numblkscod); ++block) {
         print_named("blkmixcfginfoe", bsi.blkmixcfginfoe[block], "Block mixing configuration information ",
                     PRESENCE_NAMES, end);
         if (bsi.blkmixcfginfoe[block] != 0)
-            std::printf("            blkmixcfginfo[block %d]: 0x%04hX (Block mixing configuration information)%s",
-                        static_cast<int>(block), bsi.blkmixcfginfo[block], end);
+            std::printf("            blkmixcfginfo[block %" PRIu32
+                        "]: 0x%04hX (Block mixing configuration information)%s",
+                        block, bsi.blkmixcfginfo[block], end);
     }
 }
 
