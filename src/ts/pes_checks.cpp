@@ -5,12 +5,6 @@
 
 namespace {
 
-TsAudioStream* find_stream(TsStreamTable& table, uint16_t pid) {
-    const auto end = table.audio.begin() + table.audio_count;
-    const auto found = std::find_if(table.audio.begin(), end, [&](const TsAudioStream& s) { return s.pid == pid; });
-    return found != end ? &*found : nullptr;
-}
-
 bool selects_eac3(uint8_t stream_type, uint32_t tag) {
     return (stream_type == STREAM_TYPE_ATSC_EAC3 && tag == DESCRIPTOR_ATSC_EAC3) ||
            (stream_type == STREAM_TYPE_PES_PRIVATE_DATA && tag == DESCRIPTOR_DVB_EAC3);
@@ -48,7 +42,7 @@ int check_by_descriptors(const EsRecord& es, const PesCheckInput& pes, TsAudioSt
 
 int check_audio_pes(const PesCheckInput& pes, const std::vector<ProgramRecord>& programs, TsStreamTable& table,
                     const PlaylistAttributes* attrs) {
-    TsAudioStream* stream = find_stream(table, pes.pid);
+    TsAudioStream* stream = find_audio_stream(table, pes.pid);
     if (stream == nullptr) return 0;
     int status = 0;
     for (const ProgramRecord& program : programs) {

@@ -150,6 +150,7 @@ int ts_process_segment(FileReader& reader, const std::optional<std::string>& out
     context->truncate = truncate;
     context->stream_info = stream_info;
     context->psi.path = reader.path;
+    context->stream_table.path = reader.path;
     context->routes[PAT_PID].kind = PidKind::PAT;
 
     int status = run_packet_loop(*context, reader);
