@@ -1,0 +1,52 @@
+# Sourced by the other scripts: installs what is missing on a Debian system and configures the build.
+set -euo pipefail
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+cd "$root"
+
+# install_packages PACKAGE...: with apt-get, through sudo when not root.
+install_packages() {
+    echo "quorlin: installing $* with apt-get" >&2
+    local sudo=
+    [ "$(id -u)" -eq 0 ] || sudo=sudo
+    $sudo apt-get update -qq >&2
+    DEBIAN_FRONTEND=noninteractive $sudo env DEBIAN_FRONTEND=noninteractive \
+        apt-get install -y -qq --no-install-recommends "$@" >&2
+}
+
+# need COMMAND-OR-FILE=PACKAGE...: installs the packages of what is not there; does nothing when all is.
+need() {
+    local missing=() item
+    for item in "$@"; do
+        local what=${item%%=*} package=${item#*=}
+        if [ "${what#/}" != "$what" ]; then
+            [ -e "$what" ] || missing+=("$package")
+        else
+            command -v "$what" >/dev/null || missing+=("$package")
+        fi
+    done
+    [ ${#missing[@]} -eq 0 ] || install_packages "${missing[@]}"
+}
+
+need_compiler() {
+    need g++=g++ cmake=cmake ninja=ninja-build
+}
+
+need_test_library() {
+    need /usr/include/gtest/gtest.h=libgtest-dev
+}
+
+# build PRESET TARGET [CMAKE-ARGUMENT...]: configures and builds; its log is shown when it fails.
+build() {
+    local preset=$1 target=$2
+    shift 2
+    local directory=build
+    [ "$preset" = release ] || directory=build-$preset
+    mkdir -p "$directory"
+    echo "quorlin: building ($preset; log in $directory/build.log)" >&2
+    if ! { cmake --preset "$preset" "$@" && cmake --build --preset "$preset" --target "$target"; } \
+        >"$directory/build.log" 2>&1; then
+        cat "$directory/build.log" >&2
+        echo "quorlin: the build failed" >&2
+        return 1
+    fi
+}
