@@ -51,8 +51,8 @@ struct FrameTail {
     std::vector<uint16_t> auxdata;  // the bits from the first word's top on, the last word filled up with zeros
 };
 
-// Unpacks the frame in `words` (host order, complete) into `frame` and checks its CRC. Returns 0, or the code of the
-// fatal error that was reported.
+// Unpacks the frame in `words` (host order, the whole frame) into `frame` and checks its CRC. Returns 0, or the code of
+// the fatal error that was reported: frames shorter than their header are refused, among others.
 [[nodiscard]] int unpack_frame(std::span<const uint16_t> words, FrameInfo& frame);
 
 // Auxiliary data and encoder information of the frame in `words`. An auxdatal that reaches beyond the frame's begin

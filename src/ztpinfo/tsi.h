@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <span>
 
 #include "ztpinfo/fmi_api.h"
@@ -69,3 +70,38 @@ constexpr uint64_t PLAYING_TIME_UNITS = 14112000;
 
 double playing_time_seconds(const StreamTotals& totals);
 double overall_data_rate_kbps(const StreamTotals& totals);
+
+// Timeslices of a handle: the one being assembled and the last completed one. Everything lasts for the life of the
+// handle; an unfinished timeslice waits for the next buffer.
+struct TimesliceAccumulator {
+    StreamTotals totals;
+    ComplianceFlags compliance;  // of all timeslices; never cleared
+    std::array<TimesliceRecord, 2> records;
+    uint32_t current = 0;          // the record being assembled; the other one is the last completed
+    uint32_t current_program = 0;  // which dependent frames belong to
+    uint64_t current_bits = 0;
+    uint32_t current_frames = 0;
+    std::array<uint16_t, ZTP_MAX_PROGRAMS> convsync_counters;  // of I0 to I7; CONVSYNC_ABSENT at first
+    // Frame ends beside the two records; null unless they are wanted.
+    std::unique_ptr<std::array<TimesliceTails, 2>> tails;
+};
+
+// What a frame brought to an end.
+enum class TimesliceEvent { NONE, COMPLETED_UNCHANGED, COMPLETED_CHANGED };
+
+// Code of the fatal errors in the order of a stream's frames.
+constexpr int TIMESLICE_INVALID = 6913;
+
+// Places a frame, whose words are `words`, in the timeslice being assembled. A frame that starts a new one closes the
+// one before: it is checked against `rule_set` and becomes the last completed one. Returns 0, or the code of the fatal
+// error that was reported; the frame is not taken then.
+[[nodiscard]] int add_frame(TimesliceAccumulator& accumulator, const FrameInfo& frame, std::span<const uint16_t> words,
+                            uint16_t rule_set, TimesliceEvent& event);
+
+// Closes the timeslice being assembled, if there is one, at the end of a buffer. Returns like add_frame.
+[[nodiscard]] int finish_timeslice(TimesliceAccumulator& accumulator, uint16_t rule_set);
+
+// Meaningful when totals.timeslices is not 0.
+inline const TimesliceRecord& last_completed(const TimesliceAccumulator& accumulator) {
+    return accumulator.records[1 - accumulator.current];
+}

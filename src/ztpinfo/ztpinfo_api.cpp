@@ -1,1 +1,188 @@
+#include <new>
+
+#include "ztpinfo/bsid_ztp.h"
+#include "ztpinfo/fmi_api.h"
+#include "ztpinfo/info_printer.h"
+#include "ztpinfo/tsc_messages.h"
+#include "ztpinfo/tsi.h"
+#include "ztpinfo/tsi_compare.h"
+#include "ztpinfo/zit_fio.h"
 #include "ztpinfo/ztpinfo.h"
+
+struct ZtpInfoContext {
+    ZtpSettings settings;
+    WordInput input;
+    std::array<uint16_t, MAX_FRAME_WORDS> words{};  // the current frame, in stream order
+    FrameInfo frame;
+    TimesliceAccumulator timeslices;
+    TimesliceRecord last_reported;
+    bool has_last_reported = false;
+};
+
+namespace {
+
+constexpr const char* SOURCE = "ztpinfo_api";
+
+// How the walk over a buffer, or one step of it, came out.
+enum class Walk { GO_ON, END, INCOMPLETE, FATAL };
+
+enum ProcessResult : int { RESULT_CLEAN = 0, RESULT_FAILURES = 1, RESULT_FATAL = 2 };
+
+// Reads the words of the next frame into context.words; `frame_words` is its length.
+Walk read_frame(ZtpInfoContext& context, uint32_t& frame_words) {
+    WordInput& input = context.input;
+    const std::span<uint16_t> words(context.words);
+    if (detect_byte_order(input) != 0) return Walk::FATAL;
+    if (input.end_of_input) return Walk::END;
+    if (read_words(input, words.first(FRAME_HEADER_WORDS)) != 0) return Walk::FATAL;
+    if (unpack_frame_words(words.first(FRAME_HEADER_WORDS), frame_words) != 0) return Walk::FATAL;
+    if (frame_words <= FRAME_HEADER_WORDS) return Walk::GO_ON;
+    const std::span<uint16_t> rest = words.subspan(FRAME_HEADER_WORDS, frame_words - FRAME_HEADER_WORDS);
+    if (bytes_left(input) < rest.size_bytes()) {
+        report_fatal("Incomplete frame", SOURCE, __LINE__);
+        return Walk::INCOMPLETE;
+    }
+    return read_words(input, rest) == 0 ? Walk::GO_ON : Walk::FATAL;
+}
+
+void print_report(const ZtpInfoContext& context, const TimesliceRecord& timeslice) {
+    const uint16_t options = context.settings.options;
+    const TimesliceAccumulator& timeslices = context.timeslices;
+    const TimesliceTails* tails = timeslices.tails == nullptr ? nullptr : &(*timeslices.tails)[1 - timeslices.current];
+    print_timeslice(timeslice, tails, options);
+    if ((options & ZTP_OPTION_COMPLIANCE) != 0)
+        print_compliance_list(timeslice.compliance, (options & ZTP_OPTION_WARNINGS) != 0);
+}
+
+void keep_as_reported(ZtpInfoContext& context, const TimesliceRecord& timeslice) {
+    copy_timeslice(context.last_reported, timeslice);
+    context.has_last_reported = true;
+}
+
+// Reports the timeslice that a frame has completed when its layout is new; the first one of a handle is only noted.
+void report_completed(ZtpInfoContext& context) {
+    const TimesliceRecord& timeslice = last_completed(context.timeslices);
+    if (context.has_last_reported) {
+        if (same_layout(timeslice, context.last_reported)) return;
+        print_report(context, timeslice);
+    }
+    keep_as_reported(context, timeslice);
+}
+
+Walk process_frame(ZtpInfoContext& context) {
+    uint32_t frame_words = 0;
+    const Walk read = read_frame(context, frame_words);
+    if (read != Walk::GO_ON) return read;
+    const std::span<const uint16_t> words = std::span<const uint16_t>(context.words).first(frame_words);
+    if (unpack_frame(words, context.frame) != 0) return Walk::FATAL;
+    TimesliceEvent event = TimesliceEvent::NONE;
+    if (add_frame(context.timeslices, context.frame, words, context.settings.rule_set, event) != 0) {
+        report_fatal("Processing error in ZIT subroutine", SOURCE, __LINE__);
+        return Walk::FATAL;
+    }
+    // A timeslice equal to the one before has been reported, or found to need no report, with that one.
+    if (event == TimesliceEvent::COMPLETED_CHANGED) report_completed(context);
+    const bool stop = context.settings.stop_on_failure && context.timeslices.compliance.any_failure;
+    return stop ? Walk::END : Walk::GO_ON;
+}
+
+void fill_substream(ZtpSubstreamSummary& summary, const FrameInfo& frame) {
+    const bool eac3 = is_eac3_bsid(frame.bsid);
+    summary.bsid = frame.bsid;
+    summary.bsmod = frame.bsmod;
+    summary.fscod = frame.fscod;
+    summary.acmod = frame.acmod;
+    summary.lfeon = frame.lfeon;
+    summary.chanmap = frame.chanmap;
+    summary.strmtyp = frame.strmtyp;
+    summary.substreamid = frame.substreamid;
+    summary.addbsie = eac3 ? frame.eac3.addbsie : frame.ac3.addbsie;
+    if (summary.addbsie == 0) return;
+    summary.addbsi_bytes = (eac3 ? frame.eac3.addbsil : frame.ac3.addbsil) + 1u;
+    summary.addbsi = eac3 ? frame.eac3.addbsi : frame.ac3.addbsi;
+}
+
+void fill_program(ZtpProgramSummary& summary, const ProgramRecord& program) {
+    summary.num_dep_substreams = program.num_dep_substreams;
+    fill_substream(summary.independent, program.independent.frame);
+    for (uint32_t i = 0; i < ZTP_MAX_DEPENDENT_SUBSTREAMS; ++i)
+        if (program.dependent[i].present) fill_substream(summary.dependent[i], program.dependent[i].frame);
+}
+
+// Fills the cleared `summary` from the last completed timeslice; `completed` is the number of those of this call.
+void fill_summary(ZtpStreamSummary& summary, const ZtpInfoContext& context, uint64_t completed) {
+    const StreamTotals& totals = context.timeslices.totals;
+    if (totals.timeslices == 0) return;
+    const TimesliceRecord& timeslice = last_completed(context.timeslices);
+    const uint64_t blocks = timeslice.programs[0].blocks_per_frame * completed;
+    summary.byte_order_swapped = context.input.byte_order == BYTE_ORDER_LOW_FIRST ? 1 : 0;
+    summary.data_rate_kbps = static_cast<uint32_t>(totals.bits * (PLAYING_TIME_UNITS / 1000) / totals.playing_time);
+    summary.frameset_count = static_cast<uint32_t>(blocks / 6);
+    summary.num_programs = timeslice.num_programs;
+    for (uint32_t i = 0; i < ZTP_MAX_PROGRAMS; ++i)
+        if (timeslice.programs[i].independent.present) fill_program(summary.programs[i], timeslice.programs[i]);
+}
+
+void print_end_of_call(ZtpInfoContext& context) {
+    const uint16_t options = context.settings.options;
+    const TimesliceAccumulator& timeslices = context.timeslices;
+    if (timeslices.totals.timeslices > 0) {
+        print_report(context, last_completed(timeslices));
+        keep_as_reported(context, last_completed(timeslices));
+    }
+    if ((options & ZTP_OPTION_TOTALS) != 0) print_totals(timeslices.totals);
+    if ((options & ZTP_OPTION_ALL_COMPLIANCE) != 0)
+        print_compliance_list(timeslices.compliance, (options & ZTP_OPTION_WARNINGS) != 0);
+}
+
+int compliance_result(const ZtpInfoContext& context) {
+    return context.timeslices.compliance.any_failure ? RESULT_FAILURES : RESULT_CLEAN;
+}
+
+}  // namespace
+
+ZtpInfoContext* ztpinfo_open() {
+    ZtpInfoPtr context(new (std::nothrow) ZtpInfoContext);
+    if (context == nullptr) {
+        report_fatal("Cannot allocate the necessary memory", SOURCE, __LINE__);
+        return nullptr;
+    }
+    context->timeslices.convsync_counters.fill(CONVSYNC_ABSENT);
+    return context.release();
+}
+
+void ztpinfo_close(ZtpInfoContext* handle) {
+    delete handle;
+}
+
+void ztpinfo_configure(ZtpInfoContext* handle, const ZtpSettings& settings) {
+    handle->settings = settings;
+    const bool with_tails = (settings.options & (ZTP_OPTION_AUXDATA | ZTP_OPTION_ENCODER_INFO)) != 0;
+    std::unique_ptr<std::array<TimesliceTails, 2>>& tails = handle->timeslices.tails;
+    if (!with_tails)
+        tails.reset();
+    else if (tails == nullptr)
+        tails = std::make_unique<std::array<TimesliceTails, 2>>();
+}
+
+int ztpinfo_process(std::span<const uint8_t> bytes, ZtpStreamSummary& summary, ZtpInfoContext* handle) {
+    ZtpInfoContext& context = *handle;
+    TimesliceAccumulator& timeslices = context.timeslices;
+    const uint64_t completed_before = timeslices.totals.timeslices;
+    summary = {};
+    context.input = {};
+    context.input.bytes = bytes;
+    Walk walk = Walk::GO_ON;
+    while (walk == Walk::GO_ON) walk = process_frame(context);
+    context.input.bytes = {};
+    if (walk == Walk::FATAL) return RESULT_FATAL;
+    if (walk == Walk::END) {
+        if (finish_timeslice(timeslices, context.settings.rule_set) != 0) {
+            report_fatal("Processing error in ZIT subroutine", SOURCE, __LINE__);
+            return RESULT_FATAL;
+        }
+    }
+    fill_summary(summary, context, timeslices.totals.timeslices - completed_before);
+    if (walk == Walk::END) print_end_of_call(context);
+    return compliance_result(context);
+}

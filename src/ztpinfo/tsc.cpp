@@ -1,0 +1,111 @@
+#include "ztpinfo/tsc.h"
+
+#include <bit>
+
+#include "ztpinfo/tsc_rules.h"
+#include "ztpinfo/zit_fio.h"
+
+namespace {
+
+constexpr const char* SOURCE = "tsc";
+
+using SubstreamRules = void(ComplianceFlags& compliance, const FrameInfo& frame);
+
+// The rule sets for secondary audio cover independent substreams only.
+void check_each_substream(TimesliceRecord& timeslice, SubstreamRules& rules, bool with_dependent) {
+    for (const ProgramRecord& program : timeslice.programs) {
+        if (!program.independent.present) continue;
+        rules(timeslice.compliance, program.independent.frame);
+        if (!with_dependent || program.num_dep_substreams == 0) continue;
+        for (const SubstreamRecord& dependent : program.dependent)
+            if (dependent.present) rules(timeslice.compliance, dependent.frame);
+    }
+}
+
+const FrameInfo& frame_or_cleared(const SubstreamRecord& substream) {
+    static constexpr FrameInfo CLEARED{};
+    return substream.present ? substream.frame : CLEARED;
+}
+
+}  // namespace
+
+int check_substreams(TimesliceRecord& timeslice, uint16_t rule_set) {
+    timeslice.compliance = {};
+    switch (rule_set) {
+        case ZTP_RULES_NONE:
+            return 0;
+        case ZTP_RULES_GENERIC:
+            check_each_substream(timeslice, check_generic_substream, true);
+            return 0;
+        case ZTP_RULES_BLU_RAY_PRIMARY:
+            check_each_substream(timeslice, check_blu_ray_primary_substream, true);
+            return 0;
+        case ZTP_RULES_HD_DVD_SECONDARY:
+            check_each_substream(timeslice, check_hd_dvd_secondary_substream, false);
+            return 0;
+        case ZTP_RULES_BLU_RAY_SECONDARY:
+            check_each_substream(timeslice, check_blu_ray_secondary_substream, false);
+            return 0;
+        default:
+            report_fatal("Unknown compliance mode requested", SOURCE, __LINE__);
+            return COMPLIANCE_UNKNOWN_MODE;
+    }
+}
+
+void check_programs(TimesliceRecord& timeslice, const TimesliceRecord& previous, uint16_t rule_set) {
+    switch (rule_set) {
+        case ZTP_RULES_GENERIC:
+            check_generic_programs(timeslice.compliance, timeslice, previous);
+            break;
+        case ZTP_RULES_BLU_RAY_PRIMARY:
+            check_blu_ray_primary_programs(timeslice.compliance, timeslice, previous);
+            break;
+        case ZTP_RULES_HD_DVD_SECONDARY:
+            check_hd_dvd_secondary_programs(timeslice.compliance, timeslice, previous);
+            break;
+        case ZTP_RULES_BLU_RAY_SECONDARY:
+            check_blu_ray_secondary_programs(timeslice.compliance, timeslice, previous);
+            break;
+        default:
+            break;
+    }
+}
+
+void check_end_of_data(TimesliceRecord& timeslice, uint16_t rule_set) {
+    if (rule_set == ZTP_RULES_GENERIC) check_generic_end_of_data(timeslice.compliance, timeslice);
+}
+
+ProgramPair pair_first_programs(const TimesliceRecord& timeslice, const TimesliceRecord& previous) {
+    const ProgramRecord& now = timeslice.programs[0];
+    const ProgramRecord& before = previous.programs[0];
+    return {now,
+            before,
+            frame_or_cleared(now.independent),
+            frame_or_cleared(before.independent),
+            now.dependent[0].present,
+            frame_or_cleared(now.dependent[0]),
+            frame_or_cleared(before.dependent[0])};
+}
+
+const Eac3Bsi& eac3_or_cleared(const FrameInfo& frame) {
+    static constexpr Eac3Bsi CLEARED{};
+    return is_eac3_bsid(frame.bsid) ? frame.eac3 : CLEARED;
+}
+
+uint32_t chanmap_channels(uint16_t chanmap) {
+    constexpr uint32_t PAIRS = 0x0670;  // Lc/Rc, Lrs/Rrs, Lsd/Rsd, Lw/Rw, Lvh/Rvh
+    return static_cast<uint32_t>(std::popcount(chanmap) + std::popcount(chanmap & PAIRS));
+}
+
+bool channels_differ(const FrameInfo& a, const FrameInfo& b) {
+    return a.full_band_channels != b.full_band_channels || a.lfeon != b.lfeon;
+}
+
+bool program_channels_differ(const ProgramRecord& a, const ProgramRecord& b) {
+    return a.full_band_channels != b.full_band_channels || a.lfe_channels != b.lfe_channels;
+}
+
+bool has_surplus_substreams(const ProgramRecord& program) {
+    if (!program.independent.present) return true;
+    return program.num_dep_substreams > (program.dependent[0].present ? 1 : 0);
+}

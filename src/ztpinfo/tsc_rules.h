@@ -1,0 +1,74 @@
+#pragma once
+
+#include "ztpinfo/tsi.h"
+
+// What the rule sets share. A rule is one line: its condition and the number of its message.
+
+constexpr uint16_t BSID_EAC3 = 16;
+constexpr uint16_t STRMTYP_INDEPENDENT = 0;
+constexpr uint16_t STRMTYP_DEPENDENT = 1;
+constexpr uint16_t ACMOD_DUAL_MONO = 0;
+constexpr uint16_t ACMOD_MONO = 1;
+constexpr uint16_t ACMOD_STEREO = 2;
+constexpr uint32_t RATE_48000 = 48000;
+constexpr uint32_t RATE_44100 = 44100;
+constexpr uint32_t FRAMESET_BLOCKS = 6;
+
+inline void set_flag(ComplianceFlags& compliance, bool condition, uint32_t number, ComplianceFlag flag) {
+    if (!condition) return;
+    compliance.flags[number] = flag;
+    compliance.any_set = true;
+    if (flag == FLAG_FAILURE) compliance.any_failure = true;
+}
+
+inline void fail_if(ComplianceFlags& compliance, bool condition, uint32_t number) {
+    set_flag(compliance, condition, number, FLAG_FAILURE);
+}
+
+inline void warn_if(ComplianceFlags& compliance, bool condition, uint32_t number) {
+    set_flag(compliance, condition, number, FLAG_WARNING);
+}
+
+// The first program of a timeslice beside that of the one before. A D0 that is not there is a cleared frame.
+struct ProgramPair {
+    const ProgramRecord& current;
+    const ProgramRecord& previous;
+    const FrameInfo& i0;
+    const FrameInfo& previous_i0;
+    bool d0_present;
+    const FrameInfo& d0;
+    const FrameInfo& previous_d0;
+};
+ProgramPair pair_first_programs(const TimesliceRecord& timeslice, const TimesliceRecord& previous);
+
+// The BSI of an E-AC-3 frame, for an AC-3 frame a cleared one.
+const Eac3Bsi& eac3_or_cleared(const FrameInfo& frame);
+
+// Channels that a chanmap names (ETSI TS 102 366, table E.1.4): a pair location stands for two.
+uint32_t chanmap_channels(uint16_t chanmap);
+
+bool channels_differ(const FrameInfo& a, const FrameInfo& b);
+bool program_channels_differ(const ProgramRecord& a, const ProgramRecord& b);
+
+// True when the program is anything but I0 alone or I0 with D0.
+bool has_surplus_substreams(const ProgramRecord& program);
+
+// Rule sets, by the name of what they check.
+void check_generic_substream(ComplianceFlags& compliance, const FrameInfo& frame);
+void check_generic_programs(ComplianceFlags& compliance, const TimesliceRecord& timeslice,
+                            const TimesliceRecord& previous);
+void check_generic_end_of_data(ComplianceFlags& compliance, const TimesliceRecord& timeslice);
+void check_blu_ray_primary_substream(ComplianceFlags& compliance, const FrameInfo& frame);
+void check_blu_ray_primary_programs(ComplianceFlags& compliance, const TimesliceRecord& timeslice,
+                                    const TimesliceRecord& previous);
+void check_blu_ray_secondary_substream(ComplianceFlags& compliance, const FrameInfo& frame);
+void check_blu_ray_secondary_programs(ComplianceFlags& compliance, const TimesliceRecord& timeslice,
+                                      const TimesliceRecord& previous);
+void check_hd_dvd_secondary_substream(ComplianceFlags& compliance, const FrameInfo& frame);
+void check_hd_dvd_secondary_programs(ComplianceFlags& compliance, const TimesliceRecord& timeslice,
+                                     const TimesliceRecord& previous);
+
+// The part of the generic program rules that the HD-DVD rules share.
+// Returns false when the bsid of I0 ends the program rules.
+bool check_generic_program_form(ComplianceFlags& compliance, const TimesliceRecord& timeslice,
+                                const TimesliceRecord& previous);

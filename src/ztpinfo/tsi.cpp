@@ -1,0 +1,233 @@
+#include "ztpinfo/tsi.h"
+
+#include "ztpinfo/tsc.h"
+#include "ztpinfo/tsi_compare.h"
+#include "ztpinfo/zit_fio.h"
+
+namespace {
+
+constexpr const char* SOURCE = "tsi";
+
+constexpr uint16_t STRMTYP_DEPENDENT = 1;
+constexpr uint16_t STRMTYP_TRANSCODED = 2;
+constexpr uint32_t SAMPLES_PER_BLOCK = 256;
+
+TimesliceRecord& current_record(TimesliceAccumulator& accumulator) {
+    return accumulator.records[accumulator.current];
+}
+
+void clear_record(TimesliceRecord& record) {
+    record.num_programs = 0;
+    for (ProgramRecord& program : record.programs) {
+        program.independent.present = false;
+        if (program.num_dep_substreams == 0) continue;
+        program.num_dep_substreams = 0;
+        for (SubstreamRecord& dependent : program.dependent) dependent.present = false;
+    }
+}
+
+// The counter of a frame is the one before it was counted itself.
+uint16_t count_convsync(uint16_t& counter, uint16_t convsync) {
+    const uint16_t before = counter;
+    if (convsync == 0)
+        ++counter;  // 16 bits wide: 65535 goes on at 0
+    else
+        counter = convsync;  // 1, or 65535 when the frame does not carry the flag
+    return before;
+}
+
+void add_substream(ProgramRecord& program, const SubstreamRecord& substream) {
+    const FrameInfo& frame = substream.frame;
+    program.full_band_channels = static_cast<uint16_t>(program.full_band_channels + frame.full_band_channels);
+    program.lfe_channels = static_cast<uint16_t>(program.lfe_channels + frame.lfeon);
+    program.locations |= frame.locations;
+    program.words_between_syncs += frame.frame_words;
+    program.data_rate_kbps += frame.data_rate_kbps;
+    if (program.crc_status == CRC_NO_ERROR) program.crc_status = frame.crc_status;
+}
+
+void summarise_program(ProgramRecord& program) {
+    program.full_band_channels = 0;
+    program.lfe_channels = 0;
+    program.locations = 0;
+    program.words_between_syncs = 0;
+    program.data_rate_kbps = 0;
+    program.crc_status = CRC_NO_ERROR;
+    program.blocks_per_frame = program.independent.frame.blocks_per_frame;
+    add_substream(program, program.independent);
+    if (program.num_dep_substreams == 0) return;
+    for (const SubstreamRecord& dependent : program.dependent)
+        if (dependent.present) add_substream(program, dependent);
+}
+
+void summarise_programs(TimesliceRecord& record) {
+    for (ProgramRecord& program : record.programs)
+        if (program.independent.present) summarise_program(program);
+}
+
+void merge_flags(ComplianceFlags& accumulated, const ComplianceFlags& timeslice) {
+    if (!timeslice.any_set) return;
+    accumulated.any_set = true;
+    accumulated.any_failure = accumulated.any_failure || timeslice.any_failure;
+    for (uint32_t i = 0; i < COMPLIANCE_NUMBERS; ++i) {
+        if (accumulated.flags[i] == FLAG_FAILURE || timeslice.flags[i] == FLAG_CLEAR) continue;
+        accumulated.flags[i] = timeslice.flags[i];
+    }
+}
+
+// The checked current record becomes the last completed one.
+void keep_current(TimesliceAccumulator& accumulator) {
+    const TimesliceRecord& record = current_record(accumulator);
+    merge_flags(accumulator.compliance, record.compliance);
+    for (const ProgramRecord& program : record.programs) {
+        if (program.independent.present && accumulator.totals.crc_status == CRC_NO_ERROR)
+            accumulator.totals.crc_status = program.crc_status;
+    }
+    accumulator.current = 1 - accumulator.current;
+}
+
+// Adds the record that is done to the totals and starts an empty one.
+void count_timeslice(TimesliceAccumulator& accumulator) {
+    const FrameInfo& first = last_completed(accumulator).programs[0].independent.frame;
+    StreamTotals& totals = accumulator.totals;
+    ++totals.timeslices;
+    totals.frames += accumulator.current_frames;
+    totals.bits += accumulator.current_bits;
+    totals.playing_time += first.blocks_per_frame * SAMPLES_PER_BLOCK * (PLAYING_TIME_UNITS / first.sample_rate);
+    accumulator.current_frames = 0;
+    accumulator.current_bits = 0;
+    clear_record(current_record(accumulator));
+}
+
+int close_timeslice(TimesliceAccumulator& accumulator, uint16_t rule_set, TimesliceEvent& event) {
+    TimesliceRecord& record = current_record(accumulator);
+    const bool first = accumulator.totals.timeslices == 0;
+    event = TimesliceEvent::COMPLETED_UNCHANGED;
+    if (first || !same_timeslice(record, last_completed(accumulator))) {
+        event = TimesliceEvent::COMPLETED_CHANGED;
+        summarise_programs(record);
+        const int status = check_substreams(record, rule_set);
+        if (status != 0) return status;
+        // The first timeslice is compared with itself: only rules that look at one timeslice can fail.
+        check_programs(record, first ? record : last_completed(accumulator), rule_set);
+        keep_current(accumulator);
+    }
+    count_timeslice(accumulator);
+    return 0;
+}
+
+// The slot of an independent frame in `record`, or null after a fatal block.
+SubstreamRecord* independent_slot(TimesliceRecord& record, uint32_t number) {
+    if (record.programs[number].independent.present) {
+        report_fatal("Invalid bitstream detected.  Multiple independent frames exist for the same program.", SOURCE,
+                     __LINE__);
+        return nullptr;
+    }
+    if (number > 0 && !record.programs[0].independent.present) {
+        report_fatal("Invalid bitstream detected.  First independent frame is not I0.", SOURCE, __LINE__);
+        return nullptr;
+    }
+    if (number > 0 && !record.programs[number - 1].independent.present)
+        report_warning("Invalid bitstream detected.  Indpendent frames are out of order.");
+    return &record.programs[number].independent;
+}
+
+// The slot of a dependent frame in `program`, or null after a fatal block.
+SubstreamRecord* dependent_slot(const TimesliceRecord& record, ProgramRecord& program, uint32_t number) {
+    if (program.dependent[number].present) {
+        report_fatal("Invalid bitstream detected.  Multiple dependent frames exist with same substream ID.", SOURCE,
+                     __LINE__);
+        return nullptr;
+    }
+    if (!record.programs[0].independent.present)
+        report_warning("Invalid bitstream detected.  No I0 frame detected for dependent frame.");
+    if (number > 0 && !program.dependent[number - 1].present)
+        report_warning("Invalid bitstream detected.  Dependent frames are out of order.");
+    return &program.dependent[number];
+}
+
+void store_frame(TimesliceAccumulator& accumulator, SubstreamRecord& slot, const FrameInfo& frame) {
+    slot.present = true;
+    slot.frame = frame;
+    accumulator.current_bits += frame.bytes_per_frame * uint64_t{8};
+    ++accumulator.current_frames;
+}
+
+void store_tail(TimesliceAccumulator& accumulator, std::span<const uint16_t> words, const FrameInfo& frame) {
+    if (accumulator.tails == nullptr) return;
+    ProgramTails& tails = (*accumulator.tails)[accumulator.current][accumulator.current_program];
+    FrameTail& tail = frame.strmtyp == STRMTYP_DEPENDENT ? tails.dependent[frame.substreamid] : tails.independent;
+    unpack_frame_tail(words, frame.bsid, tail);
+}
+
+int add_independent_frame(TimesliceAccumulator& accumulator, const FrameInfo& frame, uint16_t rule_set,
+                          TimesliceEvent& event) {
+    if (frame.substreamid == 0 && current_record(accumulator).num_programs > 0) {
+        const int status = close_timeslice(accumulator, rule_set, event);
+        if (status != 0) return status;
+    }
+    TimesliceRecord& record = current_record(accumulator);
+    SubstreamRecord* slot = independent_slot(record, frame.substreamid);
+    if (slot == nullptr) return TIMESLICE_INVALID;
+    ++record.num_programs;
+    accumulator.current_program = frame.substreamid;
+    slot->convsync_counter = count_convsync(accumulator.convsync_counters[frame.substreamid], frame.convsync);
+    store_frame(accumulator, *slot, frame);
+    return 0;
+}
+
+int add_dependent_frame(TimesliceAccumulator& accumulator, const FrameInfo& frame) {
+    TimesliceRecord& record = current_record(accumulator);
+    if (record.num_programs == 0) {
+        report_fatal("Invalid bitstream detected.  Dependent stream type has no associated independent frames.", SOURCE,
+                     __LINE__);
+        return TIMESLICE_INVALID;
+    }
+    ProgramRecord& program = record.programs[accumulator.current_program];
+    SubstreamRecord* slot = dependent_slot(record, program, frame.substreamid);
+    if (slot == nullptr) return TIMESLICE_INVALID;
+    ++program.num_dep_substreams;
+    slot->convsync_counter = CONVSYNC_ABSENT;  // dependent frames never carry the flag
+    store_frame(accumulator, *slot, frame);
+    return 0;
+}
+
+}  // namespace
+
+double playing_time_seconds(const StreamTotals& totals) {
+    return static_cast<double>(totals.playing_time) / static_cast<double>(PLAYING_TIME_UNITS);
+}
+
+double overall_data_rate_kbps(const StreamTotals& totals) {
+    if (totals.playing_time == 0) return 0;
+    return static_cast<double>(totals.bits) / playing_time_seconds(totals) / 1000;
+}
+
+int add_frame(TimesliceAccumulator& accumulator, const FrameInfo& frame, std::span<const uint16_t> words,
+              uint16_t rule_set, TimesliceEvent& event) {
+    event = TimesliceEvent::NONE;
+    if (frame.strmtyp > STRMTYP_TRANSCODED) {
+        report_fatal("Invalid bitstream detected.  Streamtype is not supported.", SOURCE, __LINE__);
+        return TIMESLICE_INVALID;
+    }
+    const int status = frame.strmtyp == STRMTYP_DEPENDENT ? add_dependent_frame(accumulator, frame)
+                                                          : add_independent_frame(accumulator, frame, rule_set, event);
+    if (status != 0) return status;
+    store_tail(accumulator, words, frame);
+    return 0;
+}
+
+int finish_timeslice(TimesliceAccumulator& accumulator, uint16_t rule_set) {
+    TimesliceRecord& record = current_record(accumulator);
+    if (record.num_programs == 0) return 0;
+    summarise_programs(record);
+    const int status = check_substreams(record, rule_set);
+    if (status != 0) return status;
+    if (accumulator.totals.timeslices > 0) {
+        check_programs(record, last_completed(accumulator), rule_set);
+        check_end_of_data(record, rule_set);
+    }
+    keep_current(accumulator);
+    count_timeslice(accumulator);
+    return 0;
+}

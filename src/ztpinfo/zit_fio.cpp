@@ -1,0 +1,90 @@
+#include "ztpinfo/zit_fio.h"
+
+#include <bit>
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+// Words as first and second byte in normal order; the sync word of a frame tells which order its words have.
+constexpr uint8_t SYNC_BYTE_HIGH = 0x0B;
+constexpr uint8_t SYNC_BYTE_LOW = 0x77;
+
+constexpr const char* SOURCE = "zit_fio";
+
+void set_byte_order(WordInput& input, ByteOrder order) {
+    if (input.byte_order != BYTE_ORDER_UNKNOWN && input.byte_order != order)
+        report_warning("FIO: Byte order status changed");
+    input.byte_order = order;
+}
+
+// Exchanges the two bytes of each of the four words in `words`.
+uint64_t swap_word_bytes(uint64_t words) {
+    constexpr uint64_t LOW_BYTES = 0x00FF00FF00FF00FF;
+    return (words & LOW_BYTES) << 8 | (words >> 8 & LOW_BYTES);
+}
+
+// Copies words.size() words from `bytes` into host order.
+void load_words(const uint8_t* bytes, ByteOrder order, std::span<uint16_t> words) {
+    const bool host_order = (order == BYTE_ORDER_HIGH_FIRST) == (std::endian::native == std::endian::big);
+    std::memcpy(words.data(), bytes, words.size_bytes());
+    if (host_order) return;
+    size_t i = 0;
+    for (; i + 4 <= words.size(); i += 4) {
+        uint64_t four = 0;
+        std::memcpy(&four, &words[i], sizeof four);
+        four = swap_word_bytes(four);
+        std::memcpy(&words[i], &four, sizeof four);
+    }
+    for (; i < words.size(); ++i) words[i] = static_cast<uint16_t>(words[i] << 8 | words[i] >> 8);
+}
+
+}  // namespace
+
+int detect_byte_order(WordInput& input) {
+    if (bytes_left(input) == 0) {
+        input.end_of_input = true;
+        return 0;
+    }
+    if (bytes_left(input) == 1) {
+        report_fatal("Cannot read from input file", SOURCE, __LINE__);
+        return INPUT_SHORT;
+    }
+    const uint8_t first = input.bytes[input.position];
+    const uint8_t second = input.bytes[input.position + 1];
+    if (first == SYNC_BYTE_HIGH && second == SYNC_BYTE_LOW) {
+        set_byte_order(input, BYTE_ORDER_HIGH_FIRST);
+        return 0;
+    }
+    if (first == SYNC_BYTE_LOW && second == SYNC_BYTE_HIGH) {
+        set_byte_order(input, BYTE_ORDER_LOW_FIRST);
+        return 0;
+    }
+    report_fatal("Invalid syncword detected while detecting byte order", SOURCE, __LINE__);
+    return INPUT_NO_SYNC;
+}
+
+int read_words(WordInput& input, std::span<uint16_t> words) {
+    if (bytes_left(input) < words.size_bytes()) {
+        if (bytes_left(input) > 0) {
+            report_fatal("Cannot read from input file", SOURCE, __LINE__);
+            return INPUT_SHORT;
+        }
+        input.end_of_input = true;
+        return 0;
+    }
+    if (words.empty()) return 0;
+    load_words(input.bytes.data() + input.position, input.byte_order, words);
+    input.position += words.size_bytes();
+    return 0;
+}
+
+void report_fatal(const char* message, const char* source, int line) {
+    std::fflush(stdout);
+    std::fprintf(stderr, "\n\nFATAL ERROR:  %s\n\nError occurred in:\n%s (line %d)\n\n", message, source, line);
+}
+
+void report_warning(const char* message) {
+    std::fflush(stdout);
+    std::fprintf(stderr, "\nWARNING:  %s\n", message);
+}
