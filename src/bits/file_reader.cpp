@@ -19,6 +19,11 @@ uint32_t fill_buffer(FileReader& reader, uint32_t count) {
     return static_cast<uint32_t>(got);
 }
 
+// A place that the stream cannot reach (RFC 8216 byte ranges name any number) is behind its end.
+void seek(FileReader& reader, int64_t offset, int whence) {
+    if (fseeko(reader.file.get(), offset, whence) != 0 && offset != 0) fseeko(reader.file.get(), 0, SEEK_END);
+}
+
 bool at_end_of_stream(const FileReader& reader) {
     return reader.cursor == reader.valid && (!reader.file || std::feof(reader.file.get()) != 0 || reader.read_error);
 }
@@ -85,7 +90,7 @@ int reader_start(FileReader& reader) {
     // The reader's own buffer is the only one: whole chunks go straight into it.
     std::setvbuf(reader.file.get(), nullptr, _IONBF, 0);
     reader.buffer.resize(reader.chunk_size);
-    fseeko(reader.file.get(), static_cast<off_t>(reader.start_offset), SEEK_SET);
+    seek(reader, static_cast<int64_t>(reader.start_offset), SEEK_SET);
     uint32_t count = reader.chunk_size;
     if (reader.limited) count = static_cast<uint32_t>(std::min<uint64_t>(remaining_bytes(reader), count));
     reader.valid = fill_buffer(reader, count);
@@ -121,7 +126,7 @@ int reader_skip(int64_t offset, FileReader& reader) {
     if (offset >= -cursor && offset < valid - cursor) {
         reader.cursor = static_cast<uint32_t>(cursor + offset);
     } else {
-        fseeko(reader.file.get(), offset - (valid - cursor), SEEK_CUR);
+        seek(reader, offset - (valid - cursor), SEEK_CUR);
         // Deliberately a whole chunk even when limited, unlike reader_start: reads are clamped by `remaining` anyway.
         reader.valid = fill_buffer(reader, reader.chunk_size);
         reader.cursor = 0;
