@@ -55,6 +55,8 @@ struct ac4_group_substream_dsi {
     uint8_t b_substream_contains_bed_objects = 0;
     uint8_t b_substream_contains_dynamic_objects = 0;
     uint8_t b_substream_contains_ISF_objects = 0;
+
+    bool operator==(const ac4_group_substream_dsi&) const = default;
 };
 
 struct ac4_substream_group_dsi {
@@ -63,6 +65,8 @@ struct ac4_substream_group_dsi {
     uint8_t b_channel_coded = 0;
     std::vector<ac4_group_substream_dsi> substreams;  // n_substreams of them
     ac4_content_type content_type;
+
+    bool operator==(const ac4_substream_group_dsi&) const = default;
 };
 
 // TS 103 190-2, E.10 ac4_presentation_v1_dsi.
@@ -93,6 +97,8 @@ struct ac4_presentation_v1_dsi {
     uint8_t b_alternative = 0;
     uint8_t b_extended_presentation_id = 0;
     uint16_t extended_presentation_id = 0;
+
+    bool operator==(const ac4_presentation_v1_dsi&) const = default;
 };
 
 // One presentation entry: the body of its version, or none when it was not read.

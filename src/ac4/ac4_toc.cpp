@@ -1,1 +1,147 @@
 #include "ac4/ac4_toc.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdio>
+#include <utility>
+
+#include "ac4/ac4_channel_modes.h"
+#include "ac4/ac4_presentations.h"
+
+namespace {
+
+// The bit position counts to 32 bits; no frame is as long (its size has at most 24 bits).
+constexpr size_t MAX_FRAME_BYTES = size_t{1} << 28;
+
+template <class Element>
+std::vector<Element> emptied(std::vector<Element>& elements) {
+    elements.clear();
+    return std::move(elements);
+}
+
+// Clears the record; the arrays keep their memory.
+void clear_toc(ac4_toc& toc) {
+    ac4_toc cleared;
+    cleared.presentations_v0 = emptied(toc.presentations_v0);
+    cleared.presentations_v1 = emptied(toc.presentations_v1);
+    cleared.substream_groups = emptied(toc.substream_groups);
+    cleared.group_substreams = emptied(toc.group_substreams);
+    cleared.group_indices = emptied(toc.group_indices);
+    cleared.emdf_substreams = emptied(toc.emdf_substreams);
+    toc = std::move(cleared);
+}
+
+void parse_presentations(Ac4TocParser& parser) {
+    ac4_toc& toc = parser.toc;
+    for (uint32_t i = 0; i < toc.n_presentations && !stopped(parser); ++i) {
+        if (toc.bitstream_version > 1) {
+            parse_presentation_v1_info(parser, toc.presentations_v1.emplace_back());
+        } else {
+            parse_presentation_info(parser, toc.presentations_v0.emplace_back());
+        }
+    }
+}
+
+void parse_program_id(Ac4TocParser& parser) {
+    ac4_toc& toc = parser.toc;
+    toc.b_program_id = read_u8(parser.reader, 1);
+    if (toc.b_program_id == 0) return;
+    toc.short_program_id = read_u16(parser.reader);
+    toc.b_program_uuid_present = read_u8(parser.reader, 1);
+    if (toc.b_program_uuid_present == 0) return;
+    for (uint16_t& value : toc.program_uuid) value = read_u16(parser.reader);
+}
+
+void skip_substream_index_table(Ac4TocParser& parser) {
+    Ac4Reader& reader = parser.reader;
+    uint32_t n_substreams = read_u32(reader, 2);
+    if (n_substreams == 0) n_substreams = read_variable_bits(reader, 2) + 4;
+    check_count(parser, n_substreams);
+    const bool b_size_present = n_substreams > 1 || read_flag(reader);
+    if (!b_size_present) return;
+    for (uint32_t i = 0; i < n_substreams && !stopped(parser); ++i) {
+        const bool b_more_bits = read_flag(reader);
+        skip_bits(reader, 10);  // substream_size
+        if (b_more_bits) read_variable_bits(reader, 2);
+    }
+}
+
+// The fields ahead of the presentations.
+void parse_toc_header(Ac4TocParser& parser) {
+    Ac4Reader& reader = parser.reader;
+    ac4_toc& toc = parser.toc;
+    toc.bitstream_version = static_cast<uint8_t>(std::min(read_escaped(reader, 2, 2), 255u));
+    skip_bits(reader, 10);                                  // sequence_counter
+    if (read_flag(reader)) {                                // b_wait_frames
+        if (read_u32(reader, 3) > 0) skip_bits(reader, 2);  // wait_frames, br_code
+    }
+    toc.fs_index = read_u8(reader, 1);
+    toc.frame_rate_index = read_u8(reader, 4);
+    toc.b_iframe_global = read_u8(reader, 1);
+    toc.b_single_presentation = read_u8(reader, 1);
+    if (toc.b_single_presentation != 0) {
+        toc.n_presentations = 1;
+    } else if (read_flag(reader)) {  // b_more_presentations
+        toc.n_presentations = read_variable_bits(reader, 2) + 2;
+    }
+    check_count(parser, toc.n_presentations);
+    if (read_flag(reader)) {                                           // b_payload_base
+        if (read_u32(reader, 5) == 31) read_variable_bits(reader, 3);  // payload_base_minus1
+    }
+}
+
+void parse_substream_groups(Ac4TocParser& parser) {
+    ac4_toc& toc = parser.toc;
+    for (uint32_t i = 0; i < toc.n_substream_groups && !stopped(parser); ++i)
+        parse_substream_group_info(parser, toc.substream_groups.emplace_back());
+}
+
+}  // namespace
+
+int32_t ac4_toc_parse(std::span<const uint8_t> buffer, uint32_t& position, ac4_toc& toc) {
+    clear_toc(toc);
+    Ac4TocParser parser{.reader = {buffer.first(std::min(buffer.size(), MAX_FRAME_BYTES)), position}, .toc = toc};
+    parse_toc_header(parser);
+    if (toc.bitstream_version > 1) parse_program_id(parser);
+    parse_presentations(parser);
+    parse_substream_groups(parser);
+    skip_substream_index_table(parser);
+    align(parser.reader, position);
+    position = parser.reader.position;
+    if (stopped(parser)) return -1;
+    for (ac4_presentation_v1_info& presentation : toc.presentations_v1) {
+        ac4_derive_presentation(presentation, ac4_group_indices(toc, presentation), toc.substream_groups);
+    }
+    return 0;
+}
+
+std::span<const uint16_t> ac4_group_indices(const ac4_toc& toc, const ac4_presentation_v1_info& presentation) {
+    return std::span(toc.group_indices).subspan(presentation.first_group_index, presentation.n_group_indices);
+}
+
+std::span<const ac4_group_substream> ac4_group_substreams(const ac4_toc& toc, const ac4_substream_group_info& group) {
+    return std::span(toc.group_substreams).subspan(group.first_substream, group.n_lf_substreams);
+}
+
+std::span<const ac4_emdf_info> ac4_emdf_substreams(const ac4_toc& toc, const ac4_presentation_info& presentation) {
+    return std::span(toc.emdf_substreams)
+        .subspan(presentation.first_emdf_substream, presentation.n_add_emdf_substreams);
+}
+
+std::span<const ac4_emdf_info> ac4_emdf_substreams(const ac4_toc& toc, const ac4_presentation_v1_info& presentation) {
+    return std::span(toc.emdf_substreams)
+        .subspan(presentation.first_emdf_substream, presentation.n_add_emdf_substreams);
+}
+
+uint8_t ac4_toc_mdcompat(const ac4_toc& toc) {
+    if (toc.bitstream_version > 1) return toc.presentations_v1.empty() ? uint8_t{0} : toc.presentations_v1[0].mdcompat;
+    return toc.presentations_v0.empty() ? uint8_t{0} : toc.presentations_v0[0].mdcompat;
+}
+
+std::string ac4_toc_codec_string(const ac4_toc& toc) {
+    char text[16];
+    const unsigned presentation_version = toc.bitstream_version > 1 ? 1 : 0;
+    std::snprintf(text, sizeof text, "ac-4.%02x.%02x.%02x", unsigned{toc.bitstream_version}, presentation_version,
+                  unsigned{ac4_toc_mdcompat(toc)});
+    return text;
+}

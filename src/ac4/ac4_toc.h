@@ -25,6 +25,8 @@ constexpr uint32_t AC4_CONFIG_EMDF_ONLY = 6;
 struct ac4_emdf_info {
     uint32_t emdf_version = 0;
     uint32_t key_id = 0;
+
+    bool operator==(const ac4_emdf_info&) const = default;
 };
 
 // TS 103 190-1, 4.2.3.7 content_type, with the flag that announces it.
@@ -35,6 +37,8 @@ struct ac4_content_type {
     uint8_t b_serialized_language_tag = 0;  // the tag is spread over frames: there are no language_tag_bytes
     uint8_t n_language_tag_bytes = 0;
     std::array<uint8_t, 63> language_tag_bytes{};
+
+    bool operator==(const ac4_content_type&) const = default;
 };
 
 // TS 103 190-1, ac4_substream_info: a substream of a version-0 presentation.
@@ -65,7 +69,8 @@ struct ac4_presentation_info {
     uint8_t n_substreams = 0;  // how many of `substreams` are coded
     std::array<ac4_substream_info, 3> substreams;
     uint8_t b_pre_virtualized = 0;
-    std::vector<ac4_emdf_info> emdf_substreams;  // n_add_emdf_substreams of them
+    uint32_t n_add_emdf_substreams = 0;
+    uint32_t first_emdf_substream = 0;  // their place in ac4_toc::emdf_substreams
 
     // Derived from the substreams.
     uint32_t presentation_channel_mask = 0;
@@ -85,16 +90,18 @@ struct ac4_presentation_v1_info {
     uint8_t b_presentation_filter = 0;
     uint8_t b_enable_presentation = 0;
     uint8_t b_multi_pid = 0;
-    uint32_t n_substream_groups = 0;      // as the standard counts: without a dialogue enhancement group
-    std::vector<uint16_t> group_indices;  // one per coded ac4_sgi_specifier
+    uint32_t n_substream_groups = 0;  // as the standard counts: without a dialogue enhancement group
+    uint32_t n_group_indices = 0;     // one per coded ac4_sgi_specifier
+    uint32_t first_group_index = 0;   // their place in ac4_toc::group_indices
     uint8_t b_pre_virtualized = 0;
     uint8_t b_add_emdf_substreams = 0;
     uint8_t b_alternative = 0;
-    std::vector<ac4_emdf_info> emdf_substreams;  // n_add_emdf_substreams of them
+    uint32_t n_add_emdf_substreams = 0;
+    uint32_t first_emdf_substream = 0;  // their place in ac4_toc::emdf_substreams
 
     // Derived from the substreams of the groups named.
     uint8_t b_presentation_channel_coded = 0;
-    int8_t presentation_ch_mode = -1;  // -1: none
+    int8_t presentation_ch_mode = -1;  // -1: none; 16: reserved
     uint8_t pres_b_4_back_channels_present = 0;
     uint8_t pres_top_channel_pairs = 0;
     uint32_t presentation_channel_mask = 0;
@@ -128,7 +135,18 @@ struct ac4_group_substream {
     uint32_t hsf_ext_substream_index = 0;
 };
 
-// TS 103 190-2, ac4_substream_group_info. The substreams of all groups lie in one array of the table of contents.
+// What a group adds to the derived values of a presentation that names it.
+struct ac4_group_channels {
+    // The superset of a channel mode so far and the modes of the group's substreams, by that mode plus one.
+    std::array<int8_t, 18> ch_mode_after{};
+    std::array<int8_t, 18> core_ch_mode_after{};
+    bool adaptive = false;  // some substream has no core mode
+    uint8_t b_4_back_channels_present = 0;
+    uint8_t top_channel_pairs = 0;
+    uint32_t channel_mask = 0;
+};
+
+// TS 103 190-2, ac4_substream_group_info.
 struct ac4_substream_group_info {
     uint8_t b_substreams_present = 0;
     uint8_t b_hsf_ext = 0;
@@ -136,11 +154,15 @@ struct ac4_substream_group_info {
     uint32_t n_lf_substreams = 0;
     uint8_t b_channel_coded = 0;
     uint8_t b_oamd_substream = 0;
-    uint32_t first_substream = 0;  // index of the group's first substream in ac4_toc::group_substreams
+    uint32_t first_substream = 0;  // their place in ac4_toc::group_substreams
     ac4_content_type content_type;
+
+    // Derived from the substreams: as they are, and as an immersive stereo presentation takes them.
+    ac4_group_channels channels;
+    ac4_group_channels ims_channels;
 };
 
-// TS 103 190-2, ac4_toc.
+// TS 103 190-2, ac4_toc. What a presentation or group has any number of lies in one array for all of them.
 struct ac4_toc {
     uint8_t bitstream_version = 0;
     uint8_t fs_index = 0;
@@ -157,14 +179,24 @@ struct ac4_toc {
     uint32_t n_substream_groups = 0;
     std::vector<ac4_substream_group_info> substream_groups;
     std::vector<ac4_group_substream> group_substreams;
+    std::vector<uint16_t> group_indices;
+    std::vector<ac4_emdf_info> emdf_substreams;
 };
 
 // Parses the table of contents at bit `position` of the raw frame `buffer` (the frame without sync word, frame size and
 // CRC) into `toc` and moves `position` behind it, aligned to a whole byte counted from its first bit. What `toc` held
 // before is replaced; its arrays keep their memory, so that the frames of one stream are parsed without allocation.
-// Returns 0, or -1 when the table runs past the frame or counts more than AC4_MAX_ELEMENTS; the record then holds what
-// was read up to there. Nothing is printed.
+// Returns 0, or -1 when the table runs past the frame or counts more than AC4_MAX_ELEMENTS; the record is then not to
+// be used. Nothing is printed.
 [[nodiscard]] int32_t ac4_toc_parse(std::span<const uint8_t> buffer, uint32_t& position, ac4_toc& toc);
+
+// The indices of the groups that a presentation names, in the order of its specifiers.
+std::span<const uint16_t> ac4_group_indices(const ac4_toc& toc, const ac4_presentation_v1_info& presentation);
+
+// The substreams of a group, and the additional EMDF substreams of a presentation.
+std::span<const ac4_group_substream> ac4_group_substreams(const ac4_toc& toc, const ac4_substream_group_info& group);
+std::span<const ac4_emdf_info> ac4_emdf_substreams(const ac4_toc& toc, const ac4_presentation_info& presentation);
+std::span<const ac4_emdf_info> ac4_emdf_substreams(const ac4_toc& toc, const ac4_presentation_v1_info& presentation);
 
 // mdcompat of the first presentation, 0 when there is none.
 uint8_t ac4_toc_mdcompat(const ac4_toc& toc);

@@ -1,0 +1,83 @@
+#include <array>
+#include <cinttypes>
+#include <cstddef>
+#include <cstdio>
+
+#include "ac4/ac4_dsi.h"
+
+namespace {
+
+constexpr std::array<uint32_t, 2> SAMPLE_RATES = {44100, 48000};  // by fs_index
+
+constexpr uint32_t AC4_SAMPLE_SIZE = 16;
+
+// ETSI TS 103 190-2, table E.1: media timescale by frame_rate_index at 48 kHz.
+bool timescale_matches(const Ac4Dsi& dsi, uint32_t media_timescale) {
+    // At 44.1 kHz only the one frame rate that exists there is tested, and against 48000; this is deliberate.
+    if (dsi.fs_index == 0) return dsi.frame_rate_index != 13 || media_timescale == 48000;
+    switch (dsi.frame_rate_index) {
+        case 3:
+            return media_timescale == 48000 || media_timescale == 240000;
+        case 8:
+        case 11:
+            return media_timescale == 240000;
+        case 14:
+        case 15:
+            return true;
+        default:
+            return media_timescale == 48000;
+    }
+}
+
+void report_stop(const Ac4Dsi& dsi, size_t payload_size) {
+    const int presentation = static_cast<int>(dsi.presentations.size()) - 1;
+    switch (dsi.stop) {
+        case AC4_DSI_VERSION_0_IN_NEW_STREAM:
+            std::printf(
+                "[SV]   : ERROR: presentation %d version should be 0 while bitstream version is not bigger than 1.\n",
+                presentation);
+            break;
+        case AC4_DSI_VERSION_1_IN_OLD_STREAM:
+            std::printf("[SV]   : ERROR: presentation %d version should be 1 or 2 while bitstream version is 1 or 2.\n",
+                        presentation);
+            break;
+        case AC4_DSI_PRES_BYTES_TOO_SMALL:
+            std::printf("[SV]   : ERROR: pres_bytes should not smaller than presentation_bytes.\n");
+            break;
+        case AC4_DSI_WRONG_BOX_SIZE:
+            // Both values are in bits although the text says bytes; this is deliberate.
+            std::printf("[SV]   : ERROR: size of AC4SpecificBox is incorrect, parsing 0x%" PRIx32
+                        " bytes while the box size is 0x%" PRIx64 " bytes\n",
+                        dsi.position_bits, uint64_t{8} * payload_size);
+            break;
+        case AC4_DSI_COMPLETE:
+            break;
+    }
+}
+
+// The first rule that the sample entry breaks is reported, the others are not.
+void check_sample_entry(const Ac4Dsi& dsi, uint32_t sample_size, uint32_t sample_rate, uint32_t channel_count) {
+    const uint32_t dsi_channel_count = ac4_dsi_channel_count(dsi);
+    if (sample_size != AC4_SAMPLE_SIZE) {
+        std::printf("[SV]   : ERROR: The SampleSize value in the AC4SampleEntry box is not set to 16.\n");
+    } else if (sample_rate != SAMPLE_RATES[dsi.fs_index]) {
+        std::printf("[SV]   : ERROR: The SampleRate value in the AC4SampleEntry box is incorrect.\n");
+    } else if (dsi_channel_count != 0 && channel_count != dsi_channel_count) {
+        std::printf("[SV]   : ERROR: The ChannelCount value in the AC4SampleEntry box is incorrect.\n");
+    }
+}
+
+}  // namespace
+
+int parse_dac4(std::span<const uint8_t> payload, uint32_t media_timescale, uint32_t sample_size, uint32_t sample_rate,
+               uint32_t channel_count, Ac4Dsi& dsi) {
+    read_dac4(payload, dsi);
+    if (!timescale_matches(dsi, media_timescale)) {
+        std::printf(
+            "[SV]   : ERROR: The timescale parameter in the Media Header Box mismatches the media time scale which "
+            "depends on frame_rate and base_samp_freq in dsi.\n");
+    }
+    report_stop(dsi, payload.size());
+    if (dsi.stop == AC4_DSI_COMPLETE) check_sample_entry(dsi, sample_size, sample_rate, channel_count);
+    return 0;
+}

@@ -1,0 +1,76 @@
+#include <algorithm>
+#include <cstddef>
+#include <string>
+
+#include "ac4/ac4_channel_modes.h"
+#include "ac4/ac4_dsi_fields.h"
+
+namespace {
+
+int compare_substream(const std::string& place, const ac4_substream_dsi& dsi, const ac4_substream_info& toc) {
+    const ac4_content_type& dsi_content = dsi.content_type;
+    const ac4_content_type& toc_content = toc.content_type;
+    const bool bitrate = dsi.b_substream_bitrate_indicator != 0 && toc.b_bitrate_indicator != 0;
+    const bool add_ch_base = ac4_has_add_ch_base(dsi.channel_mode) && ac4_has_add_ch_base(toc.channel_mode);
+    const bool content = dsi_content.b_content_type != 0 && toc_content.b_content_type != 0;
+    const Ac4FieldRow rows[] = {
+        {"channel_mode", dsi.channel_mode, toc.channel_mode},
+        {"sf_multiplier", dsi.dsi_sf_multiplier, dsi_sf_multiplier(toc.b_sf_multiplier, toc.sf_multiplier)},
+        {"b_bitrate_indicator", dsi.b_substream_bitrate_indicator, toc.b_bitrate_indicator},
+        {"bitrate_indicator", dsi.substream_bitrate_indicator, toc.bitrate_indicator, bitrate},
+        {"add_ch_base", dsi.add_ch_base, toc.add_ch_base, add_ch_base},
+        {"b_content_type", dsi_content.b_content_type, toc_content.b_content_type},
+        {"content_classifier", dsi_content.content_classifier, toc_content.content_classifier, content},
+        {"b_language_indicator", dsi_content.b_language_indicator, toc_content.b_language_indicator, content},
+        {"language_tag_bytes", language_tag_differs(dsi_content, toc_content), false},
+    };
+    return compare_fields(place, rows);
+}
+
+// The fields that a presentation of EMDF substreams alone does not have.
+int compare_body(const std::string& place, const ac4_presentation_v0_dsi& dsi, const ac4_presentation_info& toc) {
+    const bool id = dsi.b_presentation_group_index != 0 && toc.b_presentation_id != 0;
+    const bool hsf_ext = dsi.presentation_config != AC4_DSI_CONFIG_SINGLE && toc.b_single_substream == 0;
+    const Ac4FieldRow rows[] = {
+        {"mdcompat", dsi.mdcompat, toc.mdcompat},
+        {"b_presentation_group_index", dsi.b_presentation_group_index, toc.b_presentation_id},
+        {"presentation_group_index", dsi.presentation_group_index, toc.presentation_id, id},
+        {"frame_rate_multiply_info", dsi.dsi_frame_rate_multiply_info, dsi_frame_rate_code(toc.frame_rate_factor)},
+        {"presentation_emdf_version", dsi.emdf_info.emdf_version, toc.emdf_info.emdf_version},
+        {"presentation_key_id", dsi.emdf_info.key_id, toc.emdf_info.key_id},
+        {"presentation_channel_mask", dsi.presentation_channel_mask, toc.presentation_channel_mask, true,
+         "does not match in toc"},
+        {"b_hsf_ext", dsi.b_hsf_ext, toc.b_hsf_ext, hsf_ext},
+        {"b_pre_virtualized", dsi.b_pre_virtualized, toc.b_pre_virtualized},
+    };
+    return compare_fields(place, rows);
+}
+
+int compare_emdf(const std::string& place, const ac4_presentation_v0_dsi& dsi,
+                 const ac4_presentation_info& presentation, const ac4_toc& toc) {
+    const bool emdf = dsi.b_add_emdf_substreams != 0 && presentation.b_add_emdf_substreams != 0;
+    const Ac4FieldRow rows[] = {
+        {"b_add_emdf_substreams", dsi.b_add_emdf_substreams, presentation.b_add_emdf_substreams},
+        {"n_add_emdf_substreams", static_cast<int64_t>(dsi.emdf_substreams.size()), presentation.n_add_emdf_substreams,
+         emdf},
+    };
+    return compare_fields(place, rows) |
+           compare_emdf_substreams({"substream_emdf_version", "substream_key_id", "emdf_substreams"}, place,
+                                   dsi.emdf_substreams, ac4_emdf_substreams(toc, presentation));
+}
+
+}  // namespace
+
+int compare_presentation_v0(size_t index, const ac4_presentation_v0_dsi& dsi, const ac4_presentation_info& presentation,
+                            const ac4_toc& toc) {
+    const std::string place = "presentation " + std::to_string(index);
+    const bool toc_emdf_only =
+        presentation.b_single_substream == 0 && presentation.presentation_config == AC4_CONFIG_EMDF_ONLY;
+    if (toc_emdf_only || dsi.presentation_config == AC4_CONFIG_EMDF_ONLY)
+        return compare_emdf(place, dsi, presentation, toc);
+    int status = compare_body(place, dsi, presentation);
+    status |= compare_emdf(place, dsi, presentation, toc);
+    for (size_t i = 0; i < std::min(dsi.n_substreams, presentation.n_substreams); ++i)
+        status |= compare_substream(place_name("substream", i, place), dsi.substreams[i], presentation.substreams[i]);
+    return status;
+}

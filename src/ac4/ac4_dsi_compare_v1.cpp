@@ -1,0 +1,199 @@
+#include <algorithm>
+#include <cstddef>
+#include <cstdio>
+#include <string>
+
+#include "ac4/ac4_channel_modes.h"
+#include "ac4/ac4_dsi_fields.h"
+
+namespace {
+
+// The fields ahead of the channel layout.
+int compare_head(const std::string& place, const ac4_presentation_v1_dsi& dsi, const ac4_presentation_v1_info& toc) {
+    // The extended identifier stands for one that the field's five bits cannot hold.
+    const uint32_t id = dsi.b_extended_presentation_id != 0 ? dsi.extended_presentation_id : dsi.presentation_id;
+    const bool both_ids = dsi.b_presentation_id != 0 && toc.b_presentation_id != 0;
+    const Ac4FieldRow rows[] = {
+        {"mdcompat", dsi.mdcompat, toc.mdcompat},
+        {"b_presentation_id", dsi.b_presentation_id, toc.b_presentation_id},
+        {"presentation_id", id, toc.presentation_id, both_ids},
+        {"frame_rate_multiply_info", dsi.dsi_frame_rate_multiply_info, dsi_frame_rate_code(toc.frame_rate_factor)},
+        {"frame_rate_fraction_info", dsi.dsi_frame_rate_fraction_info, dsi_frame_rate_code(toc.frame_rate_fraction)},
+        {"presentation_emdf_version", dsi.emdf_info.emdf_version, toc.emdf_info.emdf_version},
+        {"presentation_key_id", dsi.emdf_info.key_id, toc.emdf_info.key_id},
+    };
+    return compare_fields(place, rows);
+}
+
+// Channel layout and core; the count of groups is tested among them.
+int compare_channels(const std::string& place, const ac4_presentation_v1_dsi& dsi,
+                     const ac4_presentation_v1_info& toc) {
+    const bool coded = dsi.b_presentation_channel_coded != 0 && toc.b_presentation_channel_coded != 0;
+    const bool immersive = coded && ac4_is_immersive_mode(dsi.dsi_presentation_ch_mode) &&
+                           ac4_is_immersive_mode(static_cast<uint32_t>(toc.presentation_ch_mode));
+    const bool toc_core = toc.pres_ch_mode_core != -1;
+    const bool both_cores = toc_core && dsi.b_presentation_core_differs != 0;
+    const bool both_core_modes = both_cores && dsi.b_presentation_core_channel_coded != 0;
+    const Ac4FieldRow rows[] = {
+        {"b_presentation_channel_coded", dsi.b_presentation_channel_coded, toc.b_presentation_channel_coded},
+        {"presentation_ch_mode", dsi.dsi_presentation_ch_mode, toc.presentation_ch_mode, coded},
+        {"n_substream_groups", static_cast<int64_t>(dsi.substream_groups.size()), toc.n_group_indices, true,
+         "does not match in toc"},
+        {"pres_b_4_back_channels_present", dsi.pres_b_4_back_channels_present, toc.pres_b_4_back_channels_present,
+         immersive},
+        {"pres_top_channel_pairs", dsi.pres_top_channel_pairs, toc.pres_top_channel_pairs, immersive,
+         "does not match top_channels_present in toc."},
+        {"presentation_channel_mask", dsi.presentation_channel_mask_v1, toc.presentation_channel_mask, coded,
+         "does not match pre_channel_mask in toc."},
+        {"b_presentation_core_differs", dsi.b_presentation_core_differs, toc_core, true,
+         "does not match the result of \"pres_ch_mode_core != -1\" in toc."},
+        {"b_presentation_core_channel_coded", dsi.b_presentation_core_channel_coded, toc_core, both_cores,
+         "does not match the result of \"pres_ch_mode_core != -1\" in toc."},
+        {"dsi_presentation_channel_mode_core", dsi.dsi_presentation_channel_mode_core, toc.pres_ch_mode_core - 3,
+         both_core_modes, "does not match the result of \"pres_ch_mode_core - 3\" in toc."},
+    };
+    return compare_fields(place, rows);
+}
+
+int compare_filter(const std::string& place, const ac4_presentation_v1_dsi& dsi, const ac4_presentation_v1_info& toc) {
+    const bool filter = dsi.b_presentation_filter != 0 && toc.b_presentation_filter != 0;
+    const bool multi_pid = dsi.presentation_config_v1 != AC4_DSI_CONFIG_SINGLE && toc.b_single_substream_group == 0;
+    const Ac4FieldRow rows[] = {
+        {"b_presentation_filter", dsi.b_presentation_filter, toc.b_presentation_filter},
+        {"b_enable_presentation", dsi.b_enable_presentation, toc.b_enable_presentation, filter},
+        {"n_filter_bytes", dsi.n_filter_bytes, 0, true, "should be 0."},
+        {"b_multi_pid", dsi.b_multi_pid, toc.b_multi_pid, multi_pid},
+    };
+    return compare_fields(place, rows);
+}
+
+// An immersive stereo presentation is virtualized whatever the table of contents says.
+int compare_pre_virtualized(size_t index, const Ac4DsiPresentation& entry, const ac4_presentation_v1_info& toc) {
+    const uint8_t b_pre_virtualized = entry.v1->b_pre_virtualized;
+    if (entry.presentation_version != AC4_IMS_PRESENTATION_VERSION) {
+        const Ac4FieldRow rows[] = {{"b_pre_virtualized", b_pre_virtualized, toc.b_pre_virtualized}};
+        return compare_fields("presentation " + std::to_string(index), rows);
+    }
+    if (b_pre_virtualized == 1) return 0;
+    std::printf("[SV]   : ERROR: b_pre_virtualized of presentation %zu (IMS) info should be 1.\n", index);
+    return 1;
+}
+
+int compare_emdf(const std::string& place, const ac4_presentation_v1_dsi& dsi,
+                 const ac4_presentation_v1_info& presentation, const ac4_toc& toc) {
+    const bool emdf = dsi.b_add_emdf_substreams != 0 && presentation.b_add_emdf_substreams != 0;
+    const Ac4FieldRow rows[] = {
+        {"b_add_emdf_substreams", dsi.b_add_emdf_substreams, presentation.b_add_emdf_substreams},
+        {"n_add_emdf_substreams", static_cast<int64_t>(dsi.emdf_substreams.size()), presentation.n_add_emdf_substreams,
+         emdf},
+    };
+    return compare_fields(place, rows) |
+           compare_emdf_substreams({"emdf_version", "key_id", "emdf substream"}, place, dsi.emdf_substreams,
+                                   ac4_emdf_substreams(toc, presentation));
+}
+
+// The group's own fields; the content comes last.
+int compare_group(const std::string& place, const ac4_substream_group_dsi& dsi, const ac4_substream_group_info& toc) {
+    const ac4_content_type& dsi_content = dsi.content_type;
+    const ac4_content_type& toc_content = toc.content_type;
+    const bool content = dsi_content.b_content_type != 0 && toc_content.b_content_type != 0;
+    const Ac4FieldRow rows[] = {
+        {"b_substreams_present", dsi.b_substreams_present, toc.b_substreams_present},
+        {"b_hsf_ext", dsi.b_hsf_ext, toc.b_hsf_ext},
+        {"b_channel_coded", dsi.b_channel_coded, toc.b_channel_coded},
+        {"n_substreams", static_cast<int64_t>(dsi.substreams.size()), toc.n_lf_substreams},
+        {"b_content_type", dsi_content.b_content_type, toc_content.b_content_type},
+        {"content_classifier", dsi_content.content_classifier, toc_content.content_classifier, content},
+        {"b_language_indicator", dsi_content.b_language_indicator, toc_content.b_language_indicator, content},
+        {"n_language_tag_bytes", dsi_content.n_language_tag_bytes, toc_content.n_language_tag_bytes,
+         language_on_both_sides(dsi_content, toc_content)},
+    };
+    int status = compare_fields(place, rows);
+    if (language_tag_differs(dsi_content, toc_content)) {
+        // No blank behind the colon in this one; this is deliberate.
+        std::printf("[SV]   : ERROR:language_tag_bytes of %s info in dsi does not match in toc.\n", place.c_str());
+        status = 1;
+    }
+    return status;
+}
+
+// How the substreams of a group are to be taken.
+struct SubstreamKind {
+    bool ims;                // the DSI's presentation is immersive stereo
+    bool dsi_channel_coded;  // the group, in the DSI
+    bool channel_coded;      // in both
+    bool objects;            // in both
+};
+
+int compare_substream(const std::string& place, const SubstreamKind& kind, const ac4_group_substream_dsi& dsi,
+                      const ac4_group_substream& toc, uint32_t toc_channel_mask) {
+    const bool ajoc = kind.objects && dsi.b_ajoc != 0 && toc.b_ajoc != 0;
+    const bool dynamic_dmx = ajoc && dsi.b_static_dmx == 0 && toc.b_static_dmx == 0;
+    const Ac4FieldRow rows[] = {
+        {"dsi_sf_multiplier", dsi.dsi_sf_multiplier, dsi_sf_multiplier(toc.b_sf_multiplier, toc.sf_multiplier)},
+        {"IMS dsi_substream_channel_mask", dsi.dsi_substream_channel_mask, 1, kind.ims && kind.dsi_channel_coded,
+         "does not eqaul to 1."},
+        {"dsi_substream_channel_mask", dsi.dsi_substream_channel_mask, toc_channel_mask,
+         !kind.ims && kind.channel_coded},
+        {"b_ajoc", dsi.b_ajoc, toc.b_ajoc, kind.objects},
+        {"b_static_dmx", dsi.b_static_dmx, toc.b_static_dmx, ajoc},
+        {"n_dmx_objects_minus1", dsi.n_dmx_objects_minus1, toc.n_dmx_objects_minus1, dynamic_dmx},
+        {"n_umx_objects_minus1", dsi.n_umx_objects_minus1, toc.n_umx_objects_minus1, ajoc},
+        {"b_substream_contains_bed_objects", dsi.b_substream_contains_bed_objects, toc.b_substream_contains_bed_objects,
+         kind.objects},
+        {"b_substream_contains_dynamic_objects", dsi.b_substream_contains_dynamic_objects,
+         toc.b_substream_contains_dynamic_objects, kind.objects},
+        {"b_substream_contains_ISF_objects", dsi.b_substream_contains_ISF_objects, toc.b_substream_contains_ISF_objects,
+         kind.objects},
+    };
+    return compare_fields(place, rows);
+}
+
+int compare_groups(const std::string& presentation_place, const Ac4DsiPresentation& entry,
+                   const ac4_presentation_v1_info& presentation, const ac4_toc& toc) {
+    const bool toc_ims = presentation.presentation_version == AC4_IMS_PRESENTATION_VERSION;
+    const std::span<const uint16_t> indices = ac4_group_indices(toc, presentation);
+    int status = 0;
+    for (size_t i = 0; i < std::min(entry.v1->substream_groups.size(), indices.size()); ++i) {
+        const ac4_substream_group_dsi& dsi = entry.v1->substream_groups[i];
+        const ac4_substream_group_info& group = toc.substream_groups[indices[i]];
+        const std::span<const ac4_group_substream> substreams = ac4_group_substreams(toc, group);
+        const std::string place = place_name("group", i, presentation_place);
+        const SubstreamKind kind{.ims = entry.presentation_version == AC4_IMS_PRESENTATION_VERSION,
+                                 .dsi_channel_coded = dsi.b_channel_coded != 0,
+                                 .channel_coded = dsi.b_channel_coded != 0 && group.b_channel_coded != 0,
+                                 .objects = dsi.b_channel_coded == 0 && group.b_channel_coded == 0};
+        status |= compare_group(place, dsi, group);
+        for (size_t k = 0; k < std::min(dsi.substreams.size(), substreams.size()); ++k)
+            status |= compare_substream(place_name("substream", k, place), kind, dsi.substreams[k], substreams[k],
+                                        ac4_substream_channel_mask(substreams[k], toc_ims));
+    }
+    return status;
+}
+
+}  // namespace
+
+int compare_presentation_v1(size_t index, const Ac4DsiPresentation& entry, const ac4_presentation_v1_info& presentation,
+                            const ac4_toc& toc) {
+    const std::string place = "presentation " + std::to_string(index);
+    const ac4_presentation_v1_dsi& dsi = *entry.v1;
+    const bool single = presentation.b_single_substream_group != 0;
+    int status = 0;
+    if (single && dsi.presentation_config_v1 != AC4_DSI_CONFIG_SINGLE) {
+        std::printf(
+            "[SV]   : ERROR: if the b_single_substream_group element is set to 1, the presentation_config_v1 element "
+            "value of presentation %zu shall be set to 0x1f\n",
+            index);
+        status = 1;
+    }
+    const bool toc_emdf_only = !single && presentation.presentation_config == AC4_CONFIG_EMDF_ONLY;
+    if (toc_emdf_only || dsi.presentation_config_v1 == AC4_CONFIG_EMDF_ONLY)
+        return status | compare_emdf(place, dsi, presentation, toc);
+    status |= compare_head(place, dsi, presentation);
+    status |= compare_channels(place, dsi, presentation);
+    status |= compare_filter(place, dsi, presentation);
+    status |= compare_pre_virtualized(index, entry, presentation);
+    status |= compare_emdf(place, dsi, presentation, toc);
+    status |= compare_groups(place, entry, presentation, toc);
+    return status;
+}

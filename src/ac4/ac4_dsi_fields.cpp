@@ -1,0 +1,51 @@
+#include "ac4/ac4_dsi_fields.h"
+
+#include <algorithm>
+#include <cstdio>
+
+int compare_fields(const std::string& place, std::span<const Ac4FieldRow> rows) {
+    int status = 0;
+    for (const Ac4FieldRow& row : rows) {
+        if (!row.on_both_sides || row.in_dsi == row.in_toc) continue;
+        std::printf("[SV]   : ERROR: %s of %s info in dsi %s\n", row.label, place.c_str(), row.verdict);
+        status = 1;
+    }
+    return status;
+}
+
+std::string place_name(const char* kind, size_t index, const std::string& outer) {
+    return std::string(kind) + " " + std::to_string(index) + " of " + outer;
+}
+
+int compare_emdf_substreams(const Ac4EmdfLabels& labels, const std::string& presentation_place,
+                            std::span<const ac4_emdf_info> in_dsi, std::span<const ac4_emdf_info> in_toc) {
+    int status = 0;
+    for (size_t i = 0; i < std::min(in_dsi.size(), in_toc.size()); ++i) {
+        const Ac4FieldRow rows[] = {
+            {labels.emdf_version, in_dsi[i].emdf_version, in_toc[i].emdf_version},
+            {labels.key_id, in_dsi[i].key_id, in_toc[i].key_id},
+        };
+        status |= compare_fields(place_name(labels.kind, i, presentation_place), rows);
+    }
+    return status;
+}
+
+bool language_on_both_sides(const ac4_content_type& in_dsi, const ac4_content_type& in_toc) {
+    return in_dsi.b_language_indicator != 0 && in_toc.b_language_indicator != 0 &&
+           in_toc.b_serialized_language_tag == 0;
+}
+
+bool language_tag_differs(const ac4_content_type& in_dsi, const ac4_content_type& in_toc) {
+    if (!language_on_both_sides(in_dsi, in_toc)) return false;
+    const size_t common = std::min(in_dsi.n_language_tag_bytes, in_toc.n_language_tag_bytes);
+    const auto dsi_tag = std::span(in_dsi.language_tag_bytes).first(common);
+    return !std::equal(dsi_tag.begin(), dsi_tag.end(), in_toc.language_tag_bytes.begin());
+}
+
+int64_t dsi_frame_rate_code(uint8_t factor) {
+    return factor == 4 ? 2 : factor - 1;
+}
+
+int64_t dsi_sf_multiplier(uint8_t b_sf_multiplier, uint8_t sf_multiplier) {
+    return b_sf_multiplier != 0 ? sf_multiplier + 1 : 0;
+}
