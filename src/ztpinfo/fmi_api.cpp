@@ -84,7 +84,6 @@ int unpack_frame(std::span<const uint16_t> words, FrameInfo& frame) {
         const int status = unpack_eac3_bsi(words, frame.eac3);
         if (status != 0) return status;
         set_common(frame, frame.eac3);
-        if (frame.eac3.chanmape != 0) frame.locations = frame.chanmap;
     } else {
         frame.crc_status = ac3_crc_status(words);
         const int status = unpack_ac3_bsi(words, frame.ac3);
@@ -92,6 +91,7 @@ int unpack_frame(std::span<const uint16_t> words, FrameInfo& frame) {
         set_common(frame, frame.ac3);
     }
     set_derived(frame, words.size());
+    if (is_eac3_bsid(bsid) && frame.eac3.chanmape != 0) frame.locations = frame.chanmap;
     return 0;
 }
 
