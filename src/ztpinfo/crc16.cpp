@@ -1,6 +1,7 @@
 #include "ztpinfo/crc16.h"
 
 #include <array>
+#include <cstring>
 
 #if defined(__x86_64__)
 #include <immintrin.h>
@@ -38,6 +39,13 @@ constexpr std::array<SliceTable, SLICES> make_slice_tables() {
 constexpr std::array<SliceTable, SLICES> TABLES = make_slice_tables();
 static_assert(TABLES[0][1] == 0x8005 && TABLES[0][255] == 0x0202);
 
+// What word `Index` of a sliced step adds to the register behind the step.
+template <uint32_t Index>
+uint32_t word_share(uint16_t word) {
+    constexpr uint32_t LOW_SLICE = SLICES - 2 - 2 * Index;
+    return static_cast<uint32_t>(TABLES[LOW_SLICE + 1][word >> 8] ^ TABLES[LOW_SLICE][word & 0xFF]);
+}
+
 }  // namespace
 
 uint16_t crc16_table(uint16_t crc, std::span<const uint16_t> words) {
@@ -51,14 +59,10 @@ uint16_t crc16_table(uint16_t crc, std::span<const uint16_t> words) {
 uint16_t crc16_slicing(uint16_t crc, std::span<const uint16_t> words) {
     while (words.size() >= SLICES / 2) {
         // The register stands over the first word of the step; every byte then counts with the zero bytes behind it.
-        uint32_t next = 0;
-        uint32_t head = crc;
-        for (uint32_t i = 0; i < SLICES / 2; ++i) {
-            const uint32_t word = words[i] ^ head;
-            next ^= TABLES[SLICES - 1 - 2 * i][word >> 8] ^ TABLES[SLICES - 2 - 2 * i][word & 0xFF];
-            head = 0;
-        }
-        crc = static_cast<uint16_t>(next);
+        const uint16_t first = static_cast<uint16_t>(words[0] ^ crc);
+        crc = static_cast<uint16_t>(word_share<0>(first) ^ word_share<1>(words[1]) ^ word_share<2>(words[2]) ^
+                                    word_share<3>(words[3]) ^ word_share<4>(words[4]) ^ word_share<5>(words[5]) ^
+                                    word_share<6>(words[6]) ^ word_share<7>(words[7]));
         words = words.subspan(SLICES / 2);
     }
     return crc16_table(crc, words);
@@ -78,10 +82,17 @@ constexpr uint64_t LOWER_BY_1 = shift_bits(1, 128);
 constexpr uint64_t UPPER_BY_LANES = shift_bits(1, LANES * 128 + 64);
 constexpr uint64_t LOWER_BY_LANES = shift_bits(1, LANES * 128);
 
+[[gnu::target("pclmul,ssse3")]] inline __m128i reverse_words(__m128i words) {
+    return _mm_shuffle_epi8(words, _mm_set_epi8(1, 0, 3, 2, 5, 4, 7, 6, 9, 8, 11, 10, 13, 12, 15, 14));
+}
+
 // A block as one polynomial: the first word on top.
 [[gnu::target("pclmul,ssse3")]] inline __m128i load_block(const uint16_t* words) {
-    const __m128i reverse_words = _mm_set_epi8(1, 0, 3, 2, 5, 4, 7, 6, 9, 8, 11, 10, 13, 12, 15, 14);
-    return _mm_shuffle_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(words)), reverse_words);
+    return reverse_words(_mm_loadu_si128(reinterpret_cast<const __m128i*>(words)));
+}
+
+[[gnu::target("pclmul,ssse3")]] inline void store_block(std::array<uint16_t, BLOCK_WORDS>& words, __m128i block) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(words.data()), reverse_words(block));
 }
 
 // A polynomial congruent to `value` followed by as many zero bits as `powers` stands for: its upper half multiplied
@@ -94,29 +105,41 @@ constexpr uint64_t LOWER_BY_LANES = shift_bits(1, LANES * 128);
     return _mm_set_epi64x(static_cast<int64_t>(upper), static_cast<int64_t>(lower));
 }
 
-// Folds all whole blocks of `words` into one block that leaves the same register, and drops them from `words`, which
-// holds at least one.
-[[gnu::target("pclmul,ssse3")]] __m128i fold_blocks(uint16_t crc, std::span<const uint16_t>& words) {
+// The first, possibly short block of `words`, filled up with zero words in front: they leave the register 0 as it is.
+// `crc` goes into the first word. Drops the block from `words`, which is not empty.
+[[gnu::target("pclmul,ssse3")]] __m128i take_first_block(uint16_t crc, std::span<const uint16_t>& words) {
+    const size_t taken = (words.size() - 1) % BLOCK_WORDS + 1;
+    alignas(16) std::array<uint16_t, BLOCK_WORDS> block{};
+    uint16_t* const first = block.data() + (BLOCK_WORDS - taken);
+    std::memcpy(first, words.data(), taken * sizeof *first);
+    *first = static_cast<uint16_t>(*first ^ crc);
+    words = words.subspan(taken);
+    return load_block(block.data());
+}
+
+// A block that leaves the same register as `words` do from the register `crc`.
+[[gnu::target("pclmul,ssse3")]] __m128i fold_blocks(uint16_t crc, std::span<const uint16_t> words) {
     const __m128i by_1 = two_halves(UPPER_BY_1, LOWER_BY_1);
-    const uint16_t* next = words.data();
+    __m128i value = take_first_block(crc, words);
     size_t blocks = words.size() / BLOCK_WORDS;
-    words = words.subspan(blocks * BLOCK_WORDS);
-    __m128i value = _mm_xor_si128(load_block(next), two_halves(static_cast<uint64_t>(crc) << 48, 0));
-    next += BLOCK_WORDS;
-    --blocks;
+    const uint16_t* next = words.data();
     if (blocks >= LANES - 1) {
+        __m128i lane1 = load_block(next);
+        __m128i lane2 = load_block(next + BLOCK_WORDS);
+        __m128i lane3 = load_block(next + 2 * BLOCK_WORDS);
         const __m128i by_lanes = two_halves(UPPER_BY_LANES, LOWER_BY_LANES);
-        __m128i lane[LANES] = {value, load_block(next), load_block(next + BLOCK_WORDS),
-                               load_block(next + 2 * BLOCK_WORDS)};
         next += (LANES - 1) * BLOCK_WORDS;
         blocks -= LANES - 1;
         for (; blocks >= LANES; blocks -= LANES) {
-            for (size_t i = 0; i < LANES; ++i)
-                lane[i] = _mm_xor_si128(fold(lane[i], by_lanes), load_block(next + i * BLOCK_WORDS));
+            value = _mm_xor_si128(fold(value, by_lanes), load_block(next));
+            lane1 = _mm_xor_si128(fold(lane1, by_lanes), load_block(next + BLOCK_WORDS));
+            lane2 = _mm_xor_si128(fold(lane2, by_lanes), load_block(next + 2 * BLOCK_WORDS));
+            lane3 = _mm_xor_si128(fold(lane3, by_lanes), load_block(next + 3 * BLOCK_WORDS));
             next += LANES * BLOCK_WORDS;
         }
-        value = lane[0];
-        for (size_t i = 1; i < LANES; ++i) value = _mm_xor_si128(fold(value, by_1), lane[i]);
+        value = _mm_xor_si128(fold(value, by_1), lane1);
+        value = _mm_xor_si128(fold(value, by_1), lane2);
+        value = _mm_xor_si128(fold(value, by_1), lane3);
     }
     for (; blocks > 0; --blocks) {
         value = _mm_xor_si128(fold(value, by_1), load_block(next));
@@ -126,12 +149,9 @@ constexpr uint64_t LOWER_BY_LANES = shift_bits(1, LANES * 128);
 }
 
 [[gnu::target("pclmul,ssse3")]] uint16_t crc16_folded(uint16_t crc, std::span<const uint16_t> words) {
-    alignas(16) std::array<uint16_t, BLOCK_WORDS> block;
-    // The folded block starts from the register 0: the one given is part of it. Its words lie last word first.
-    _mm_store_si128(reinterpret_cast<__m128i*>(block.data()), fold_blocks(crc, words));
-    std::array<uint16_t, BLOCK_WORDS> in_order;
-    for (size_t i = 0; i < BLOCK_WORDS; ++i) in_order[i] = block[BLOCK_WORDS - 1 - i];
-    return crc16_table(crc16_slicing(0, in_order), words);
+    std::array<uint16_t, BLOCK_WORDS> block;
+    store_block(block, fold_blocks(crc, words));
+    return crc16_slicing(0, block);
 }
 
 }  // namespace

@@ -75,6 +75,12 @@ void merge_flags(ComplianceFlags& accumulated, const ComplianceFlags& timeslice)
     }
 }
 
+uint32_t free_record(const TimesliceAccumulator& accumulator) {
+    uint32_t index = 0;
+    while (index == accumulator.completed || index == accumulator.reported) ++index;
+    return index;
+}
+
 // The checked current record becomes the last completed one.
 void keep_current(TimesliceAccumulator& accumulator) {
     const TimesliceRecord& record = current_record(accumulator);
@@ -83,7 +89,8 @@ void keep_current(TimesliceAccumulator& accumulator) {
         if (program.independent.present && accumulator.totals.crc_status == CRC_NO_ERROR)
             accumulator.totals.crc_status = program.crc_status;
     }
-    accumulator.current = 1 - accumulator.current;
+    accumulator.completed = accumulator.current;
+    accumulator.current = free_record(accumulator);
 }
 
 // Adds the record that is done to the totals and starts an empty one.

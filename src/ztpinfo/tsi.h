@@ -71,19 +71,23 @@ constexpr uint64_t PLAYING_TIME_UNITS = 14112000;
 double playing_time_seconds(const StreamTotals& totals);
 double overall_data_rate_kbps(const StreamTotals& totals);
 
-// Timeslices of a handle: the one being assembled and the last completed one. Everything lasts for the life of the
-// handle; an unfinished timeslice waits for the next buffer.
+constexpr uint32_t NO_RECORD = 3;
+
+// Timeslices of a handle: the one being assembled, the last completed one and the last reported one, which may be the
+// completed one. Everything lasts for the life of the handle; an unfinished timeslice waits for the next buffer.
 struct TimesliceAccumulator {
     StreamTotals totals;
     ComplianceFlags compliance;  // of all timeslices; never cleared
-    std::array<TimesliceRecord, 2> records;
-    uint32_t current = 0;          // the record being assembled; the other one is the last completed
+    std::array<TimesliceRecord, 3> records;
+    uint32_t current = 0;
+    uint32_t completed = NO_RECORD;
+    uint32_t reported = NO_RECORD;
     uint32_t current_program = 0;  // which dependent frames belong to
     uint64_t current_bits = 0;
     uint32_t current_frames = 0;
     std::array<uint16_t, ZTP_MAX_PROGRAMS> convsync_counters;  // of I0 to I7; CONVSYNC_ABSENT at first
-    // Frame ends beside the two records; null unless they are wanted.
-    std::unique_ptr<std::array<TimesliceTails, 2>> tails;
+    // Frame ends beside the records; null unless they are wanted.
+    std::unique_ptr<std::array<TimesliceTails, 3>> tails;
 };
 
 // What a frame brought to an end.
@@ -101,7 +105,7 @@ constexpr int TIMESLICE_INVALID = 6913;
 // Closes the timeslice being assembled, if there is one, at the end of a buffer. Returns like add_frame.
 [[nodiscard]] int finish_timeslice(TimesliceAccumulator& accumulator, uint16_t rule_set);
 
-// Meaningful when totals.timeslices is not 0.
+// Only when completed is not NO_RECORD.
 inline const TimesliceRecord& last_completed(const TimesliceAccumulator& accumulator) {
-    return accumulator.records[1 - accumulator.current];
+    return accumulator.records[accumulator.completed];
 }

@@ -99,15 +99,3 @@ bool same_timeslice(const TimesliceRecord& a, const TimesliceRecord& b) {
 bool same_layout(const TimesliceRecord& a, const TimesliceRecord& b) {
     return same_programs(a, b, same_layout_program);
 }
-
-void copy_timeslice(TimesliceRecord& to, const TimesliceRecord& from) {
-    to.num_programs = from.num_programs;
-    to.compliance = from.compliance;
-    for (uint32_t i = 0; i < ZTP_MAX_PROGRAMS; ++i) {
-        const bool present = from.programs[i].independent.present;
-        if (present)
-            to.programs[i] = from.programs[i];
-        else
-            to.programs[i].independent.present = false;
-    }
-}

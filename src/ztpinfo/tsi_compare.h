@@ -9,6 +9,3 @@ bool same_timeslice(const TimesliceRecord& a, const TimesliceRecord& b);
 // but for what changes from frame to frame in ordinary streams (check words, frame size codes, converter sync, heavy
 // compression).
 bool same_layout(const TimesliceRecord& a, const TimesliceRecord& b);
-
-// Copies what is present in `from`.
-void copy_timeslice(TimesliceRecord& to, const TimesliceRecord& from);

@@ -18,25 +18,27 @@ void set_byte_order(WordInput& input, ByteOrder order) {
     input.byte_order = order;
 }
 
-// Exchanges the two bytes of each of the four words in `words`.
-uint64_t swap_word_bytes(uint64_t words) {
-    constexpr uint64_t LOW_BYTES = 0x00FF00FF00FF00FF;
-    return (words & LOW_BYTES) << 8 | (words >> 8 & LOW_BYTES);
+// Eight words that the compiler treats as one value, whatever vector instructions the target has.
+typedef uint16_t WordVector __attribute__((vector_size(16)));
+constexpr size_t VECTOR_WORDS = sizeof(WordVector) / sizeof(uint16_t);
+
+// Exchanges the two bytes of each word.
+void swap_word_bytes(std::span<uint16_t> words) {
+    size_t i = 0;
+    for (; i + VECTOR_WORDS <= words.size(); i += VECTOR_WORDS) {
+        WordVector eight;
+        std::memcpy(&eight, &words[i], sizeof eight);
+        eight = eight << 8 | eight >> 8;
+        std::memcpy(&words[i], &eight, sizeof eight);
+    }
+    for (; i < words.size(); ++i) words[i] = static_cast<uint16_t>(words[i] << 8 | words[i] >> 8);
 }
 
 // Copies words.size() words from `bytes` into host order.
 void load_words(const uint8_t* bytes, ByteOrder order, std::span<uint16_t> words) {
-    const bool host_order = (order == BYTE_ORDER_HIGH_FIRST) == (std::endian::native == std::endian::big);
     std::memcpy(words.data(), bytes, words.size_bytes());
-    if (host_order) return;
-    size_t i = 0;
-    for (; i + 4 <= words.size(); i += 4) {
-        uint64_t four = 0;
-        std::memcpy(&four, &words[i], sizeof four);
-        four = swap_word_bytes(four);
-        std::memcpy(&words[i], &four, sizeof four);
-    }
-    for (; i < words.size(); ++i) words[i] = static_cast<uint16_t>(words[i] << 8 | words[i] >> 8);
+    const bool host_order = (order == BYTE_ORDER_HIGH_FIRST) == (std::endian::native == std::endian::big);
+    if (!host_order) swap_word_bytes(words);
 }
 
 }  // namespace

@@ -15,8 +15,6 @@ struct ZtpInfoContext {
     std::array<uint16_t, MAX_FRAME_WORDS> words{};  // the current frame, in stream order
     FrameInfo frame;
     TimesliceAccumulator timeslices;
-    TimesliceRecord last_reported;
-    bool has_last_reported = false;
 };
 
 namespace {
@@ -45,28 +43,25 @@ Walk read_frame(ZtpInfoContext& context, uint32_t& frame_words) {
     return read_words(input, rest) == 0 ? Walk::GO_ON : Walk::FATAL;
 }
 
-void print_report(const ZtpInfoContext& context, const TimesliceRecord& timeslice) {
+// Reports the last completed timeslice as the options ask.
+void print_report(const ZtpInfoContext& context) {
     const uint16_t options = context.settings.options;
     const TimesliceAccumulator& timeslices = context.timeslices;
-    const TimesliceTails* tails = timeslices.tails == nullptr ? nullptr : &(*timeslices.tails)[1 - timeslices.current];
+    const TimesliceRecord& timeslice = last_completed(timeslices);
+    const TimesliceTails* tails = timeslices.tails == nullptr ? nullptr : &(*timeslices.tails)[timeslices.completed];
     print_timeslice(timeslice, tails, options);
     if ((options & ZTP_OPTION_COMPLIANCE) != 0)
         print_compliance_list(timeslice.compliance, (options & ZTP_OPTION_WARNINGS) != 0);
 }
 
-void keep_as_reported(ZtpInfoContext& context, const TimesliceRecord& timeslice) {
-    copy_timeslice(context.last_reported, timeslice);
-    context.has_last_reported = true;
-}
-
 // Reports the timeslice that a frame has completed when its layout is new; the first one of a handle is only noted.
 void report_completed(ZtpInfoContext& context) {
-    const TimesliceRecord& timeslice = last_completed(context.timeslices);
-    if (context.has_last_reported) {
-        if (same_layout(timeslice, context.last_reported)) return;
-        print_report(context, timeslice);
+    TimesliceAccumulator& timeslices = context.timeslices;
+    if (timeslices.reported != NO_RECORD) {
+        if (same_layout(last_completed(timeslices), timeslices.records[timeslices.reported])) return;
+        print_report(context);
     }
-    keep_as_reported(context, timeslice);
+    timeslices.reported = timeslices.completed;
 }
 
 Walk process_frame(ZtpInfoContext& context) {
@@ -112,7 +107,7 @@ void fill_program(ZtpProgramSummary& summary, const ProgramRecord& program) {
 // Fills the cleared `summary` from the last completed timeslice; `completed` is the number of those of this call.
 void fill_summary(ZtpStreamSummary& summary, const ZtpInfoContext& context, uint64_t completed) {
     const StreamTotals& totals = context.timeslices.totals;
-    if (totals.timeslices == 0) return;
+    if (context.timeslices.completed == NO_RECORD) return;
     const TimesliceRecord& timeslice = last_completed(context.timeslices);
     const uint64_t blocks = timeslice.programs[0].blocks_per_frame * completed;
     summary.byte_order_swapped = context.input.byte_order == BYTE_ORDER_LOW_FIRST ? 1 : 0;
@@ -125,10 +120,10 @@ void fill_summary(ZtpStreamSummary& summary, const ZtpInfoContext& context, uint
 
 void print_end_of_call(ZtpInfoContext& context) {
     const uint16_t options = context.settings.options;
-    const TimesliceAccumulator& timeslices = context.timeslices;
-    if (timeslices.totals.timeslices > 0) {
-        print_report(context, last_completed(timeslices));
-        keep_as_reported(context, last_completed(timeslices));
+    TimesliceAccumulator& timeslices = context.timeslices;
+    if (timeslices.completed != NO_RECORD) {
+        print_report(context);
+        timeslices.reported = timeslices.completed;
     }
     if ((options & ZTP_OPTION_TOTALS) != 0) print_totals(timeslices.totals);
     if ((options & ZTP_OPTION_ALL_COMPLIANCE) != 0)
@@ -158,11 +153,11 @@ void ztpinfo_close(ZtpInfoContext* handle) {
 void ztpinfo_configure(ZtpInfoContext* handle, const ZtpSettings& settings) {
     handle->settings = settings;
     const bool with_tails = (settings.options & (ZTP_OPTION_AUXDATA | ZTP_OPTION_ENCODER_INFO)) != 0;
-    std::unique_ptr<std::array<TimesliceTails, 2>>& tails = handle->timeslices.tails;
+    auto& tails = handle->timeslices.tails;
     if (!with_tails)
         tails.reset();
     else if (tails == nullptr)
-        tails = std::make_unique<std::array<TimesliceTails, 2>>();
+        tails = std::make_unique<std::array<TimesliceTails, 3>>();
 }
 
 int ztpinfo_process(std::span<const uint8_t> bytes, ZtpStreamSummary& summary, ZtpInfoContext* handle) {
