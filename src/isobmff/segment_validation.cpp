@@ -1,21 +1,107 @@
 #include "isobmff/segment_validation.h"
 
-struct MediaContext {};
+#include <algorithm>
+#include <cstdio>
+
+#include "bits/report.h"
+#include "isobmff/box_reader.h"
+#include "isobmff/lumora_checks.h"
+#include "isobmff/media_context.h"
+#include "isobmff/sample_entry_checks.h"
+#include "isobmff/sample_extraction.h"
+#include "isobmff/track_output.h"
+#include "playlist/byte_range.h"
+
+namespace {
+
+// Longer ranges than any file: keeps every place that is seeked to inside what a file system takes.
+constexpr uint64_t MAX_RANGE_LENGTH = uint64_t{1} << 42;
+
+uint64_t measure_file(FileReader& reader) {
+    if (!reader.file) return reader_file_size(reader);
+    const off_t place = ftello(reader.file.get());
+    const uint64_t size = reader_file_size(reader);
+    fseeko(reader.file.get(), place, SEEK_SET);
+    return size;
+}
+
+// Confines the reader to the entry's range, or to the whole file, and starts it. Returns 0, or 1 when the range cannot
+// be applied.
+int apply_byte_range(MediaContext& context, FileReader& reader, const SegmentEntry& segment) {
+    context.file_size = measure_file(reader);
+    context.range_length = 0;
+    reader.start_offset = 0;
+    reader.limited = false;
+    if (segment.byte_range) {
+        const uint64_t previous_end = context.range_path == reader.path ? context.range_end : 0;
+        ByteSpan range;
+        if (resolve_byte_range(*segment.byte_range, previous_end, range) != 0) {
+            report_reason(reader.path, "the byte range is not a length and an offset; the segment is not read");
+            return 1;
+        }
+        if (range.length != 0) {
+            context.range_path = reader.path;
+            context.range_end = range.offset + range.length;
+            context.range_length = std::min(range.length, MAX_RANGE_LENGTH);
+            reader.start_offset = std::min(range.offset, context.file_size);
+            reader.limited = true;
+        }
+    }
+    restart_reader(context, reader);
+    return 0;
+}
+
+// Returns false when the track's file cannot be opened: the tracks behind it are not looked at then.
+bool validate_track(MediaContext& context, FileReader& reader, TrackRecord& track, int& status) {
+    status |= check_sample_entry(context, track, reader.path);
+    status |= check_lumora_configuration(context, track);
+    const int opened = open_track_output(context, track);
+    status |= opened;
+    if (opened != 0) return false;
+    status |= extract_samples(context, reader, track);
+    status |= check_lumora_layers(track);
+    return true;
+}
+
+}  // namespace
 
 void MediaContextDeleter::operator()(MediaContext* context) const {
     std::default_delete<MediaContext>()(context);
 }
 
-MediaContextPtr create_init_context(const std::optional<std::string>&, const std::string&, const std::string&,
-                                    const PlaylistAttributes*) {
-    return MediaContextPtr(std::make_unique<MediaContext>().release());
+MediaContextPtr create_init_context(const std::optional<std::string>& output_dir, const std::string& stem,
+                                    const std::string& init_stem, const PlaylistAttributes* attrs) {
+    MediaContextPtr context(std::make_unique<MediaContext>().release());
+    context->output_dir = output_dir;
+    context->stem = stem;
+    context->init_stem = init_stem;
+    if (attrs != nullptr) context->attrs = *attrs;
+    return context;
 }
 
 int release_init_context(MediaContextPtr& context) {
+    if (!context) return 0;
+    int status = 0;
+    for (const std::unique_ptr<TrackRecord>& track : context->tracks) status |= close_track_output(track->output);
     context.reset();
-    return 0;
+    return status;
 }
 
-int validate_mp4_segment(FileReader&, const SegmentEntry&, MediaContext*) {
-    return 0;
+int validate_mp4_segment(FileReader& reader, const SegmentEntry& segment, MediaContext* context) {
+    if (context == nullptr) {
+        report_reason(reader.path, "no init section (EXT-X-MAP) came before this segment");
+        return 1;
+    }
+    if (apply_byte_range(*context, reader, segment) != 0) return 1;
+    start_work(*context);
+    int status = parse_media(*context, reader);
+    if (status != 0) return 1;
+    status = context->status;
+    for (const std::unique_ptr<TrackRecord>& track : context->tracks)
+        if (!validate_track(*context, reader, *track, status)) break;
+    if (reader.read_error) {
+        report_reason(reader.path, "a read failed before byte %llu", static_cast<unsigned long long>(reader.position));
+        status |= SEGMENT_FINDING;
+    }
+    return status;
 }

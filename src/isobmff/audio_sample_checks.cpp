@@ -1,0 +1,184 @@
+#include "isobmff/audio_sample_checks.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "ac4/ac4_dsi.h"
+#include "ac4/ac4_toc.h"
+#include "isobmff/codec_configuration.h"
+#include "ztpinfo/ztpinfo.h"
+
+namespace {
+
+constexpr int ANALYZER_FATAL = 2;
+constexpr uint32_t STRMTYP_DEPENDENT = 1;
+
+int compare_substream_counts(const Ec3Configuration& ec3, const ZtpStreamSummary& summary, uint32_t common) {
+    int status = 0;
+    if (ec3.data_rate != summary.data_rate_kbps) {
+        std::printf(
+            "[SV]   : ERROR: Mismatch in data-rate value between the Zentra Plus elementary stream and the MP4 sample description.\n");
+        status = SEGMENT_FINDING;
+    }
+    if (ec3.num_ind_sub != summary.num_programs) {
+        std::printf(
+            "[SV]   : ERROR: Mismatch in the number of independent substreams between the Zentra Plus elementary stream and the MP4 sample description.\n");
+        status = SEGMENT_FINDING;
+    }
+    for (uint32_t i = 0; i < common; ++i) {
+        if (ec3.substreams[i].num_dep_sub == summary.programs[i].num_dep_substreams) continue;
+        std::printf(
+            "[SV]   : ERROR: Mismatch in the number of dependent substream between the Zentra Plus elementary stream and the MP4 sample description.\n");
+        status = SEGMENT_FINDING;
+    }
+    return status;
+}
+
+// Field by field, and inside a field substream by substream.
+int compare_independent_substreams(const Ec3Configuration& ec3, const ZtpStreamSummary& summary, uint32_t common) {
+    int status = 0;
+    for (uint32_t i = 0; i < common; ++i) {
+        if (ec3.substreams[i].bsid == summary.programs[i].independent.bsid) continue;
+        std::printf(
+            "[SV]   : ERROR: Mismatch in bsid value between the Zentra Plus elementary stream and the MP4 sample description.\n");
+        status = SEGMENT_FINDING;
+    }
+    for (uint32_t i = 0; i < common; ++i) {
+        if (ec3.substreams[i].bsmod == summary.programs[i].independent.bsmod) continue;
+        std::printf(
+            "[SV]   : ERROR: Mismatch in bsmod value between the Zentra Plus elementary stream and the MP4 sample description.\n");
+        status = SEGMENT_FINDING;
+    }
+    for (uint32_t i = 0; i < common; ++i) {
+        if (ec3.substreams[i].fscod == summary.programs[i].independent.fscod) continue;
+        std::printf(
+            "[SV]   : ERROR: Mismatch in fscod value between the Zentra Plus elementary stream and the MP4 sample description.\n");
+        status = SEGMENT_FINDING;
+    }
+    for (uint32_t i = 0; i < common; ++i) {
+        if (ec3.substreams[i].acmod == summary.programs[i].independent.acmod) continue;
+        std::printf(
+            "[SV]   : ERROR: Mismatch in acmod value between the Zentra Plus elementary stream and the MP4 sample description.\n");
+        status = SEGMENT_FINDING;
+    }
+    for (uint32_t i = 0; i < common; ++i) {
+        if (ec3.substreams[i].lfeon == summary.programs[i].independent.lfeon) continue;
+        std::printf(
+            "[SV]   : ERROR: Mismatch in lfeon value between the Zentra Plus elementary stream and the MP4 sample description.\n");
+        status = SEGMENT_FINDING;
+    }
+    return status;
+}
+
+// chan_loc stands for all dependent substreams of its independent one together.
+int compare_channel_locations(const Ec3Configuration& ec3, const ZtpStreamSummary& summary, uint32_t common) {
+    int status = 0;
+    for (uint32_t i = 0; i < common; ++i) {
+        uint32_t chanmap = 0;
+        for (const ZtpSubstreamSummary& dependent : summary.programs[i].dependent) chanmap |= dependent.chanmap;
+        if (ec3.substreams[i].chan_loc == chanmap_to_chan_loc(chanmap)) continue;
+        std::printf(
+            "[SV]   : ERROR: Mismatch in chan_loc value between the Zentra Plus elementary stream and the MP4 sample description.\n");
+        status = SEGMENT_FINDING;
+    }
+    return status;
+}
+
+// The substream whose additional BSI announces object audio.
+const ZtpSubstreamSummary& object_audio_substream(const ZtpProgramSummary& program) {
+    if (program.num_dep_substreams == 0) return program.independent;
+    for (const ZtpSubstreamSummary& dependent : program.dependent)
+        if (dependent.strmtyp == STRMTYP_DEPENDENT) return dependent;
+    return program.dependent[0];
+}
+
+// ETSI TS 103 420: the additional BSI of object audio is the extension flag and the complexity index.
+int compare_object_audio(const Ec3Configuration& ec3, const ZtpStreamSummary& summary) {
+    const ZtpSubstreamSummary& substream = object_audio_substream(summary.programs[0]);
+    if (ec3.flag_ec3_extension_type_a == 0) {
+        if (substream.addbsi[0] == 0) return 0;
+        std::printf(
+            "[SV]   : ERROR: Mismatch in Aurelis-specific flag settings between the Zentra Plus elementary stream and the MP4 sample description.\n");
+        return SEGMENT_FINDING;
+    }
+    int status = 0;
+    if (summary.programs[0].num_dep_substreams == 0 && summary.num_programs == 0) {
+        std::printf(
+            "[SV]   : ERROR: The MP4 sample description identifies Aurelis content, but the num_of_dep_frm and num_of_pgms are not correctly set in the Zentra Plus elementary stream.\n");
+        status = SEGMENT_FINDING;
+    }
+    if (substream.addbsie == 0 || substream.addbsi_bytes < 2) {
+        std::printf(
+            "[SV]   : ERROR: The MP4 sample description identifies Aurelis content, but bse_addbsil value is invalid.\n");
+        return SEGMENT_FINDING;
+    }
+    if (substream.addbsi[0] != ec3.flag_ec3_extension_type_a) {
+        std::printf(
+            "[SV]   : ERROR: Mismatch in flag_ec3_extension_type_a setting between the Zentra Plus elementary stream and the MP4 sample description.\n");
+        status = SEGMENT_FINDING;
+    }
+    if (substream.addbsi[1] != ec3.complexity_index_type_a) {
+        std::printf(
+            "[SV]   : ERROR: Mismatch in complex_index setting between the Zentra Plus elementary stream and the MP4 sample description.\n");
+        status = SEGMENT_FINDING;
+    }
+    return status;
+}
+
+int compare_with_dec3(const Ec3Configuration& ec3, const ZtpStreamSummary& summary) {
+    const uint32_t common = std::min(ec3.num_ind_sub, summary.num_programs);
+    int status = compare_substream_counts(ec3, summary, common);
+    status |= compare_independent_substreams(ec3, summary, common);
+    status |= compare_channel_locations(ec3, summary, common);
+    status |= compare_object_audio(ec3, summary);
+    return status;
+}
+
+int check_ec3_sample(TrackRecord& track, std::span<const uint8_t> sample, bool first) {
+    if (!track.output.analyzer) track.output.analyzer.reset(ztpinfo_open());
+    ZtpStreamSummary summary;
+    int result = ANALYZER_FATAL;
+    if (track.output.analyzer) result = ztpinfo_process(sample, summary, track.output.analyzer.get());
+    int status = 0;
+    if (result != 0) {
+        std::printf("ERROR: Zentra Plus info tool returns errors when parsing the payload data.\n");
+        status = SEGMENT_FINDING;
+    }
+    if (track.codec_kind == CODEC_EC3 && first && result != ANALYZER_FATAL)
+        status |= compare_with_dec3(track.ec3, summary);
+    return status;
+}
+
+// The findings inside the dac4 payload itself do not fail the segment, deliberately.
+int check_first_ac4_sample(const TrackRecord& track, std::span<const uint8_t> sample) {
+    int status = 0;
+    Ac4Dsi dsi;
+    if (track.config) {
+        parse_dac4(*track.config, track.media_timescale, track.samplesize, track.samplerate, track.channel_count, dsi);
+    } else {
+        std::printf("ERROR: Failed to parse the Vexro AC-4 dsi.\n");
+        status = SEGMENT_FINDING;
+    }
+    ac4_toc toc;
+    uint32_t position = 0;
+    if (ac4_toc_parse(sample, position, toc) != 0) {
+        std::printf("ERROR: Failed to parse the Vexro AC-4 elementary stream.\n");
+        return SEGMENT_FINDING;
+    }
+    if (track.config && compare_dsi_with_toc(dsi, toc) != 0) {
+        std::printf("ERROR: Mismatch in TOC value between the Vexro AC-4 elementary stream and the dac4 box.\n");
+        status = SEGMENT_FINDING;
+    }
+    return status;
+}
+
+}  // namespace
+
+bool is_analyzed_audio(const TrackRecord& track) {
+    return track.codec_kind == CODEC_AC3 || track.codec_kind == CODEC_EC3 || track.codec_kind == CODEC_AC4;
+}
+
+int check_audio_sample(TrackRecord& track, std::span<const uint8_t> sample, bool first) {
+    if (track.codec_kind == CODEC_AC4) return first ? check_first_ac4_sample(track, sample) : 0;
+    return check_ec3_sample(track, sample, first);
+}

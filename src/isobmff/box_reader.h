@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "bits/file_reader.h"
+#include "isobmff/media_context.h"
+
+// The walk over the boxes of ISO/IEC 14496-12, 4.2. No tree is kept: each box is handled as it is met.
+
+// Walks the range or file that `reader` was started on as one container, with the sample tables of all tracks emptied
+// before. Returns 0, or what ended the walk; the reason is on standard error then.
+[[nodiscard]] int parse_media(MediaContext& context, FileReader& reader);
+
+// Walks `payload_size` bytes of boxes. Returns 0, 1 for a malformed box, or the first non-zero handler result.
+[[nodiscard]] int walk_container(MediaContext& context, FileReader& reader, int64_t payload_size);
+
+// Reads a box's payload of `payload_size` bytes from the reader's position; returns 0 to go on, else ends the walk. The
+// walk puts the reader at the end of the box afterwards, whatever the handler read.
+using BoxHandler = int (*)(MediaContext& context, FileReader& reader, int64_t payload_size);
+
+// Says on standard error which box breaks which rule; returns 1. `rule` is a plain text.
+[[nodiscard]] int refuse_box(const MediaContext& context, const FileReader& reader, const char* rule);
+
+// Reads the first bytes of a payload into `bytes`, zeros where the payload or the file ends before.
+void read_payload_start(FileReader& reader, int64_t payload_size, std::span<uint8_t> bytes);
+
+// True when `size` bytes from the reader's position on can be there: what a payload says is checked against the file
+// before memory is made for it.
+[[nodiscard]] bool payload_in_file(const MediaContext& context, const FileReader& reader, uint64_t size);
+
+// Copies a whole payload; 0, or 1 when it runs past the file or memory is short.
+[[nodiscard]] int read_payload(MediaContext& context, FileReader& reader, int64_t payload_size,
+                               std::vector<uint8_t>& payload);

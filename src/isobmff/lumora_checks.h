@@ -1,0 +1,12 @@
+#pragma once
+
+#include "isobmff/media_context.h"
+
+// Both do nothing for tracks that are not H.264 or H.265 with a Lumora configuration, and return 0, or 11 with
+// findings.
+
+// The configuration against the playlist's CODECS and in itself.
+[[nodiscard]] int check_lumora_configuration(const MediaContext& context, const TrackRecord& track);
+
+// Which layers are present, after the segment's samples.
+[[nodiscard]] int check_lumora_layers(const TrackRecord& track);

@@ -1,0 +1,197 @@
+#include "isobmff/movie_fragments.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <new>
+#include <span>
+
+#include "bits/byte_order.h"
+#include "isobmff/box_reader.h"
+#include "isobmff/sample_tables.h"
+
+namespace {
+
+// ISO/IEC 14496-12, 8.8.7.1.
+enum TfhdFlag : uint32_t {
+    TFHD_BASE_DATA_OFFSET = 0x000001,
+    TFHD_SAMPLE_DESCRIPTION_INDEX = 0x000002,
+    TFHD_DEFAULT_SAMPLE_DURATION = 0x000008,
+    TFHD_DEFAULT_SAMPLE_SIZE = 0x000010,
+};
+
+// ISO/IEC 14496-12, 8.8.8.1.
+enum TrunFlag : uint32_t {
+    TRUN_DATA_OFFSET = 0x000001,
+    TRUN_FIRST_SAMPLE_FLAGS = 0x000004,
+    TRUN_SAMPLE_DURATION = 0x000100,
+    TRUN_SAMPLE_SIZE = 0x000200,
+    TRUN_SAMPLE_FLAGS = 0x000400,
+    TRUN_SAMPLE_COMPOSITION_OFFSET = 0x000800,
+};
+constexpr uint32_t TRUN_PER_SAMPLE_FIELDS =
+    TRUN_SAMPLE_DURATION | TRUN_SAMPLE_SIZE | TRUN_SAMPLE_FLAGS | TRUN_SAMPLE_COMPOSITION_OFFSET;
+
+// ISO/IEC 14496-12, 8.8.3.1: sample_depends_on of the sample flags, and its value "does not depend on others".
+constexpr uint32_t SAMPLE_DEPENDS_ON_MASK = 0x03000000;
+constexpr uint32_t SAMPLE_IS_INDEPENDENT = 0x02000000;
+
+constexpr uint32_t MAX_ENTRY_SIZE = 16;
+constexpr uint32_t ENTRIES_AT_ONCE = 512;
+
+// Of tracks with one ID the first has the fragments.
+TrackRecord* find_track(const MediaContext& context, uint32_t track_ID) {
+    for (const std::unique_ptr<TrackRecord>& track : context.tracks)
+        if (track->track_ID == track_ID) return track.get();
+    return nullptr;
+}
+
+// Reads the fields of a payload one behind the other; zeros behind its end.
+struct FieldReader {
+    std::span<const uint8_t> bytes;
+    size_t position = 0;
+
+    uint32_t next32() {
+        position += 4;
+        return load_be32(bytes, position - 4);
+    }
+};
+
+struct TrackRun {
+    uint32_t flags = 0;
+    uint32_t sample_count = 0;
+    int32_t data_offset = 0;
+    uint32_t first_sample_flags = 0;
+    int64_t header_size = 0;
+};
+
+TrackRun read_run_header(FileReader& reader, int64_t payload_size) {
+    std::array<uint8_t, 8> start{};
+    read_payload_start(reader, payload_size, start);
+    TrackRun run;
+    run.flags = load_be32(start, 0) & 0xFFFFFF;
+    run.sample_count = load_be32(start, 4);
+    run.header_size = static_cast<int64_t>(start.size());
+    std::array<uint8_t, 4> field{};
+    if ((run.flags & TRUN_DATA_OFFSET) != 0) {
+        read_payload_start(reader, std::max<int64_t>(payload_size - run.header_size, 0), field);
+        run.data_offset = static_cast<int32_t>(load_be32(field, 0));
+        run.header_size += 4;
+    }
+    if ((run.flags & TRUN_FIRST_SAMPLE_FLAGS) != 0) {
+        read_payload_start(reader, std::max<int64_t>(payload_size - run.header_size, 0), field);
+        run.first_sample_flags = load_be32(field, 0);
+        run.header_size += 4;
+    }
+    return run;
+}
+
+// One sample of a run, ISO/IEC 14496-12, 8.8.8.2.
+void append_run_sample(TrackRecord& track, uint32_t flags, FieldReader entry) {
+    SampleTables& samples = track.samples;
+    if ((flags & TRUN_SAMPLE_DURATION) != 0) {
+        const uint32_t duration = entry.next32();
+        samples.time_to_sample.push_back({1, duration});
+        samples.media_duration += duration;
+    }
+    append_samples(samples, 1, (flags & TRUN_SAMPLE_SIZE) != 0 ? entry.next32() : track.default_sample_size);
+    if ((flags & TRUN_SAMPLE_FLAGS) != 0) entry.next32();
+    if ((flags & TRUN_SAMPLE_COMPOSITION_OFFSET) != 0) samples.composition_offsets.push_back({1, entry.next32()});
+}
+
+void append_run_samples(TrackRecord& track, FileReader& reader, const TrackRun& run, uint32_t entry_size) {
+    if (entry_size == 0) {
+        append_samples(track.samples, run.sample_count, track.default_sample_size);
+        return;
+    }
+    std::array<uint8_t, MAX_ENTRY_SIZE * ENTRIES_AT_ONCE> piece{};
+    for (uint32_t done = 0; done < run.sample_count; done += ENTRIES_AT_ONCE) {
+        const uint32_t count = std::min(run.sample_count - done, ENTRIES_AT_ONCE);
+        const std::span<uint8_t> bytes = std::span(piece).first(size_t{count} * entry_size);
+        read_payload_start(reader, static_cast<int64_t>(bytes.size()), bytes);
+        for (size_t at = 0; at < bytes.size(); at += entry_size)
+            append_run_sample(track, run.flags, {bytes.subspan(at, entry_size), 0});
+    }
+}
+
+// The run becomes a chunk of its own.
+void append_run(TrackRecord& track, FileReader& reader, const TrackRun& run, uint32_t entry_size) {
+    SampleTables& samples = track.samples;
+    if ((run.flags & TRUN_FIRST_SAMPLE_FLAGS) != 0 &&
+        (run.first_sample_flags & SAMPLE_DEPENDS_ON_MASK) == SAMPLE_IS_INDEPENDENT)
+        samples.sync_samples.push_back(static_cast<uint32_t>(samples.sample_count + 1));
+    samples.chunk_offsets.push_back(track.base_data_offset + static_cast<uint64_t>(int64_t{run.data_offset}));
+    samples.sample_to_chunk.push_back({static_cast<uint32_t>(samples.chunk_offsets.size()), run.sample_count,
+                                       track.default_sample_description_index});
+    if ((run.flags & TRUN_SAMPLE_DURATION) == 0) {
+        samples.time_to_sample.push_back({run.sample_count, track.default_sample_duration});
+        samples.media_duration += track.default_sample_duration * run.sample_count;
+    }
+    append_run_samples(track, reader, run, entry_size);
+}
+
+}  // namespace
+
+int read_moof(MediaContext& context, FileReader& reader, int64_t payload_size) {
+    context.moof_start = reader.position - 8;
+    return walk_container(context, reader, payload_size);
+}
+
+int read_mfhd(MediaContext& context, FileReader& reader, int64_t payload_size) {
+    std::array<uint8_t, 8> payload{};
+    read_payload_start(reader, payload_size, payload);
+    context.fragment_sequence_number = load_be32(payload, 4);
+    return 0;
+}
+
+int read_trex(MediaContext& context, FileReader& reader, int64_t payload_size) {
+    std::array<uint8_t, 20> payload{};
+    read_payload_start(reader, payload_size, payload);
+    TrackRecord* track = find_track(context, load_be32(payload, 4));
+    if (track == nullptr) return 0;
+    track->default_sample_description_index = load_be32(payload, 8);
+    track->default_sample_duration = load_be32(payload, 12);
+    track->default_sample_size = load_be32(payload, 16);
+    return 0;
+}
+
+// A default given here holds for the later fragments too, deliberately: there is one field for it.
+int read_tfhd(MediaContext& context, FileReader& reader, int64_t payload_size) {
+    std::array<uint8_t, 28> payload{};
+    read_payload_start(reader, payload_size, payload);
+    FieldReader fields = {payload};
+    const uint32_t flags = fields.next32() & 0xFFFFFF;
+    context.current_track = find_track(context, fields.next32());
+    uint64_t base_data_offset = context.moof_start;
+    uint32_t base_high = 0;
+    if ((flags & TFHD_BASE_DATA_OFFSET) != 0) {
+        base_high = fields.next32();
+        base_data_offset = fields.next32();
+    }
+    if (context.current_track != nullptr) {
+        TrackRecord& track = *context.current_track;
+        track.base_data_offset = base_data_offset;
+        if ((flags & TFHD_SAMPLE_DESCRIPTION_INDEX) != 0) track.default_sample_description_index = fields.next32();
+        if ((flags & TFHD_DEFAULT_SAMPLE_DURATION) != 0) track.default_sample_duration = fields.next32();
+        if ((flags & TFHD_DEFAULT_SAMPLE_SIZE) != 0) track.default_sample_size = fields.next32();
+    }
+    // Only the low half is kept, deliberately.
+    if (base_high != 0) return refuse_box(context, reader, "its base data offset is 4 GiB or more");
+    return 0;
+}
+
+int read_trun(MediaContext& context, FileReader& reader, int64_t payload_size) {
+    if (context.current_track == nullptr) return 0;
+    const TrackRun run = read_run_header(reader, payload_size);
+    const uint32_t entry_size = 4 * static_cast<uint32_t>(std::popcount(run.flags & TRUN_PER_SAMPLE_FIELDS));
+    const uint64_t size = uint64_t{run.sample_count} * entry_size;
+    if (payload_size < run.header_size || size > static_cast<uint64_t>(payload_size - run.header_size))
+        return refuse_box(context, reader, "its count does not fit its size");
+    if (!payload_in_file(context, reader, size)) return refuse_box(context, reader, "it runs past the end of the file");
+    try {
+        append_run(*context.current_track, reader, run, entry_size);
+    } catch (const std::bad_alloc&) {
+        return refuse_box(context, reader, "memory is short for its samples");
+    }
+    return 0;
+}

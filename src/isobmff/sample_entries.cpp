@@ -1,0 +1,118 @@
+#include "isobmff/sample_entries.h"
+
+#include <algorithm>
+#include <array>
+#include <span>
+#include <string_view>
+
+#include "bits/byte_order.h"
+#include "isobmff/box_reader.h"
+
+namespace {
+
+constexpr size_t STSD_HEADER_SIZE = 8;
+constexpr size_t VISUAL_ENTRY_SIZE = 78;
+constexpr size_t AUDIO_ENTRY_SIZE = 28;
+constexpr size_t METADATA_ENTRY_SIZE = 8;
+constexpr size_t METADATA_STRINGS_SIZE = 512;
+constexpr std::string_view METADATA_NAMESPACE = "urn:vexro:mobile-metadata";
+
+struct SampleFormat {
+    uint32_t type;
+    CodecKind codec_kind;
+    HdrVideoKind hdr_video_kind;
+    bool named_by_frma;  // a protected entry of this format keeps its kind
+};
+
+// Protected AC-3, E-AC-3 and AC-4 have no kind, deliberately: their samples cannot be analysed.
+constexpr SampleFormat SAMPLE_FORMATS[] = {
+    {fourcc("avc1"), CODEC_AVC1, HDR_NONE, true}, {fourcc("avc3"), CODEC_AVC3, HDR_NONE, true},
+    {fourcc("hev1"), CODEC_HEV1, HDR_NONE, true}, {fourcc("hvc1"), CODEC_HVC1, HDR_NONE, true},
+    {fourcc("s263"), CODEC_S263, HDR_NONE, true}, {fourcc("mp4a"), CODEC_AAC, HDR_NONE, true},
+    {fourcc("lmav"), CODEC_AVC3, HDR_LMAV, true}, {fourcc("lma1"), CODEC_AVC1, HDR_LMA1, true},
+    {fourcc("lmhe"), CODEC_HEV1, HDR_LMHE, true}, {fourcc("lmh1"), CODEC_HVC1, HDR_LMH1, true},
+    {fourcc("ac-3"), CODEC_AC3, HDR_NONE, false}, {fourcc("ec-3"), CODEC_EC3, HDR_NONE, false},
+    {fourcc("ac-4"), CODEC_AC4, HDR_NONE, false}, {fourcc("mlpa"), CODEC_MLPA, HDR_NONE, false},
+};
+
+const SampleFormat* find_format(uint32_t type) {
+    for (const SampleFormat& format : SAMPLE_FORMATS)
+        if (format.type == type) return &format;
+    return nullptr;
+}
+
+void set_kinds(TrackRecord& track, uint32_t type) {
+    if (type == fourcc("encv") || type == fourcc("enca")) {
+        track.encrypted = true;
+        return;
+    }
+    const SampleFormat* format = find_format(type);
+    if (format == nullptr) return;
+    track.codec_kind = format->codec_kind;
+    track.hdr_video_kind = format->hdr_video_kind;
+}
+
+// The text up to its terminating zero, removed from `strings`.
+std::string_view take_string(std::string_view& strings) {
+    const std::string_view text = strings.substr(0, strings.find('\0'));
+    strings.remove_prefix(std::min(text.size() + 1, strings.size()));
+    return text;
+}
+
+}  // namespace
+
+int read_stsd(MediaContext& context, FileReader& reader, int64_t payload_size) {
+    if (context.current_track == nullptr) return 0;
+    std::array<uint8_t, STSD_HEADER_SIZE> header{};
+    read_payload_start(reader, payload_size, header);
+    if (load_be32(header, 4) != 1)
+        return refuse_box(context, reader, "it does not hold exactly one sample description");
+    return walk_container(context, reader, payload_size - static_cast<int64_t>(header.size()));
+}
+
+int read_visual_sample_entry(MediaContext& context, FileReader& reader, int64_t payload_size) {
+    if (context.current_track == nullptr) return 0;
+    TrackRecord& track = *context.current_track;
+    std::array<uint8_t, VISUAL_ENTRY_SIZE> entry{};
+    read_payload_start(reader, payload_size, entry);
+    set_kinds(track, context.box.type);
+    track.width = load_be16(entry, 24);
+    track.height = load_be16(entry, 26);
+    return walk_container(context, reader, payload_size - static_cast<int64_t>(entry.size()));
+}
+
+int read_audio_sample_entry(MediaContext& context, FileReader& reader, int64_t payload_size) {
+    if (context.current_track == nullptr) return 0;
+    TrackRecord& track = *context.current_track;
+    std::array<uint8_t, AUDIO_ENTRY_SIZE> entry{};
+    read_payload_start(reader, payload_size, entry);
+    set_kinds(track, context.box.type);
+    track.channel_count = load_be16(entry, 16);
+    track.samplesize = load_be16(entry, 18);
+    track.samplerate = load_be16(entry, 24);
+    return walk_container(context, reader, payload_size - static_cast<int64_t>(entry.size()));
+}
+
+int read_frma(MediaContext& context, FileReader& reader, int64_t payload_size) {
+    if (context.current_track == nullptr) return 0;
+    std::array<uint8_t, 4> data_format{};
+    read_payload_start(reader, payload_size, data_format);
+    const SampleFormat* format = find_format(load_be32(data_format, 0));
+    if (format == nullptr || !format->named_by_frma) return 0;
+    context.current_track->codec_kind = format->codec_kind;
+    context.current_track->hdr_video_kind = format->hdr_video_kind;
+    return 0;
+}
+
+// ISO/IEC 14496-12, 12.3.3: content_encoding, namespace, schema_location.
+int read_metx(MediaContext& context, FileReader& reader, int64_t payload_size) {
+    if (context.current_track == nullptr) return 0;
+    std::array<uint8_t, METADATA_ENTRY_SIZE + METADATA_STRINGS_SIZE> payload{};
+    read_payload_start(reader, payload_size, payload);
+    std::string_view strings(reinterpret_cast<const char*>(payload.data()), payload.size());
+    strings.remove_prefix(METADATA_ENTRY_SIZE);
+    take_string(strings);
+    context.current_track->codec_kind =
+        take_string(strings) == METADATA_NAMESPACE ? CODEC_TIMED_METADATA : CODEC_UNKNOWN;
+    return 0;
+}

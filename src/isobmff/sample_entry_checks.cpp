@@ -1,0 +1,123 @@
+#include "isobmff/sample_entry_checks.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "ac4/ac4_dsi.h"
+#include "bits/report.h"
+#include "isobmff/video_samples.h"
+
+namespace {
+
+// The search runs from the short text to the long one, deliberately: a CODECS value that lists more is not found in it.
+bool codecs_lie_within(const std::string& codecs, const std::string& text) {
+    return text.find(codecs) != std::string::npos;
+}
+
+bool channels_equal(const std::string& channels, uint32_t count) {
+    return std::strtoll(channels.c_str(), nullptr, 10) == count;
+}
+
+int check_aac_entry(const std::string& codecs) {
+    if (codecs_contain(codecs, "mp4a")) return 0;
+    std::printf(
+        "[SV]   : ERROR: Mismatch in the codecs attribute value between the AACSampleEntry and the CODECS string in the master manifest.\n");
+    return SEGMENT_FINDING;
+}
+
+int check_ac3_entry(const std::string& codecs) {
+    if (codecs_lie_within(codecs, "ac-3")) return 0;
+    std::printf(
+        "[SV]   : ERROR: Mismatch in the codecs attribute value between the AC3SampleEntry and the CODECS string in the master manifest.\n");
+    return SEGMENT_FINDING;
+}
+
+int check_ec3_channels(const TrackRecord& track, const std::string& channels) {
+    const bool objects = track.ec3.flag_ec3_extension_type_a != 0;
+    if (objects ? channels == "16/JOC" : channels_equal(channels, track.channel_count)) return 0;
+    std::printf(
+        "[SV]   : ERROR: Mismatch in the channels attribute value between the Representation 0 element in the EC3SampleEntry and the CHANNELS string in the master manifest.\n");
+    if (objects) std::printf("[SV]   : ERROR: CHANNELS attribute should be \"16/JOC\"\n");
+    return SEGMENT_FINDING;
+}
+
+int check_ec3_entry(const TrackRecord& track, const std::string& codecs, const std::optional<std::string>& channels) {
+    int status = 0;
+    if (!codecs_lie_within(codecs, "ec-3")) {
+        std::printf(
+            "[SV]   : ERROR: Mismatch in the codecs attribute value between the EC3SampleEntry and the CODECS string in the master manifest.\n");
+        status = SEGMENT_FINDING;
+    }
+    if (channels) status |= check_ec3_channels(track, *channels);
+    return status;
+}
+
+int check_ac4_entry(const TrackRecord& track, const std::string& codecs, const std::optional<std::string>& channels,
+                    const std::string& path) {
+    int status = 0;
+    if (!codecs_contain(codecs, "ac-4")) {
+        report_reason(path, "track %d is AC-4, but CODECS names no ac-4", static_cast<int32_t>(track.track_ID));
+        status = SEGMENT_FINDING;
+    }
+    Ac4Dsi dsi;
+    if (track.config) read_dac4(*track.config, dsi);
+    if (!codecs_lie_within(codecs, ac4_dsi_codec_string(dsi))) {
+        std::printf(
+            "[SV]   : ERROR: Mismatch in the codecs attribute value between the Representation 0 element in the AC4SampleEntry and the CODECS string in the master manifest.\n");
+        status = SEGMENT_FINDING;
+    }
+    const uint32_t channel_count = ac4_dsi_channel_count(dsi);
+    if (channels && channel_count != 0 && !channels_equal(*channels, channel_count)) {
+        std::printf(
+            "[SV]   : ERROR: Mismatch in the channels attribute value between the Representation 0 element in the AC4SampleEntry and the CHANNELS string in the master manifest.\n");
+        status = SEGMENT_FINDING;
+    }
+    return status;
+}
+
+int check_hevc_entry(const std::string& codecs) {
+    for (const char* name : {"hvc1", "hev1", "lmhe", "lmh1"})
+        if (codecs_contain(codecs, name)) return 0;
+    std::printf(
+        "[SV]   : ERROR: Mismatch in the codecs attribute value between the HEVC SampleEntry and the CODECS string in the master manifest.\n");
+    return SEGMENT_FINDING;
+}
+
+int check_avc_entry(const std::string& codecs) {
+    for (const char* name : {"avc1", "avc3", "lmav", "lma1"})
+        if (codecs_contain(codecs, name)) return 0;
+    std::printf(
+        "[SV]   : ERROR: Mismatch in the codecs attribute value between the AVC SampleEntry and the CODECS string in the master manifest.\n");
+    return SEGMENT_FINDING;
+}
+
+}  // namespace
+
+const std::string* playlist_codecs(const MediaContext& context) {
+    return context.attrs && !context.attrs->codecs.empty() ? &context.attrs->codecs : nullptr;
+}
+
+bool codecs_contain(const std::string& codecs, const std::string& name) {
+    return codecs.find(name) != std::string::npos;
+}
+
+int check_sample_entry(const MediaContext& context, const TrackRecord& track, const std::string& path) {
+    const std::string* codecs = playlist_codecs(context);
+    if (codecs == nullptr) return 0;
+    const std::optional<std::string>& channels = context.attrs->channels;
+    if (is_hevc(track)) return check_hevc_entry(*codecs);
+    if (is_avc(track)) return check_avc_entry(*codecs);
+    switch (track.codec_kind) {
+        case CODEC_AAC:
+            return check_aac_entry(*codecs);
+        case CODEC_AC3:
+            return check_ac3_entry(*codecs);
+        case CODEC_EC3:
+            return check_ec3_entry(track, *codecs, channels);
+        case CODEC_AC4:
+            return check_ac4_entry(track, *codecs, channels, path);
+        default:
+            return 0;
+    }
+}

@@ -1,0 +1,154 @@
+#include "isobmff/sample_extraction.h"
+
+#include <algorithm>
+#include <cinttypes>
+#include <span>
+#include <vector>
+
+#include "bits/report.h"
+#include "isobmff/audio_sample_checks.h"
+#include "isobmff/sample_tables.h"
+#include "isobmff/track_output.h"
+#include "isobmff/video_samples.h"
+
+namespace {
+
+// Samples of a chunk are read together up to this size; a larger sample alone.
+constexpr uint32_t GROUP_SIZE = 0x100000;
+constexpr size_t GROUP_SAMPLES = 0x4000;
+
+// Work beside the bytes of the samples (see MediaContext::work_left).
+constexpr uint64_t SAMPLE_WORK = 1;
+constexpr uint64_t ANALYSIS_WORK = 256;
+
+// Samples that lie one behind the other.
+struct SampleGroup {
+    std::vector<uint32_t> sizes;
+    uint32_t bytes = 0;
+    bool cut = false;  // the sample behind them is not there
+};
+
+struct Extraction {
+    MediaContext& context;
+    FileReader& reader;
+    TrackRecord& track;
+    SampleCursor cursor;
+    SampleGroup group;
+    bool first_sample = true;
+};
+
+// Whether `size` bytes can be read from the reader's position.
+bool can_deliver(const MediaContext& context, const FileReader& reader, uint64_t size) {
+    if (size == 0) return true;
+    if (reader.position >= context.file_size || size > context.file_size - reader.position) return false;
+    return !reader.limited || (reader.remaining > 0 && size <= static_cast<uint64_t>(reader.remaining));
+}
+
+// Takes samples of the current chunk, of which it has `left` more.
+void gather_group(Extraction& extraction, uint32_t& left) {
+    SampleGroup& group = extraction.group;
+    const SampleTables& samples = extraction.track.samples;
+    group.sizes.clear();
+    group.bytes = 0;
+    uint32_t size = 0;
+    while (left > 0 && group.sizes.size() < GROUP_SAMPLES && sample_size(samples, extraction.cursor, size)) {
+        const uint64_t bytes = uint64_t{group.bytes} + size;
+        if (!group.sizes.empty() && bytes > GROUP_SIZE) break;
+        group.cut = !can_deliver(extraction.context, extraction.reader, bytes);
+        if (group.cut) break;
+        group.sizes.push_back(size);
+        group.bytes = static_cast<uint32_t>(bytes);
+        next_sample(samples, extraction.cursor);
+        --left;
+    }
+}
+
+int handle_group(Extraction& extraction, std::span<uint8_t> bytes) {
+    TrackRecord& track = extraction.track;
+    const std::vector<uint32_t>& sizes = extraction.group.sizes;
+    if (is_avc(track) || is_hevc(track)) return write_video_samples(extraction.context, track, bytes, sizes);
+    int status = 0;
+    if (is_analyzed_audio(track)) {
+        size_t begin = 0;
+        for (const uint32_t size : sizes) {
+            status |= check_audio_sample(track, bytes.subspan(begin, size), extraction.first_sample);
+            extraction.first_sample = false;
+            begin += size;
+        }
+    }
+    return status | write_sample_data(track.output, bytes);
+}
+
+// The work that the group means; false when that is beyond the limit.
+bool spend_group_work(Extraction& extraction) {
+    const uint64_t per_sample = is_analyzed_audio(extraction.track) ? ANALYSIS_WORK : SAMPLE_WORK;
+    spend_work(extraction.context, extraction.group.bytes + per_sample * extraction.group.sizes.size());
+    return work_remains(extraction.context);
+}
+
+// Reads and handles the group; false when the track's extraction ends here.
+bool extract_group(Extraction& extraction, int& status) {
+    FileReader& reader = extraction.reader;
+    std::vector<uint8_t>& buffer = extraction.context.sample_buffer;
+    if (buffer.size() < std::max(extraction.group.bytes, GROUP_SIZE))
+        buffer.resize(std::max(extraction.group.bytes, GROUP_SIZE));
+    const std::span<uint8_t> bytes = std::span(buffer).first(extraction.group.bytes);
+    if (spend_group_work(extraction) && reader_read(bytes.data(), extraction.group.bytes, reader) == bytes.size()) {
+        status |= handle_group(extraction, bytes);
+        if (!extraction.group.cut && work_remains(extraction.context)) return true;
+    }
+    status |= SEGMENT_FINDING;
+    if (!work_remains(extraction.context))
+        report_reason(reader.path, "the samples claim many times the data that the file holds; track %d is not read on",
+                      static_cast<int32_t>(extraction.track.track_ID));
+    else
+        report_reason(reader.path,
+                      "track %d: the sample at byte %" PRIu64 " is not wholly inside the file or byte range",
+                      static_cast<int32_t>(extraction.track.track_ID), reader.position);
+    return false;
+}
+
+// Moves to a chunk. A place far behind everything readable is cut down: the seek to it would fail.
+void seek_chunk(Extraction& extraction, uint64_t offset) {
+    FileReader& reader = extraction.reader;
+    uint64_t readable = extraction.context.file_size;
+    if (reader.limited && reader.remaining > 0)
+        readable = std::max(readable, reader.position + static_cast<uint64_t>(reader.remaining));
+    offset = std::min(offset, readable + 1);
+    if (offset == reader.position) return;
+    const uint64_t buffer_start = reader.position - reader.cursor;
+    if (offset < buffer_start || offset >= buffer_start + reader.valid)
+        spend_work(extraction.context, READER_CHUNK_SIZE);
+    reader_skip(static_cast<int64_t>(offset - reader.position), reader);
+}
+
+}  // namespace
+
+void restart_reader(const MediaContext& context, FileReader& reader) {
+    if (reader.limited) reader.remaining = static_cast<int64_t>(context.range_length);
+    const uint64_t buffer_start = reader.position - reader.cursor;
+    if (reader.start_offset < buffer_start || reader.start_offset >= buffer_start + reader.valid) {
+        reader_start(reader);
+        return;
+    }
+    reader.cursor = static_cast<uint32_t>(reader.start_offset - buffer_start);
+    reader.position = reader.start_offset;
+}
+
+int extract_samples(MediaContext& context, FileReader& reader, TrackRecord& track) {
+    restart_reader(context, reader);
+    Extraction extraction = {context, reader, track, {}, {}};
+    const SampleTables& samples = track.samples;
+    int status = 0;
+    for (const uint64_t offset : samples.chunk_offsets) {
+        uint32_t left = samples_in_chunk(samples, extraction.cursor);
+        uint32_t size = 0;
+        if (left > 0 && sample_size(samples, extraction.cursor, size)) seek_chunk(extraction, offset);
+        while (left > 0 && sample_size(samples, extraction.cursor, size)) {
+            gather_group(extraction, left);
+            if (!extract_group(extraction, status)) return status;
+        }
+        ++extraction.cursor.chunk;
+    }
+    return status;
+}

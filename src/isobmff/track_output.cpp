@@ -1,0 +1,70 @@
+#include "isobmff/track_output.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "bits/report.h"
+
+namespace {
+
+const char* codec_extension(CodecKind kind) {
+    switch (kind) {
+        case CODEC_AAC:
+            return ".aac";
+        case CODEC_AVC1:
+        case CODEC_AVC3:
+            return ".264";
+        case CODEC_AC3:
+            return ".ac3";
+        case CODEC_EC3:
+            return ".ec3";
+        case CODEC_HEV1:
+        case CODEC_HVC1:
+            return ".265";
+        case CODEC_AC4:
+            return ".ac4";
+        default:
+            return ".data";
+    }
+}
+
+std::string track_suffix(const MediaContext& context, const TrackRecord& track) {
+    // The number is printed as a signed one, deliberately.
+    const auto id = static_cast<int32_t>(track.track_ID);
+    return "_" + context.init_stem + "_track_id_" + std::to_string(id) + codec_extension(track.codec_kind);
+}
+
+}  // namespace
+
+int open_track_output(const MediaContext& context, TrackRecord& track) {
+    if (!context.output_dir || track.output.opened) return 0;
+    const std::string path = output_path(*context.output_dir, context.stem, track_suffix(context, track));
+    if (output_open(track.output.file, path, "wb") != 0) {
+        report_reason(path, "the track's file cannot be opened: %s", std::strerror(errno));
+        return SEGMENT_FINDING;
+    }
+    track.output.opened = true;
+    return 0;
+}
+
+WriteResult write_track_output(TrackOutput& output, std::span<const uint8_t> bytes) {
+    const bool failed_before = output.file.failed;
+    if (output_write(output.file, bytes) == 0) return WRITE_DONE;
+    return failed_before ? WRITE_FAILED_AGAIN : WRITE_FAILED;
+}
+
+int write_sample_data(TrackOutput& output, std::span<const uint8_t> bytes) {
+    const WriteResult result = write_track_output(output, bytes);
+    if (result == WRITE_FAILED)
+        std::printf("[SV]   : Failed to fwrite %ld bytes to file\n", static_cast<long>(bytes.size()));
+    return result == WRITE_DONE ? 0 : SEGMENT_FINDING;
+}
+
+int close_track_output(TrackOutput& output) {
+    const bool failed_before = output.file.failed;
+    if (output_close(output.file) == 0) return 0;
+    if (!failed_before) report_reason(output.file.path, "data could not be written when the file was closed");
+    return SEGMENT_FINDING;
+}

@@ -1,0 +1,137 @@
+#include "isobmff/video_samples.h"
+
+#include <algorithm>
+#include <array>
+#include <cinttypes>
+#include <cstdio>
+#include <vector>
+
+#include "bits/byte_order.h"
+#include "isobmff/track_output.h"
+
+namespace {
+
+constexpr std::array<uint8_t, 4> START_CODE = {0, 0, 0, 1};
+
+// ISO/IEC 14496-10, table 7-1.
+constexpr uint32_t AVC_IDR_SLICE = 5;
+// ISO/IEC 23008-2, table 7-1, and the unspecified types that carry Lumora's layers.
+constexpr uint32_t HEVC_IDR_W_RADL = 19;
+constexpr uint32_t HEVC_LUMORA_RPU = 62;
+constexpr uint32_t HEVC_LUMORA_EL = 63;
+
+// Units with four-byte length fields that lie one behind the other become one piece of the output, in place.
+struct ByteStreamWriter {
+    MediaContext& context;
+    TrackRecord& track;
+    std::span<uint8_t> bytes;
+    size_t piece_begin = 0;  // the piece that is not yet written
+    size_t piece_end = 0;
+    int status = 0;
+};
+
+void flush_piece(ByteStreamWriter& writer) {
+    const size_t size = writer.piece_end - writer.piece_begin;
+    if (size > 0)
+        writer.status |= write_sample_data(writer.track.output, writer.bytes.subspan(writer.piece_begin, size));
+    writer.piece_begin = writer.piece_end;
+}
+
+void write_start_code(ByteStreamWriter& writer) {
+    const WriteResult result = write_track_output(writer.track.output, START_CODE);
+    if (result == WRITE_FAILED) {
+        if (is_hevc(writer.track))
+            std::printf("[SV]   : Failed to fwrite NAL header to out file\n");
+        else
+            std::printf("[SV]   : Failed to write 4 bytes to output file\n");
+    }
+    if (result != WRITE_DONE) writer.status |= SEGMENT_FINDING;
+}
+
+WriteResult write_parameter_set(ByteStreamWriter& writer, const ParameterSet& set) {
+    spend_work(writer.context, START_CODE.size() + set.size);
+    write_start_code(writer);
+    const std::span<const uint8_t> payload(writer.track.video.payload);
+    const WriteResult result = write_track_output(writer.track.output, payload.subspan(set.offset, set.size));
+    if (result != WRITE_DONE) writer.status |= SEGMENT_FINDING;
+    return result;
+}
+
+void write_parameter_sets(ByteStreamWriter& writer) {
+    flush_piece(writer);
+    const VideoConfiguration& video = writer.track.video;
+    for (const ParameterSet& set : video.vps)
+        if (write_parameter_set(writer, set) == WRITE_FAILED)
+            std::printf("[SV]   : Failed to fwrite %zu bytes VPS to out file\n", set.size);
+    for (const ParameterSet& set : video.sps)
+        if (write_parameter_set(writer, set) == WRITE_FAILED)
+            std::printf("[SV]   : Failed to fwrite %zu bytes SPS to out file\n", set.size);
+    for (const ParameterSet& set : video.pps)
+        if (write_parameter_set(writer, set) == WRITE_FAILED)
+            std::printf("[SV]   : Failed to fwrite %zu bytes PPS to out file\n", set.size);
+    writer.track.output.parameter_sets_written = true;
+}
+
+// A unit of `size` bytes at `begin`, behind a length field of `length_size` bytes.
+void write_unit(ByteStreamWriter& writer, size_t begin, size_t size, size_t length_size) {
+    const bool hevc = is_hevc(writer.track);
+    const uint32_t header = writer.bytes[begin];
+    const uint32_t nal_unit_type = hevc ? header >> 1 & 63 : header & 31;
+    if (hevc && writer.track.lumora && writer.track.lumora->el_present) {
+        writer.track.el_seen |= nal_unit_type == HEVC_LUMORA_EL;
+        writer.track.rpu_seen |= nal_unit_type == HEVC_LUMORA_RPU;
+    }
+    // Of the H.265 pictures where a stream can start only IDR_W_RADL, deliberately.
+    const bool starts_stream = nal_unit_type == (hevc ? HEVC_IDR_W_RADL : AVC_IDR_SLICE);
+    if (starts_stream || !writer.track.output.parameter_sets_written) write_parameter_sets(writer);
+    if (length_size != START_CODE.size()) {
+        write_start_code(writer);
+        writer.status |= write_sample_data(writer.track.output, writer.bytes.subspan(begin, size));
+        return;
+    }
+    const size_t start_code = begin - START_CODE.size();
+    if (start_code != writer.piece_end) {
+        flush_piece(writer);
+        writer.piece_begin = start_code;
+    }
+    std::copy(START_CODE.begin(), START_CODE.end(), writer.bytes.begin() + static_cast<ptrdiff_t>(start_code));
+    writer.piece_end = begin + size;
+}
+
+// The sample [begin, end) of the writer's bytes. Empty units, and a rest too short for a length field, are passed over.
+void write_sample(ByteStreamWriter& writer, size_t begin, size_t end) {
+    const size_t length_size = writer.track.video.length_size_minus_one + 1;
+    while (end - begin >= length_size && work_remains(writer.context)) {
+        size_t size = load_be(writer.bytes.subspan(begin, length_size), 0, length_size);
+        begin += length_size;
+        if (size > end - begin) {
+            std::printf("[SV]   : NAL size (%zu) exceeds remaining data (%zu bytes)\n", size, end - begin);
+            writer.status |= SEGMENT_FINDING;
+            size = end - begin;
+        }
+        if (size > 0) write_unit(writer, begin, size, length_size);
+        begin += size;
+    }
+}
+
+}  // namespace
+
+bool is_avc(const TrackRecord& track) {
+    return track.codec_kind == CODEC_AVC1 || track.codec_kind == CODEC_AVC3;
+}
+
+bool is_hevc(const TrackRecord& track) {
+    return track.codec_kind == CODEC_HEV1 || track.codec_kind == CODEC_HVC1;
+}
+
+int write_video_samples(MediaContext& context, TrackRecord& track, std::span<uint8_t> bytes,
+                        std::span<const uint32_t> sample_sizes) {
+    ByteStreamWriter writer = {context, track, bytes};
+    size_t begin = 0;
+    for (const uint32_t size : sample_sizes) {
+        write_sample(writer, begin, begin + size);
+        begin += size;
+    }
+    flush_piece(writer);
+    return writer.status;
+}
