@@ -123,6 +123,12 @@ int check_objects(const Eac3DescriptorFields& descriptor, const ZtpStreamSummary
 
 }  // namespace
 
+int compare_eac3_descriptor(const Eac3DescriptorFields& descriptor, const ZtpStreamSummary& summary) {
+    if (check_programs(descriptor, summary) != 0) return 11;
+    if (check_channels(descriptor, summary.programs[0].independent.acmod) != 0) return 11;
+    return check_objects(descriptor, summary);
+}
+
 int check_eac3_pes(const Eac3DescriptorFields& descriptor, const PesCheckInput& pes, TsAudioStream& stream) {
     if (!stream.analyzer) stream.analyzer.reset(ztpinfo_open());
     ZtpStreamSummary summary;
@@ -137,7 +143,5 @@ int check_eac3_pes(const Eac3DescriptorFields& descriptor, const PesCheckInput& 
         stream.frames_in_pes = summary.frameset_count;
         stream.frame_ticks = EAC3_FRAMESET_TICKS;
     }
-    if (check_programs(descriptor, summary) != 0) return 11;
-    if (check_channels(descriptor, summary.programs[0].independent.acmod) != 0) return 11;
-    return check_objects(descriptor, summary);
+    return compare_eac3_descriptor(descriptor, summary);
 }

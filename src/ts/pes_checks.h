@@ -26,6 +26,10 @@ struct PesCheckInput {
 [[nodiscard]] int check_eac3_pes(const Eac3DescriptorFields& descriptor, const PesCheckInput& pes,
                                  TsAudioStream& stream);
 
+// What the analyzer found in the payload against the descriptor: programs, channels, object audio. Returns 0, or 11 at
+// the first finding (printed).
+[[nodiscard]] int compare_eac3_descriptor(const Eac3DescriptorFields& descriptor, const ZtpStreamSummary& summary);
+
 // AC-4: walks the sync frames of the payload (ETSI TS 103 190-2, annex C) and compares their tables of contents with
 // the playlist. Returns 0, 5 when a frame cannot be read (the reason goes to standard error), 11 after a finding.
 [[nodiscard]] int check_ac4_pes(const PesCheckInput& pes, TsAudioStream& stream, const TsStreamTable& table,
