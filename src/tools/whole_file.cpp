@@ -52,7 +52,7 @@ int read_whole_file(const std::string& path, std::vector<uint8_t>& bytes) {
     bytes.resize(std::max(FIRST_READ, regular ? static_cast<size_t>(status.st_size) + 1 : 0));
     size_t filled = 0;
     for (;;) {
-        if (filled == bytes.size()) bytes.resize(2 * filled);
+        if (filled == bytes.size()) bytes.resize(std::min<uint64_t>(2 * filled, FILE_SIZE_LIMIT));
         const ssize_t got = read(file.descriptor, bytes.data() + filled, bytes.size() - filled);
         if (got < 0 && errno == EINTR) continue;
         if (got < 0) return report_failure(path, std::strerror(errno));

@@ -117,14 +117,13 @@ TEST(InfoPrinter, ProgramsAndSubstreams) {
     timeslice.programs[0].independent.frame.convsync = 0;
     timeslice.programs[0].data_rate_kbps = 1536.0F;
     ProgramRecord& second = timeslice.programs[3];
-    second = {.num_dep_substreams = 2,
-              .full_band_channels = 9,
-              .lfe_channels = 1,
-              .locations = 0xFA01,
-              .blocks_per_frame = 3,
-              .words_between_syncs = 640,
-              .data_rate_kbps = 639.92F,
-              .crc_status = CRC_PARTIAL_FRAME_ERROR};
+    second.num_dep_substreams = 2;
+    second.full_band_channels = 9;
+    second.lfe_channels = 1;
+    second.locations = 0xFA01;
+    second.words_between_syncs = 640;
+    second.data_rate_kbps = 639.92F;
+    second.crc_status = CRC_PARTIAL_FRAME_ERROR;
     second.independent = {.present = true, .frame = independent};
     second.dependent[0] = {.present = true, .frame = dependent};
     dependent.crc_status = CRC_PARTIAL_FRAME_ERROR;
@@ -134,7 +133,7 @@ TEST(InfoPrinter, ProgramsAndSubstreams) {
     tails[3].dependent[2] = tails[3].dependent[0];
 
     std::string text;
-    for (const uint16_t options : {0x0002, 0x0004, 0x0008, 0x0600, 0x0051})
+    for (const uint16_t options : std::vector<uint16_t>{0x0002, 0x0004, 0x0008, 0x0600, 0x0051})
         text +=
             "== " + std::to_string(options) + "\n" + printed_by([&] { print_timeslice(timeslice, &tails, options); });
     expect_golden("golden/programs.txt", text);
