@@ -37,13 +37,14 @@ std::string_view trim_right(std::string_view text) {
 void parse_attribute_list(std::string_view list, std::span<const AttributeSlot> slots) {
     for (size_t start = 0, end = 0; start < list.size(); start = end + 1) {
         end = end_of_piece(list, start);
-        const size_t equals = list.find('=', start);
-        if (equals >= end) continue;
-        std::string_view name = trim_right(list.substr(start, equals - start));
+        const std::string_view piece = list.substr(start, end - start);
+        const size_t equals = piece.find('=');
+        if (equals == std::string_view::npos) continue;
+        std::string_view name = trim_right(piece.substr(0, equals));
         name.remove_prefix(std::min(name.find_first_not_of(" \t\r\n"), name.size()));
         const auto slot = std::find_if(slots.begin(), slots.end(), [&](const auto& s) { return s.name == name; });
         if (slot == slots.end()) continue;
-        const size_t value = equals + 1;
+        const size_t value = start + equals + 1;
         if (slot->form == AttributeForm::CODECS) {
             while (end < list.size() && !is_closed(list.substr(value, end - value))) end = end_of_piece(list, end + 1);
         }

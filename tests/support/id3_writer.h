@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "support/bit_writer.h"
+
+// The ID3 tag in front of packed audio; what a test sets wrong stands as it is.
+struct Id3Tag {
+    uint64_t timestamp = 1;
+    std::string frame_id = "PRIV";
+    std::string owner = std::string("com.apple.streaming.transportStreamTimestamp") + '\0';
+    size_t padding = 0;                 // bytes behind the timestamp, inside the tag
+    std::optional<uint32_t> size = {};  // else what the body takes
+};
+
+// Tag and payload as a packed audio segment.
+inline std::vector<uint8_t> packed_segment(const Id3Tag& tag, std::span<const uint8_t> payload) {
+    BitWriter body;
+    body.put_text(tag.frame_id);
+    body.put(48, 0);  // frame size and flags
+    body.put_text(tag.owner);
+    body.put(64, tag.timestamp);
+    body.put_bytes(std::vector<uint8_t>(tag.padding));
+    BitWriter segment;
+    segment.put_text("ID3");
+    segment.put(24, 0x040000);  // version, flags
+    segment.put(32, tag.size.value_or(static_cast<uint32_t>(body.bytes.size())));
+    segment.put_bytes(body.bytes);
+    segment.put_bytes(payload);
+    return segment.bytes;
+}
