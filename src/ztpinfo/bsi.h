@@ -8,6 +8,15 @@
 // follows from its ...e flag or from the condition of the syntax (the has_... functions below). Every field is 16 bits
 // wide so that the records have no padding and can be compared as one block.
 
+// Values of strmtyp (ETSI TS 102 366, table E.1.1).
+constexpr uint16_t STRMTYP_INDEPENDENT = 0;
+constexpr uint16_t STRMTYP_DEPENDENT = 1;
+constexpr uint16_t STRMTYP_TRANSCODED = 2;
+constexpr uint16_t STRMTYP_RESERVED = 3;
+
+// numblkscod of a frame of six blocks; no other value needs a name.
+constexpr uint16_t NUMBLKSCOD_SIX_BLOCKS = 3;
+
 // ETSI TS 102 366, 4.3.1 (syncinfo) and 4.3.2 (bsi); Annex D for bsid 6.
 struct Ac3Bsi {
     uint16_t syncword;

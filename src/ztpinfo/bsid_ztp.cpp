@@ -8,13 +8,6 @@ namespace {
 
 constexpr const char* SOURCE = "bsid_ztp";
 
-// strmtyp, ETSI TS 102 366, table E.1.1
-constexpr uint32_t INDEPENDENT = 0;
-constexpr uint32_t DEPENDENT = 1;
-constexpr uint32_t TRANSCODED = 2;
-
-constexpr uint32_t SIX_BLOCKS = 3;  // numblkscod
-
 void read_premix(WordCursor& cursor, Eac3Bsi& bsi) {
     bsi.premixcmpsel = cursor.read(1);
     bsi.drcsrc = cursor.read(1);
@@ -118,7 +111,7 @@ void read_mixing_metadata(WordCursor& cursor, Eac3Bsi& bsi) {
         bsi.lfemixlevcode = cursor.read(1);
         if (bsi.lfemixlevcode != 0) bsi.lfemixlevcod = cursor.read(5);
     }
-    if (bsi.strmtyp == INDEPENDENT) read_program_mixing(cursor, bsi);
+    if (bsi.strmtyp == STRMTYP_INDEPENDENT) read_program_mixing(cursor, bsi);
 }
 
 void read_informational_metadata(WordCursor& cursor, Eac3Bsi& bsi) {
@@ -149,9 +142,9 @@ void read_informational_metadata(WordCursor& cursor, Eac3Bsi& bsi) {
 
 // The fields that tie a substream to AC-3 frames: a converter's alignment, or the frame that was transcoded.
 void read_conversion_fields(WordCursor& cursor, Eac3Bsi& bsi) {
-    if (bsi.strmtyp == INDEPENDENT && bsi.numblkscod != SIX_BLOCKS) bsi.convsync = cursor.read(1);
-    if (bsi.strmtyp == TRANSCODED) {
-        bsi.blkid = bsi.numblkscod == SIX_BLOCKS ? uint16_t{1} : cursor.read(1);
+    if (bsi.strmtyp == STRMTYP_INDEPENDENT && bsi.numblkscod != NUMBLKSCOD_SIX_BLOCKS) bsi.convsync = cursor.read(1);
+    if (bsi.strmtyp == STRMTYP_TRANSCODED) {
+        bsi.blkid = bsi.numblkscod == NUMBLKSCOD_SIX_BLOCKS ? uint16_t{1} : cursor.read(1);
         if (bsi.blkid != 0) bsi.frmsizecod = cursor.read(6);
     }
 }
@@ -202,7 +195,7 @@ int unpack_ac3_frame_words(WordCursor& cursor, uint32_t& frame_words) {
 }  // namespace
 
 uint16_t eac3_blocks(uint32_t numblkscod) {
-    return static_cast<uint16_t>(numblkscod < SIX_BLOCKS ? numblkscod + 1 : 6);
+    return static_cast<uint16_t>(numblkscod < NUMBLKSCOD_SIX_BLOCKS ? numblkscod + 1 : 6);
 }
 
 int unpack_frame_words(std::span<const uint16_t> words, uint32_t& frame_words) {
@@ -234,7 +227,7 @@ int unpack_eac3_bsi(std::span<const uint16_t> words, Eac3Bsi& bsi) {
         bsi.compr2e = cursor.read(1);
         if (bsi.compr2e != 0) bsi.compr2 = cursor.read(8);
     }
-    if (bsi.strmtyp == DEPENDENT) {
+    if (bsi.strmtyp == STRMTYP_DEPENDENT) {
         bsi.chanmape = cursor.read(1);
         if (bsi.chanmape != 0) bsi.chanmap = cursor.read(16);
     }

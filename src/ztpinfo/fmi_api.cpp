@@ -42,7 +42,8 @@ void set_common(FrameInfo& frame, const Eac3Bsi& bsi) {
     frame.lfeon = bsi.lfeon;
     frame.bsmod = bsi.bsmod;
     frame.chanmap = bsi.chanmap;
-    frame.convsync = bsi.strmtyp == 0 && bsi.numblkscod != 3 ? bsi.convsync : CONVSYNC_ABSENT;
+    frame.convsync =
+        bsi.strmtyp == STRMTYP_INDEPENDENT && bsi.numblkscod != NUMBLKSCOD_SIX_BLOCKS ? bsi.convsync : CONVSYNC_ABSENT;
     frame.double_rate = bsi.sourcefscod;
     frame.blocks_per_frame = eac3_blocks(bsi.numblkscod);
 }

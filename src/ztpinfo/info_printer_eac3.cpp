@@ -9,11 +9,6 @@
 
 namespace {
 
-constexpr uint16_t STRMTYP_INDEPENDENT = 0;
-constexpr uint16_t STRMTYP_DEPENDENT = 1;
-constexpr uint16_t STRMTYP_TRANSCODED = 2;
-constexpr uint16_t NUMBLKSCOD_6_BLOCKS = 3;
-
 void print_header(const Eac3Bsi& bsi, const char* end) {
     print_field("syncword", bsi.syncword, end);
     print_named("strmtyp", bsi.strmtyp, "Stream type: ", STRMTYP_NAMES, end);
@@ -236,7 +231,7 @@ void print_informational(const Eac3Bsi& bsi, const char* end) {
 }
 
 void print_conversion(const Eac3Bsi& bsi, const char* end) {
-    const bool six_blocks = bsi.numblkscod == NUMBLKSCOD_6_BLOCKS;
+    const bool six_blocks = bsi.numblkscod == NUMBLKSCOD_SIX_BLOCKS;
     if (bsi.strmtyp == STRMTYP_INDEPENDENT && !six_blocks)
         print_explained("convsync", bsi.convsync, "Converter synchronization flag", "", end);
     if (bsi.strmtyp != STRMTYP_TRANSCODED) return;

@@ -19,11 +19,11 @@ const char* format_of_bsid(uint32_t bsid) {
 
 void print_identity(const FrameInfo& frame, const char* end) {
     std::printf("            BSID: %d%s%s", frame.bsid, format_of_bsid(frame.bsid), end);
-    if (frame.strmtyp == 2) std::printf("            Stream type: Transcoded%s", end);
-    if (frame.strmtyp == 3) std::printf("            Stream type: Reserved%s", end);
+    if (frame.strmtyp == STRMTYP_TRANSCODED) std::printf("            Stream type: Transcoded%s", end);
+    if (frame.strmtyp == STRMTYP_RESERVED) std::printf("            Stream type: Reserved%s", end);
     std::printf("            Substream ID: %d%s", frame.substreamid, end);
     // A frame without the flag holds whole framesets, so a converter can begin at it.
-    if (frame.strmtyp == 0 || frame.strmtyp == 2)
+    if (frame.strmtyp == STRMTYP_INDEPENDENT || frame.strmtyp == STRMTYP_TRANSCODED)
         std::printf("            Converter sync flag: %s%s", yes_no(frame.convsync != 0), end);
 }
 
@@ -53,7 +53,7 @@ void print_substream_summary(const FrameInfo& frame) {
     std::printf("            Source sample rate: %" PRIu32 " Hz%s", frame.sample_rate, end);
     if (is_eac3_bsid(frame.bsid))
         std::printf("            Double source sample rate: %s%s", yes_no(frame.double_rate != 0), end);
-    if (frame.strmtyp == 1) std::printf("            Channel map: 0x%04hX%s", frame.chanmap, end);
+    if (frame.strmtyp == STRMTYP_DEPENDENT) std::printf("            Channel map: 0x%04hX%s", frame.chanmap, end);
     std::printf("            Number of 16b words in frame (+/-1): %d%s", frame.frame_words, end);
     std::printf("            Data rate: %2.1f kbps%s", frame.data_rate_kbps, end);
     std::printf("            Frame status: %s%s\n", crc_status_name(frame.crc_status), end);

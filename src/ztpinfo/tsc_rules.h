@@ -5,8 +5,6 @@
 // What the rule sets share. A rule is one line: its condition and the number of its message.
 
 constexpr uint16_t BSID_EAC3 = 16;
-constexpr uint16_t STRMTYP_INDEPENDENT = 0;
-constexpr uint16_t STRMTYP_DEPENDENT = 1;
 constexpr uint16_t ACMOD_DUAL_MONO = 0;
 constexpr uint16_t ACMOD_MONO = 1;
 constexpr uint16_t ACMOD_STEREO = 2;

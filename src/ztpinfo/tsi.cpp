@@ -8,8 +8,6 @@ namespace {
 
 constexpr const char* SOURCE = "tsi";
 
-constexpr uint16_t STRMTYP_DEPENDENT = 1;
-constexpr uint16_t STRMTYP_TRANSCODED = 2;
 constexpr uint32_t SAMPLES_PER_BLOCK = 256;
 
 TimesliceRecord& current_record(TimesliceAccumulator& accumulator) {
