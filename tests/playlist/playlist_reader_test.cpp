@@ -1,7 +1,5 @@
 #include "playlist/playlist_reader.h"
 
-#include <chrono>
-
 #include "playlist/playlist_writer.h"
 
 namespace {
@@ -113,15 +111,13 @@ TEST(PlaylistReader, Failures) {
     EXPECT_NE(testing::internal::GetCapturedStderr().find(test_playlist_path()), std::string::npos);
 }
 
+// In linear time: a quadratic walk runs into the test's time limit.
 TEST(PlaylistReader, AMillionSegments) {
     std::string text;
     for (int i = 0; i < 1000000; ++i) text += "#EXTINF:4,\na.ts\n";
     Playlist playlist;
-    const auto start = std::chrono::steady_clock::now();
     read_playlist_text(text, playlist);
     EXPECT_EQ(playlist.entries.size(), 1000000u);
-    // Far above the second or so of a linear walk under a sanitizer, far below a quadratic one.
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(60));
 }
 
 TEST(PlaylistDirectory, Separators) {
