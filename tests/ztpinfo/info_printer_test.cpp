@@ -145,7 +145,7 @@ TEST(InfoPrinter, ProgramsAndSubstreams) {
 // Everything that the options can show of real streams, the compliance lists and totals included.
 TEST(InfoPrinter, RealStreams) {
     std::string text;
-    for (const char* path : {"golden/eac3_51_metadata.ec3", "golden/ac3_51_metadata.ac3"}) {
+    for (const char* path : {"golden/eac3_51_metadata.ec3", "golden/ac3_51_metadata.ac3", "golden/ac3_51_44100.ac3"}) {
         std::ifstream file(path, std::ios::binary);
         const std::string bytes{std::istreambuf_iterator<char>(file), {}};
         const std::span<const uint8_t> span(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size());
