@@ -153,6 +153,7 @@ TEST(PackedAudio, TagsFormatsAndCodecs) {
             {"AC-3, bsid 8", frame(0, 0, 6, 8), "mp4a,ac-3"},
             {"AC-3 missing in CODECS", frame(0, 0, 6, 0), "ec-3"},
             {"bsid 9", frame(0, 0, 6, 9)},
+            {"bsid 10", frame(0, 0, 6, 10)},
             {"bsid 11", frame(0, 0, 6, 11), "ec-3"},
             {"bsid 16 without attributes", frame(0, 0, 6, 16)},
             {"bsid 17", frame(0, 0, 6, 17)},
