@@ -118,7 +118,7 @@ void seek_chunk(Extraction& extraction, uint64_t offset) {
     if (offset == reader.position) return;
     const uint64_t buffer_start = reader.position - reader.cursor;
     if (offset < buffer_start || offset >= buffer_start + reader.valid)
-        spend_work(extraction.context, READER_CHUNK_SIZE);
+        spend_work(extraction.context, reader.chunk_size);
     reader_skip(static_cast<int64_t>(offset - reader.position), reader);
 }
 
