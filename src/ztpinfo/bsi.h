@@ -19,154 +19,154 @@ constexpr uint16_t NUMBLKSCOD_SIX_BLOCKS = 3;
 
 // ETSI TS 102 366, 4.3.1 (syncinfo) and 4.3.2 (bsi); Annex D for bsid 6.
 struct Ac3Bsi {
-    uint16_t syncword;
-    uint16_t crc1;
-    uint16_t fscod;
-    uint16_t frmsizecod;
-    uint16_t bsid;
-    uint16_t bsmod;
-    uint16_t acmod;
-    uint16_t cmixlev;    // has_center_mix(acmod)
-    uint16_t surmixlev;  // has_surround(acmod)
-    uint16_t dsurmod;    // acmod 2
-    uint16_t lfeon;
-    uint16_t dialnorm;
-    uint16_t compre;
-    uint16_t compr;
-    uint16_t langcode;
-    uint16_t langcod;
-    uint16_t audprodie;
-    uint16_t mixlevel;
-    uint16_t roomtyp;
-    uint16_t dialnorm2;  // acmod 0, down to roomtyp2
-    uint16_t compr2e;
-    uint16_t compr2;
-    uint16_t langcod2e;
-    uint16_t langcod2;
-    uint16_t audprodi2e;
-    uint16_t mixlevel2;
-    uint16_t roomtyp2;
-    uint16_t copyrightb;
-    uint16_t origbs;
-    uint16_t timecod1e;  // bsid other than 6, down to timecod2
-    uint16_t timecod1;
-    uint16_t timecod2e;
-    uint16_t timecod2;
-    uint16_t xbsi1e;  // bsid 6, down to encinfo
-    uint16_t dmixmod;
-    uint16_t ltrtcmixlev;
-    uint16_t ltrtsurmixlev;
-    uint16_t lorocmixlev;
-    uint16_t lorosurmixlev;
-    uint16_t xbsi2e;
-    uint16_t dsurexmod;
-    uint16_t dheadphonmod;
-    uint16_t adconvtyp;
-    uint16_t xbsi2;
-    uint16_t encinfo;
-    uint16_t addbsie;
-    uint16_t addbsil;  // number of addbsi bytes minus 1
-    std::array<uint8_t, 64> addbsi;
+    uint16_t syncword = 0;
+    uint16_t crc1 = 0;
+    uint16_t fscod = 0;
+    uint16_t frmsizecod = 0;
+    uint16_t bsid = 0;
+    uint16_t bsmod = 0;
+    uint16_t acmod = 0;
+    uint16_t cmixlev = 0;    // has_center_mix(acmod)
+    uint16_t surmixlev = 0;  // has_surround(acmod)
+    uint16_t dsurmod = 0;    // acmod 2
+    uint16_t lfeon = 0;
+    uint16_t dialnorm = 0;
+    uint16_t compre = 0;
+    uint16_t compr = 0;
+    uint16_t langcode = 0;
+    uint16_t langcod = 0;
+    uint16_t audprodie = 0;
+    uint16_t mixlevel = 0;
+    uint16_t roomtyp = 0;
+    uint16_t dialnorm2 = 0;  // acmod 0, down to roomtyp2
+    uint16_t compr2e = 0;
+    uint16_t compr2 = 0;
+    uint16_t langcod2e = 0;
+    uint16_t langcod2 = 0;
+    uint16_t audprodi2e = 0;
+    uint16_t mixlevel2 = 0;
+    uint16_t roomtyp2 = 0;
+    uint16_t copyrightb = 0;
+    uint16_t origbs = 0;
+    uint16_t timecod1e = 0;  // bsid other than 6, down to timecod2
+    uint16_t timecod1 = 0;
+    uint16_t timecod2e = 0;
+    uint16_t timecod2 = 0;
+    uint16_t xbsi1e = 0;  // bsid 6, down to encinfo
+    uint16_t dmixmod = 0;
+    uint16_t ltrtcmixlev = 0;
+    uint16_t ltrtsurmixlev = 0;
+    uint16_t lorocmixlev = 0;
+    uint16_t lorosurmixlev = 0;
+    uint16_t xbsi2e = 0;
+    uint16_t dsurexmod = 0;
+    uint16_t dheadphonmod = 0;
+    uint16_t adconvtyp = 0;
+    uint16_t xbsi2 = 0;
+    uint16_t encinfo = 0;
+    uint16_t addbsie = 0;
+    uint16_t addbsil = 0;  // number of addbsi bytes minus 1
+    std::array<uint8_t, 64> addbsi{};
 };
 
 // ETSI TS 102 366, E.1.2.1 (syncinfo) and E.1.2.2 (bsi).
 struct Eac3Bsi {
-    uint16_t syncword;
-    uint16_t strmtyp;
-    uint16_t substreamid;
-    uint16_t frmsiz;  // frame length in words minus 1
-    uint16_t fscod;
-    uint16_t numblkscod;
-    uint16_t acmod;
-    uint16_t lfeon;
-    uint16_t bsid;
-    uint16_t dialnorm;
-    uint16_t compre;
-    uint16_t compr;
-    uint16_t dialnorm2;  // acmod 0, down to compr2
-    uint16_t compr2e;
-    uint16_t compr2;
-    uint16_t chanmape;  // strmtyp 1
-    uint16_t chanmap;
-    uint16_t mixmdate;
-    uint16_t dmixmod;        // mixmdate and acmod > 2
-    uint16_t ltrtcmixlev;    // mixmdate and has_center_mix(acmod)
-    uint16_t lorocmixlev;    // likewise
-    uint16_t ltrtsurmixlev;  // mixmdate and has_surround(acmod)
-    uint16_t lorosurmixlev;  // likewise
-    uint16_t lfemixlevcode;  // mixmdate and lfeon
-    uint16_t lfemixlevcod;
-    uint16_t pgmscle;  // mixmdate and strmtyp 0, down to blkmixcfginfo
-    uint16_t pgmscl;
-    uint16_t pgmscl2e;  // acmod 0
-    uint16_t pgmscl2;
-    uint16_t extpgmscle;
-    uint16_t extpgmscl;
-    uint16_t mixdef;
-    uint16_t mixdeflen;     // mixdef 3
-    uint16_t mixdata2e;     // mixdef 3
-    uint16_t premixcmpsel;  // mixdef 1, or mixdef 3 with mixdata2e; drcsrc and premixcmpscl likewise
-    uint16_t drcsrc;
-    uint16_t premixcmpscl;
-    uint16_t mixdata;      // mixdef 2: the 12 bits
-    uint16_t extpgmlscle;  // mixdef 3 with mixdata2e, down to extpgmaux2scl
-    uint16_t extpgmlscl;
-    uint16_t extpgmcscle;
-    uint16_t extpgmcscl;
-    uint16_t extpgmrscle;
-    uint16_t extpgmrscl;
-    uint16_t extpgmlsscle;
-    uint16_t extpgmlsscl;
-    uint16_t extpgmrsscle;
-    uint16_t extpgmrsscl;
-    uint16_t extpgmlfescle;
-    uint16_t extpgmlfescl;
-    uint16_t dmixscle;
-    uint16_t dmixscl;
-    uint16_t addche;
-    uint16_t extpgmaux1scle;  // addche
-    uint16_t extpgmaux1scl;
-    uint16_t extpgmaux2scle;  // addche
-    uint16_t extpgmaux2scl;
-    uint16_t mixdata3e;  // mixdef 3, down to spchan2att
-    uint16_t spchdat;
-    uint16_t addspchdate;
-    uint16_t spchdat1;
-    uint16_t spchan1att;
-    uint16_t addspchdat1e;
-    uint16_t spchdat2;
-    uint16_t spchan2att;
-    uint16_t paninfoe;  // acmod < 2
-    uint16_t panmean;
-    uint16_t paninfo;
-    uint16_t paninfo2e;  // acmod 0
-    uint16_t panmean2;
-    uint16_t paninfo2;
-    uint16_t frmmixcfginfoe;
-    std::array<uint16_t, 6> blkmixcfginfoe;  // frmmixcfginfoe; [0] is implied to be 1 when numblkscod is 0
-    std::array<uint16_t, 6> blkmixcfginfo;
-    uint16_t infomdate;
-    uint16_t bsmod;  // infomdate, down to sourcefscod
-    uint16_t copyrightb;
-    uint16_t origbs;
-    uint16_t dsurmod;       // acmod 2
-    uint16_t dheadphonmod;  // acmod 2
-    uint16_t dsurexmod;     // acmod >= 6
-    uint16_t audprodie;
-    uint16_t mixlevel;
-    uint16_t roomtyp;
-    uint16_t adconvtyp;
-    uint16_t audprodi2e;  // acmod 0
-    uint16_t mixlevel2;
-    uint16_t roomtyp2;
-    uint16_t adconvtyp2;
-    uint16_t sourcefscod;
-    uint16_t convsync;    // strmtyp 0 and numblkscod other than 3
-    uint16_t blkid;       // strmtyp 2: carried when numblkscod is not 3, else implied to be 1
-    uint16_t frmsizecod;  // strmtyp 2 and blkid
-    uint16_t addbsie;
-    uint16_t addbsil;  // number of addbsi bytes minus 1
-    std::array<uint8_t, 64> addbsi;
+    uint16_t syncword = 0;
+    uint16_t strmtyp = 0;
+    uint16_t substreamid = 0;
+    uint16_t frmsiz = 0;  // frame length in words minus 1
+    uint16_t fscod = 0;
+    uint16_t numblkscod = 0;
+    uint16_t acmod = 0;
+    uint16_t lfeon = 0;
+    uint16_t bsid = 0;
+    uint16_t dialnorm = 0;
+    uint16_t compre = 0;
+    uint16_t compr = 0;
+    uint16_t dialnorm2 = 0;  // acmod 0, down to compr2
+    uint16_t compr2e = 0;
+    uint16_t compr2 = 0;
+    uint16_t chanmape = 0;  // strmtyp 1
+    uint16_t chanmap = 0;
+    uint16_t mixmdate = 0;
+    uint16_t dmixmod = 0;        // mixmdate and acmod > 2
+    uint16_t ltrtcmixlev = 0;    // mixmdate and has_center_mix(acmod)
+    uint16_t lorocmixlev = 0;    // likewise
+    uint16_t ltrtsurmixlev = 0;  // mixmdate and has_surround(acmod)
+    uint16_t lorosurmixlev = 0;  // likewise
+    uint16_t lfemixlevcode = 0;  // mixmdate and lfeon
+    uint16_t lfemixlevcod = 0;
+    uint16_t pgmscle = 0;  // mixmdate and strmtyp 0, down to blkmixcfginfo
+    uint16_t pgmscl = 0;
+    uint16_t pgmscl2e = 0;  // acmod 0
+    uint16_t pgmscl2 = 0;
+    uint16_t extpgmscle = 0;
+    uint16_t extpgmscl = 0;
+    uint16_t mixdef = 0;
+    uint16_t mixdeflen = 0;     // mixdef 3
+    uint16_t mixdata2e = 0;     // mixdef 3
+    uint16_t premixcmpsel = 0;  // mixdef 1, or mixdef 3 with mixdata2e; drcsrc and premixcmpscl likewise
+    uint16_t drcsrc = 0;
+    uint16_t premixcmpscl = 0;
+    uint16_t mixdata = 0;      // mixdef 2: the 12 bits
+    uint16_t extpgmlscle = 0;  // mixdef 3 with mixdata2e, down to extpgmaux2scl
+    uint16_t extpgmlscl = 0;
+    uint16_t extpgmcscle = 0;
+    uint16_t extpgmcscl = 0;
+    uint16_t extpgmrscle = 0;
+    uint16_t extpgmrscl = 0;
+    uint16_t extpgmlsscle = 0;
+    uint16_t extpgmlsscl = 0;
+    uint16_t extpgmrsscle = 0;
+    uint16_t extpgmrsscl = 0;
+    uint16_t extpgmlfescle = 0;
+    uint16_t extpgmlfescl = 0;
+    uint16_t dmixscle = 0;
+    uint16_t dmixscl = 0;
+    uint16_t addche = 0;
+    uint16_t extpgmaux1scle = 0;  // addche
+    uint16_t extpgmaux1scl = 0;
+    uint16_t extpgmaux2scle = 0;  // addche
+    uint16_t extpgmaux2scl = 0;
+    uint16_t mixdata3e = 0;  // mixdef 3, down to spchan2att
+    uint16_t spchdat = 0;
+    uint16_t addspchdate = 0;
+    uint16_t spchdat1 = 0;
+    uint16_t spchan1att = 0;
+    uint16_t addspchdat1e = 0;
+    uint16_t spchdat2 = 0;
+    uint16_t spchan2att = 0;
+    uint16_t paninfoe = 0;  // acmod < 2
+    uint16_t panmean = 0;
+    uint16_t paninfo = 0;
+    uint16_t paninfo2e = 0;  // acmod 0
+    uint16_t panmean2 = 0;
+    uint16_t paninfo2 = 0;
+    uint16_t frmmixcfginfoe = 0;
+    std::array<uint16_t, 6> blkmixcfginfoe{};  // frmmixcfginfoe; [0] is implied to be 1 when numblkscod is 0
+    std::array<uint16_t, 6> blkmixcfginfo{};
+    uint16_t infomdate = 0;
+    uint16_t bsmod = 0;  // infomdate, down to sourcefscod
+    uint16_t copyrightb = 0;
+    uint16_t origbs = 0;
+    uint16_t dsurmod = 0;       // acmod 2
+    uint16_t dheadphonmod = 0;  // acmod 2
+    uint16_t dsurexmod = 0;     // acmod >= 6
+    uint16_t audprodie = 0;
+    uint16_t mixlevel = 0;
+    uint16_t roomtyp = 0;
+    uint16_t adconvtyp = 0;
+    uint16_t audprodi2e = 0;  // acmod 0
+    uint16_t mixlevel2 = 0;
+    uint16_t roomtyp2 = 0;
+    uint16_t adconvtyp2 = 0;
+    uint16_t sourcefscod = 0;
+    uint16_t convsync = 0;    // strmtyp 0 and numblkscod other than 3
+    uint16_t blkid = 0;       // strmtyp 2: carried when numblkscod is not 3, else implied to be 1
+    uint16_t frmsizecod = 0;  // strmtyp 2 and blkid
+    uint16_t addbsie = 0;
+    uint16_t addbsil = 0;  // number of addbsi bytes minus 1
+    std::array<uint8_t, 64> addbsi{};
 };
 
 static_assert(std::has_unique_object_representations_v<Ac3Bsi>);
