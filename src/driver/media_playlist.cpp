@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <map>
 
 #include "bits/report.h"
 #include "driver/paths.h"
@@ -24,19 +23,14 @@ struct SegmentLoop {
     FileReader reader;
     MediaContextPtr init_context;
     TsSegmentTiming previous_timing;
-    std::map<std::string, uint64_t> range_ends;  // by file: where its last byte range ended
-    uint32_t segments_named = 0;                 // entries that name a file
+    ByteRangeEnds range_ends;
+    uint32_t segments_named = 0;  // entries that name a file
     uint32_t segments_opened = 0;
 };
 
-// Keeps the file of consecutive byte ranges open and starts it again; opens any other. Returns 0 when the segment can
-// be read.
+// Keeps the file of consecutive byte ranges open; opens any other. Returns 0 when the segment can be read.
 int select_segment(SegmentLoop& loop, const std::string& address) {
-    if (loop.reader.file && loop.reader.path == address) {
-        loop.reader.start_offset = 0;
-        loop.reader.limited = false;
-        return reader_start(loop.reader);
-    }
+    if (loop.reader.file && loop.reader.path == address) return 0;
     reader_close(loop.reader);
     if (is_http_address(address)) {
         std::printf("ERROR: Invalid segment path: %s\n", address.c_str());
@@ -45,22 +39,18 @@ int select_segment(SegmentLoop& loop, const std::string& address) {
     return open_segment(loop.reader, address);
 }
 
-// Confines the reader to the entry's byte range, if it has one. Returns 0, or -1 with a reason when the range is no
-// range.
-int confine_to_byte_range(SegmentLoop& loop, const SegmentEntry& entry) {
-    if (!entry.byte_range) return 0;
-    uint64_t& previous_end = loop.range_ends[loop.reader.path];
+// Starts the reader on the entry's byte range, or on the whole file. Returns 0, or -1 with a reason when the range is
+// none.
+int start_segment(SegmentLoop& loop, const SegmentEntry& entry) {
     ByteSpan range;
-    if (resolve_byte_range(*entry.byte_range, previous_end, range) != 0) {
+    if (entry.byte_range && resolve_byte_range(*entry.byte_range, loop.reader.path, loop.range_ends, range) != 0) {
         report_reason(loop.reader.path, "the byte range \"%s\" is not a length and an offset; the segment is not read",
                       entry.byte_range->length.c_str());
         return -1;
     }
-    if (range.length == 0) return 0;
-    previous_end = range.offset + range.length;
     loop.reader.start_offset = range.offset;
     loop.reader.remaining = static_cast<int64_t>(range.length);
-    loop.reader.limited = true;
+    loop.reader.limited = range.length != 0;
     return reader_start(loop.reader);
 }
 
@@ -93,10 +83,10 @@ int validate_segment(SegmentLoop& loop, const SegmentEntry& entry, bool first_se
     ++loop.segments_opened;
     switch (detect_segment_format(address)) {
         case FORMAT_TS:
-            if (confine_to_byte_range(loop, entry) != 0) return -1;
+            if (start_segment(loop, entry) != 0) return -1;
             return validate_transport_stream(loop, first_segment);
         case FORMAT_PACKED_AUDIO:
-            if (confine_to_byte_range(loop, entry) != 0) return -1;
+            if (start_segment(loop, entry) != 0) return -1;
             return validate_packed_audio(loop.reader, entry, loop.output_dir, loop.stem, first_segment, loop.attrs);
         case FORMAT_ISO_MEDIA:
             return validate_iso_media(loop, entry);
@@ -149,7 +139,7 @@ int open_segment(FileReader& reader, const std::string& path) {
         return 3;
     }
     reader.path = path;
-    return reader_start(reader);
+    return 0;
 }
 
 void validate_media_playlist(const std::string& path, const std::string& stem,

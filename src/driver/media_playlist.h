@@ -6,7 +6,8 @@
 #include "bits/file_reader.h"
 #include "playlist/playlist_attributes.h"
 
-// Opens `path` as a segment and fills the first buffer. Returns 0, or 3 after "ERROR: Invalid segment path: ...".
+// Opens `path` as a segment; the reader has still to be started. Returns 0, or 3 after "ERROR: Invalid segment path:
+// ...".
 [[nodiscard]] int open_segment(FileReader& reader, const std::string& path);
 
 // Validates one media playlist and all its segments. `attrs` is null for a playlist that no master playlist refers to.

@@ -40,6 +40,7 @@ int run_ts_file(const std::string& path, const std::optional<std::string>& outpu
         report_reason(path, "the name has no extension to take a stem from");
         return -1;
     }
+    reader_start(reader);
     print_verdict(ts_process_segment(reader, output_dir, stem, true, nullptr, nullptr));
     return 0;
 }
@@ -59,7 +60,10 @@ void validate_series_segment(const std::string& name, const std::string& stem,
     ++series.count;
     const int opened = open_segment(reader, name);
     series.error_flag |= opened;
-    if (opened == 0) series.error_flag |= ts_process_segment(reader, output_dir, stem, first_segment, nullptr, &timing);
+    if (opened == 0) {
+        reader_start(reader);
+        series.error_flag |= ts_process_segment(reader, output_dir, stem, first_segment, nullptr, &timing);
+    }
     if (series.error_flag == 0 && series.previous_timing.video_first_pts != -1) {
         // A series reports its timing findings but they leave the verdict alone, deliberately.
         (void)check_segment_timing(timing, series.previous_timing, TimingCaller::TEMPLATE);

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "bits/output_file.h"
+#include "playlist/byte_range.h"
 #include "playlist/playlist_attributes.h"
 #include "ztpinfo/ztpinfo.h"
 
@@ -224,8 +225,7 @@ struct MediaContext {
     TrackRecord* current_track = nullptr;  // inside a trak, or named by the last tfhd
 
     // The last byte range, which one without an offset continues.
-    std::string range_path;
-    uint64_t range_end = 0;
+    ByteRangeEnds range_ends;
 
     std::vector<uint8_t> sample_buffer;
 

@@ -33,15 +33,12 @@ int apply_byte_range(MediaContext& context, FileReader& reader, const SegmentEnt
     reader.start_offset = 0;
     reader.limited = false;
     if (segment.byte_range) {
-        const uint64_t previous_end = context.range_path == reader.path ? context.range_end : 0;
         ByteSpan range;
-        if (resolve_byte_range(*segment.byte_range, previous_end, range) != 0) {
+        if (resolve_byte_range(*segment.byte_range, reader.path, context.range_ends, range) != 0) {
             report_reason(reader.path, "the byte range is not a length and an offset; the segment is not read");
             return 1;
         }
         if (range.length != 0) {
-            context.range_path = reader.path;
-            context.range_end = range.offset + range.length;
             context.range_length = std::min(range.length, MAX_RANGE_LENGTH);
             reader.start_offset = std::min(range.offset, context.file_size);
             reader.limited = true;

@@ -16,10 +16,14 @@ bool parse_leading_integer(const std::string& text, uint64_t& value) {
 
 }  // namespace
 
-int resolve_byte_range(const ByteRange& range, uint64_t previous_end, ByteSpan& span) {
+int resolve_byte_range(const ByteRange& range, const std::string& path, ByteRangeEnds& ends, ByteSpan& span) {
+    uint64_t& previous_end = ends[path];
     span = {previous_end, 0};
     if (!parse_leading_integer(range.length, span.length)) return -1;
     if (range.offset && !parse_leading_integer(*range.offset, span.offset)) return -1;
-    if (span.length == 0) span.offset = 0;
+    if (span.length == 0)
+        span.offset = 0;
+    else
+        previous_end = span.offset + span.length;
     return 0;
 }

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
+#include <string>
 
 #include "playlist/playlist.h"
 
@@ -10,6 +12,11 @@ struct ByteSpan {
     uint64_t length = 0;
 };
 
-// Reads the texts of a byte range: the leading integer of each (RFC 8216, 4.3.2.2). A range without an offset begins at
-// `previous_end`. Returns 0, or -1 when a text does not begin with an integer or is negative.
-[[nodiscard]] int resolve_byte_range(const ByteRange& range, uint64_t previous_end, ByteSpan& span);
+// Where the last byte range of each file ended, by path.
+using ByteRangeEnds = std::map<std::string, uint64_t>;
+
+// Reads the texts of a byte range of the file `path`: the leading integer of each (RFC 8216, 4.3.2.2). A range without
+// an offset goes on behind the last one of the same file, at 0 when there is none; `ends` is kept up to date. Returns
+// 0, or -1 when a text does not begin with an integer or is negative.
+[[nodiscard]] int resolve_byte_range(const ByteRange& range, const std::string& path, ByteRangeEnds& ends,
+                                     ByteSpan& span);
