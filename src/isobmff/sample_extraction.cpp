@@ -90,8 +90,9 @@ bool spend_group_work(Extraction& extraction) {
 bool extract_group(Extraction& extraction, int& status) {
     FileReader& reader = extraction.reader;
     std::vector<uint8_t>& buffer = extraction.context.sample_buffer;
-    if (buffer.size() < std::max(extraction.group.bytes, GROUP_SIZE))
-        buffer.resize(std::max(extraction.group.bytes, GROUP_SIZE));
+    // All groups of a file fit, but for a larger sample.
+    const uint64_t usual_size = std::min<uint64_t>(extraction.context.file_size, GROUP_SIZE);
+    if (buffer.size() < extraction.group.bytes) buffer.resize(std::max<uint64_t>(extraction.group.bytes, usual_size));
     const std::span<uint8_t> bytes = std::span(buffer).first(extraction.group.bytes);
     if (spend_group_work(extraction) && reader_read(bytes.data(), extraction.group.bytes, reader) == bytes.size()) {
         status |= handle_group(extraction, bytes);

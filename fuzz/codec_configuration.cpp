@@ -1,0 +1,56 @@
+// The payload of a codec configuration box, which the first byte chooses, and what the validation makes of it.
+#include "isobmff/codec_configuration.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <iterator>
+
+#include "isobmff/audio_sample_checks.h"
+#include "isobmff/box_reader.h"
+#include "isobmff/lumora_checks.h"
+#include "isobmff/sample_entry_checks.h"
+
+namespace {
+
+const bool QUIET = std::freopen("/dev/null", "w", stdout) != nullptr;
+
+struct Choice {
+    BoxHandler handler;
+    CodecKind codec_kind;
+};
+
+constexpr Choice CHOICES[] = {
+    {read_esds, CODEC_AAC},  {read_dec3, CODEC_EC3},           {read_avcC, CODEC_AVC1},
+    {read_hvcC, CODEC_HVC1}, {store_configuration, CODEC_AC4}, {read_lumora_configuration, CODEC_HEV1},
+};
+
+void check_parameter_sets(const VideoConfiguration& video) {
+    for (const std::vector<ParameterSet>* sets : {&video.vps, &video.sps, &video.pps})
+        for (const ParameterSet& set : *sets)
+            if (set.offset > video.payload.size() || set.size > video.payload.size() - set.offset) std::abort();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    if (size < 2 || !QUIET) return 0;
+    const Choice& choice = CHOICES[data[0] % std::size(CHOICES)];
+    MediaContext context;
+    context.attrs.emplace().codecs = "ac-4.02.01.03,lmhe.05.06";
+    context.attrs->channels = "6";
+    context.file_size = size - 1;
+    TrackRecord track;
+    track.codec_kind = choice.codec_kind;
+    context.current_track = &track;
+    FileReader reader;
+    // The stream only reads.
+    reader.file.reset(fmemopen(const_cast<uint8_t*>(data) + 1, size - 1, "rb"));
+    reader.chunk_size = 4096;
+    reader_start(reader);
+    if (choice.handler(context, reader, static_cast<int64_t>(size - 1)) != 0) std::abort();
+    check_parameter_sets(track.video);
+    int status = check_sample_entry(context, track, "track") | check_lumora_configuration(context, track);
+    if (is_analyzed_audio(track)) status |= check_audio_sample(track, std::span(data, size), true);
+    return status < 0 ? 1 : 0;
+}
