@@ -169,16 +169,12 @@ constexpr std::array<const char*, COMPLIANCE_NUMBERS - FIRST_MESSAGE> MESSAGES =
     "FAILURE: Blu-ray: Secondary Audio: EC3 (I0): The \"mixdef\" metadata parameter shall be set to either 0 or 3",
 };
 
-bool is_listed(uint8_t flag, bool with_warnings) {
-    return flag == FLAG_FAILURE || (flag == FLAG_WARNING && with_warnings);
-}
-
 }  // namespace
 
 void print_compliance_list(const ComplianceFlags& compliance, bool with_warnings) {
-    if (!compliance.any_set) return;
-    for (uint32_t i = FIRST_MESSAGE; i < COMPLIANCE_NUMBERS; ++i) {
-        if (!is_listed(compliance.flags[i], with_warnings)) continue;
-        std::printf("    %03u - %s\n", i, MESSAGES[i - FIRST_MESSAGE]);
-    }
+    std::bitset<COMPLIANCE_NUMBERS> listed = compliance.failures;
+    if (with_warnings) listed |= compliance.warnings;
+    if (listed.none()) return;
+    for (uint32_t i = FIRST_MESSAGE; i < COMPLIANCE_NUMBERS; ++i)
+        if (listed[i]) std::printf("    %03u - %s\n", i, MESSAGES[i - FIRST_MESSAGE]);
 }

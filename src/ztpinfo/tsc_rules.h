@@ -12,19 +12,12 @@ constexpr uint32_t RATE_48000 = 48000;
 constexpr uint32_t RATE_44100 = 44100;
 constexpr uint32_t FRAMESET_BLOCKS = 6;
 
-inline void set_flag(ComplianceFlags& compliance, bool condition, uint32_t number, ComplianceFlag flag) {
-    if (!condition) return;
-    compliance.flags[number] = flag;
-    compliance.any_set = true;
-    if (flag == FLAG_FAILURE) compliance.any_failure = true;
-}
-
 inline void fail_if(ComplianceFlags& compliance, bool condition, uint32_t number) {
-    set_flag(compliance, condition, number, FLAG_FAILURE);
+    if (condition) compliance.failures[number] = true;
 }
 
 inline void warn_if(ComplianceFlags& compliance, bool condition, uint32_t number) {
-    set_flag(compliance, condition, number, FLAG_WARNING);
+    if (condition) compliance.warnings[number] = true;
 }
 
 // The first program of a timeslice beside that of the one before. A D0 that is not there is a cleared frame.

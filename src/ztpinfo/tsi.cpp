@@ -63,14 +63,10 @@ void summarise_programs(TimesliceRecord& record) {
         if (program.independent.present) summarise_program(program);
 }
 
+// A failure stays a failure, and a warning becomes one.
 void merge_flags(ComplianceFlags& accumulated, const ComplianceFlags& timeslice) {
-    if (!timeslice.any_set) return;
-    accumulated.any_set = true;
-    accumulated.any_failure = accumulated.any_failure || timeslice.any_failure;
-    for (uint32_t i = 0; i < COMPLIANCE_NUMBERS; ++i) {
-        if (accumulated.flags[i] == FLAG_FAILURE || timeslice.flags[i] == FLAG_CLEAR) continue;
-        accumulated.flags[i] = timeslice.flags[i];
-    }
+    accumulated.failures |= timeslice.failures;
+    accumulated.warnings = (accumulated.warnings | timeslice.warnings) & ~accumulated.failures;
 }
 
 uint32_t free_record(const TimesliceAccumulator& accumulator) {

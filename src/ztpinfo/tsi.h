@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <bitset>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -13,13 +14,10 @@
 
 constexpr uint32_t COMPLIANCE_NUMBERS = 192;
 
-enum ComplianceFlag : uint8_t { FLAG_CLEAR = 0, FLAG_FAILURE = 1, FLAG_WARNING = 2 };
-
-// Findings by message number.
+// Findings by message number. No number is in both sets.
 struct ComplianceFlags {
-    bool any_failure = false;
-    bool any_set = false;  // failure or warning
-    std::array<uint8_t, COMPLIANCE_NUMBERS> flags{};
+    std::bitset<COMPLIANCE_NUMBERS> failures;
+    std::bitset<COMPLIANCE_NUMBERS> warnings;
 };
 
 struct SubstreamRecord {

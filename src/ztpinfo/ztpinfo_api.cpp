@@ -77,7 +77,7 @@ Walk process_frame(ZtpInfoContext& context) {
     }
     // A timeslice equal to the one before has been reported, or found to need no report, with that one.
     if (event == TimesliceEvent::COMPLETED_CHANGED) report_completed(context);
-    const bool stop = context.settings.stop_on_failure && context.timeslices.compliance.any_failure;
+    const bool stop = context.settings.stop_on_failure && context.timeslices.compliance.failures.any();
     return stop ? Walk::END : Walk::GO_ON;
 }
 
@@ -131,7 +131,7 @@ void print_end_of_call(ZtpInfoContext& context) {
 }
 
 int compliance_result(const ZtpInfoContext& context) {
-    return context.timeslices.compliance.any_failure ? RESULT_FAILURES : RESULT_CLEAN;
+    return context.timeslices.compliance.failures.any() ? RESULT_FAILURES : RESULT_CLEAN;
 }
 
 }  // namespace
