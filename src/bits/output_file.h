@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string>
 
@@ -8,6 +9,7 @@
 
 // An elementary-stream file being written. After the first failed write nothing more is written to it.
 struct OutputFile {
+    std::unique_ptr<char[]> buffer;  // of the stream: outlives it
     File file;
     std::string path;
     bool failed = false;

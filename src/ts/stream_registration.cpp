@@ -126,12 +126,14 @@ int register_video(TsDemuxContext& context, const EsRecord& es, const char* suff
 
 }  // namespace
 
-void route_program_tables(TsDemuxContext& context) {
-    for (PidRoute& route : context.routes)
-        if (route.kind == PidKind::PMT || route.kind == PidKind::NETWORK)
-            route.kind = route.slot != TS_NO_SLOT ? PidKind::PES : PidKind::OTHER;
+void handle_pat(TsDemuxContext& context, std::span<const uint8_t> section) {
+    auto& entries = context.psi.pat.entries;
+    for (const PatEntry& entry : entries) {
+        PidRoute& route = context.routes[entry.pid];
+        route.kind = route.slot != TS_NO_SLOT ? PidKind::PES : PidKind::OTHER;
+    }
+    parse_pat(context.psi, section);
     // Backwards, so that of several entries with one PID the first in PAT order decides.
-    const auto& entries = context.psi.pat.entries;
     for (auto entry = entries.rbegin(); entry != entries.rend(); ++entry)
         context.routes[entry->pid].kind = entry->program_number != 0 ? PidKind::PMT : PidKind::NETWORK;
     context.routes[PAT_PID].kind = PidKind::PAT;

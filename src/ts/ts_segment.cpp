@@ -35,10 +35,7 @@ int handle_section(TsDemuxContext& context, PidKind kind, const TsPacket& packet
             break;
     }
     if (kind == PidKind::PMT) return handle_pmt(context, packet.pid, section);
-    if (kind == PidKind::PAT) {
-        parse_pat(context.psi, section);
-        route_program_tables(context);
-    }
+    if (kind == PidKind::PAT) handle_pat(context, section);
     // A network table is collected and dropped.
     return 0;
 }

@@ -8,7 +8,7 @@
 
 namespace {
 
-const std::vector<uint8_t> SOME_BYTES(10000, 0x55);
+const std::vector<uint8_t> SOME_BYTES(1000000, 0x55);
 
 }  // namespace
 

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstdint>
+
+#include "support/syncframe_writer.h"
+#include "support/ts_writer.h"
+
+// Transport stream content with the shape of the real: H.264 pictures at 8 Mbit/s and 25 per second, E-AC-3 5.1 at 384
+// kbit/s with one syncframe (32 ms) a PES packet, program tables in front of every picture.
+struct TsContent {
+    static constexpr uint16_t VIDEO_PID = 0x100;
+    static constexpr uint16_t AUDIO_PID = 0x101;
+    static constexpr uint16_t PMT_PID = 0x1000;
+    static constexpr uint32_t PICTURE_BYTES = 40000;
+    static constexpr uint64_t PICTURE_90KHZ = 3600;
+    static constexpr uint64_t AUDIO_90KHZ = 2880;
+
+    uint64_t video_pts = 90000;
+    uint64_t audio_pts = 90000;
+    uint32_t noise = 1;
+    std::vector<uint8_t> audio_frame = syncframes("I0:words=768");
+
+    // Appends one picture and the audio that goes with it.
+    void append_picture(TsWriter& writer) {
+        PatSpec pat;
+        pat.programs = {{1, PMT_PID}};
+        writer.pat(pat);
+        PmtSpec pmt;
+        pmt.PCR_PID = VIDEO_PID;
+        pmt.streams = {{0x1B, VIDEO_PID}, {0x87, AUDIO_PID, ts_descriptor(0xCC, {0x80, 0x44, 0x00})}};
+        writer.pmt(pmt, PMT_PID);
+
+        PesSpec video;
+        video.stream_id = 0xE0;
+        video.pts = video_pts;
+        video.PES_packet_length = 0;
+        video.payload.resize(PICTURE_BYTES);
+        for (uint8_t& byte : video.payload) byte = static_cast<uint8_t>((noise = noise * 1664525 + 1013904223) >> 24);
+        writer.pes(VIDEO_PID, video);
+        video_pts += PICTURE_90KHZ;
+
+        for (; audio_pts < video_pts; audio_pts += AUDIO_90KHZ) {
+            PesSpec audio;
+            audio.pts = audio_pts;
+            audio.payload = audio_frame;
+            writer.pes(AUDIO_PID, audio);
+        }
+    }
+};
