@@ -1,0 +1,37 @@
+// An AC-4 raw frame: its table of contents at a byte boundary and inside a byte, into one record.
+#include <cstdint>
+#include <cstdlib>
+
+#include "ac4/ac4_toc.h"
+
+namespace {
+
+// Touches everything that a successful parse promises; aborts when it lies.
+void read_all(const ac4_toc& toc) {
+    uint64_t sum = 0;
+    for (const ac4_presentation_v1_info& presentation : toc.presentations_v1) {
+        for (const uint16_t index : ac4_group_indices(toc, presentation))
+            sum += toc.substream_groups.at(index).b_hsf_ext;
+        for (const ac4_emdf_info& info : ac4_emdf_substreams(toc, presentation)) sum += info.key_id;
+        if (presentation.presentation_ch_mode < -1 || presentation.presentation_ch_mode > 16) std::abort();
+    }
+    for (const ac4_presentation_info& presentation : toc.presentations_v0)
+        for (const ac4_emdf_info& info : ac4_emdf_substreams(toc, presentation)) sum += info.key_id;
+    for (const ac4_substream_group_info& group : toc.substream_groups)
+        for (const ac4_group_substream& substream : ac4_group_substreams(toc, group)) sum += substream.channel_mode;
+    if (sum == UINT64_MAX || ac4_toc_codec_string(toc).size() != 13) std::abort();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    ac4_toc toc;
+    for (const uint32_t start : {0u, 0u, 3u}) {
+        uint32_t position = start;
+        if (ac4_toc_parse({data, size}, position, toc) != 0) continue;
+        if (position > 8 * size || (position - start) % 8 != 0) std::abort();
+        if (toc.presentations_v0.size() + toc.presentations_v1.size() != toc.n_presentations) std::abort();
+        read_all(toc);
+    }
+    return 0;
+}
