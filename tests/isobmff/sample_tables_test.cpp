@@ -104,31 +104,27 @@ struct FragmentCase {
     int status = 0;
 };
 
+// A run without sizes of its own: tfhd with these flags and fields.
+RunSpec sized_by_tfhd(const std::vector<Bytes>& samples, uint32_t tfhd_flags, std::initializer_list<uint64_t> fields) {
+    return {.samples = samples, .trun_flags = 1, .tfhd_flags = tfhd_flags, .tfhd_fields = big_endian(4, fields)};
+}
+
 TEST(MovieFragments, RunsBecomeTheBytesOfTheTrack) {
     const std::vector<Bytes> abc = {text_bytes("aa"), text_bytes("bb"), text_bytes("cc")};
+    RunSpec from_start = sized_by_tfhd({{1}, {2}}, 0x11, {0, 0, 2});
+    from_start.data_offset = 4;
     const FragmentCase cases[] = {
         {"sizes", {{.samples = abc}}, "aabbcc"},
         {"all fields", {{.samples = abc, .trun_flags = 0xF05}}, "aabbcc"},
-        {"default size",
-         {{.samples = abc, .trun_flags = 1, .tfhd_flags = 0x20010, .tfhd_fields = big_endian(4, {2})}},
-         "aabbcc"},
-        {"all tfhd fields",
-         {{.samples = abc, .trun_flags = 1, .tfhd_flags = 0x2003A, .tfhd_fields = big_endian(4, {1, 1024, 1, 0})}},
-         "aab"},
+        {"default size", {sized_by_tfhd(abc, 0x20010, {2})}, "aabbcc"},
+        {"all tfhd fields", {sized_by_tfhd(abc, 0x2003A, {1, 1024, 1, 0})}, "aab"},
         {"two runs", {{.samples = abc}, {.samples = {text_bytes("d")}}}, "aabbccd"},
         {"no samples", {{}, {.samples = {text_bytes("d")}}}, "d"},
         {"track that is not there", {{.track_ID = 9, .samples = abc}, {.samples = {text_bytes("d")}}}, "d"},
         {"data before the moof", {{.samples = abc, .data_offset = -5}}, "", 11},
-        {"without data offset: the moof itself",
-         {{.samples = {text_bytes("zzzzzzzz")}, .trun_flags = 0x200}},
-         std::string("\0\0\0Dmoof", 8)},
-        {"base data offset",
-         {{.samples = {text_bytes("z")}, .data_offset = 4, .tfhd_flags = 1, .tfhd_fields = big_endian(8, {1})}},
-         "o"},
-        {"base data offset of 4 GiB",
-         {{.samples = abc, .tfhd_flags = 1, .tfhd_fields = big_endian(8, {uint64_t{1} << 32})}},
-         "",
-         1},
+        {"no data offset", {{.samples = {zero_bytes(8)}, .trun_flags = 0x200}}, std::string("\0\0\0Dmoof", 8)},
+        {"base data offset", {from_start}, "moof"},
+        {"base data offset of 4 GiB", {sized_by_tfhd(abc, 1, {1, 0})}, "", 1},
         {"count larger than the run", {{.samples = abc, .sample_count = 4}}, "", 1},
         {"count of all bits", {{.samples = abc, .sample_count = UINT32_MAX}}, "", 1},
         {"default size 0", {{.trun_flags = 1, .sample_count = 9}}, ""},

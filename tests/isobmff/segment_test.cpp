@@ -97,9 +97,9 @@ TEST(Segment, OutputThatCannotBeWritten) {
 
     std::filesystem::remove_all(blocked);
     std::filesystem::create_symlink("/dev/full", blocked);
-    const Bytes large = media_segment({{.samples = {zero_bytes(100000)}}});
+    const Bytes large = media_segment({{.samples = {zero_bytes(300000)}}});
     const SegmentRun full = run_segments({init, large, large, letters_segment("x")}, {.keep_files = true});
-    EXPECT_EQ(full.out, "[SV]   : Failed to fwrite 100000 bytes to file\n") << "once per file";
+    EXPECT_EQ(full.out, "[SV]   : Failed to fwrite 300000 bytes to file\n") << "once per file";
     EXPECT_EQ(full.statuses, (std::vector<int>{0, 11, 11, 11, 11}));
     // What still lay in a buffer fails when the file is closed.
     EXPECT_EQ(run_segments({init, letters_segment("x")}, {.keep_files = true}).statuses, (std::vector<int>{0, 0, 11}));
