@@ -13,7 +13,7 @@ void read_all(const ac4_toc& toc) {
         for (const uint16_t index : ac4_group_indices(toc, presentation))
             sum += toc.substream_groups.at(index).b_hsf_ext;
         for (const ac4_emdf_info& info : ac4_emdf_substreams(toc, presentation)) sum += info.key_id;
-        if (presentation.presentation_ch_mode < -1 || presentation.presentation_ch_mode > 16) std::abort();
+        if (presentation.presentation_ch_mode < -1 || presentation.presentation_ch_mode > 32) std::abort();
     }
     for (const ac4_presentation_info& presentation : toc.presentations_v0)
         for (const ac4_emdf_info& info : ac4_emdf_substreams(toc, presentation)) sum += info.key_id;

@@ -323,7 +323,10 @@ TEST(Ac4DsiCompare, VersionsThatDoNotMeet) {
     dsi.n_presentations = 4;
     EXPECT_EQ(compare_output(dsi, ac4_sample("old").toc),
               finding("ERROR: bitstream_version should be bigger than 1 while version of presentation 0 is 1."));
-    const ac4_toc empty{.bitstream_version = 2, .frame_rate_index = 3, .n_presentations = 4};
+    ac4_toc empty;
+    empty.bitstream_version = 2;
+    empty.frame_rate_index = 3;
+    empty.n_presentations = 4;
     testing::internal::CaptureStdout();
     EXPECT_EQ(compare_dsi_with_toc(dsi, empty), 1);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), finding("ERROR: toc of presentation version 1 is empty."));

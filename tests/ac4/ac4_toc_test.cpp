@@ -173,7 +173,7 @@ TEST(Ac4Toc, DerivedChannelValues) {
         {"5.1 and 7.0", group(mode("4=14") + mode("7=0x78"), 2, true), 1, 1, 6, -1, 0x4F, 0, 0},
         {"no common layout", one("7=0x7C") + one("7=0x78"), 2, 1, -1, -1, 0x4000F, 0, 0},
         {"22.2", one("9=510"), 1, 1, 15, -1, 0x2FF7F, 0, 0},
-        {"reserved", one("9=511 more:v2=4"), 1, 1, 16, -1, 0, 0, 0},
+        {"reserved", one("9=511 more:v2=4"), 1, 1, 20, -1, 0, 0, 0},
         {"7.1.4", one("8=0xFD layout:4=0xF"), 1, 1, 12, 6, 0x7F, 1, 2},
         {"7.0.4", one("8=0xFC layout:4=0xF"), 1, 1, 11, 5, 0x3F, 1, 2},
         {"5.1.2", one("8=0xFD layout:4=5"), 1, 1, 12, 6, 0xC7, 0, 1},
