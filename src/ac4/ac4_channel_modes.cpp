@@ -11,7 +11,7 @@ struct ChannelMode {
     uint32_t channels;
 };
 
-// ETSI TS 103 190-2, table 78 (channel_mode) and annex A.3: mask and channel count by mode.
+// ETSI TS 103 190-2, channel_mode: mask and channel count by mode.
 constexpr std::array<ChannelMode, AC4_RESERVED_CHANNEL_MODE> CHANNEL_MODES = {{
     {0x000002, 1},   // 1.0
     {0x000001, 2},   // 2.0
@@ -41,9 +41,7 @@ constexpr uint32_t MASK_TOP_BACK = 1u << 5;
 constexpr uint32_t MASK_TOP = 1u << 7;
 constexpr uint32_t MASK_STEREO = 1u << 0;
 
-// Channel modes -1 (none) to 16 (reserved).
-constexpr size_t MODE_STATES = 18;
-using ModeMap = std::array<int8_t, MODE_STATES>;
+constexpr size_t MODE_STATES = std::tuple_size_v<Ac4ModeMap>;
 
 constexpr size_t state(int8_t mode) {
     return static_cast<size_t>(mode + 1);
@@ -65,8 +63,8 @@ constexpr int8_t superset(int8_t a, int8_t b) {
     return -1;
 }
 
-constexpr std::array<ModeMap, MODE_STATES> make_superset_table() {
-    std::array<ModeMap, MODE_STATES> table{};
+constexpr std::array<Ac4ModeMap, MODE_STATES> make_superset_table() {
+    std::array<Ac4ModeMap, MODE_STATES> table{};
     for (size_t a = 0; a < MODE_STATES; ++a)
         for (size_t b = 0; b < MODE_STATES; ++b)
             table[a][b] =
@@ -74,7 +72,7 @@ constexpr std::array<ModeMap, MODE_STATES> make_superset_table() {
     return table;
 }
 
-constexpr std::array<ModeMap, MODE_STATES> SUPERSET = make_superset_table();
+constexpr std::array<Ac4ModeMap, MODE_STATES> SUPERSET = make_superset_table();
 
 static_assert(superset(0, 1) == 2 && superset(3, 4) == 4 && superset(4, 5) == 6 && superset(6, 12) == 12 &&
               superset(12, 11) == 12 && superset(13, 12) == 14);
@@ -86,7 +84,7 @@ bool is_rendered_stereo(uint32_t channel_mode, bool ims) {
 
 int8_t effective_mode(const ac4_group_substream& substream, bool ims) {
     if (is_rendered_stereo(substream.channel_mode, ims)) return 1;
-    return static_cast<int8_t>(std::min(substream.channel_mode, AC4_RESERVED_CHANNEL_MODE));
+    return static_cast<int8_t>(std::min(substream.channel_mode, AC4_MAX_DERIVED_CHANNEL_MODE));
 }
 
 // The core of an immersive layout is the layout without its top and screen channels.
@@ -101,15 +99,15 @@ uint8_t top_channel_pairs(uint8_t top_channels_present) {
     return top_channels_present == 0 ? 0 : 1;
 }
 
-ModeMap unchanged() {
-    ModeMap map{};
+Ac4ModeMap unchanged() {
+    Ac4ModeMap map{};
     for (size_t i = 0; i < MODE_STATES; ++i) map[i] = static_cast<int8_t>(static_cast<int>(i) - 1);
     return map;
 }
 
 // Presentations may name a large group over and over: what its substreams make of every mode so far is worked out
 // once, so that naming it costs a look-up.
-void add_mode(ModeMap& map, int8_t mode) {
+void add_mode(Ac4ModeMap& map, int8_t mode) {
     for (int8_t& after : map) after = SUPERSET[state(after)][state(mode)];
 }
 

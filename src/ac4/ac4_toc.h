@@ -29,7 +29,7 @@ struct ac4_emdf_info {
     bool operator==(const ac4_emdf_info&) const = default;
 };
 
-// TS 103 190-1, 4.2.3.7 content_type, with the flag that announces it.
+// TS 103 190-1, content_type, with the flag that announces it.
 struct ac4_content_type {
     uint8_t b_content_type = 0;
     uint8_t content_classifier = 0;
@@ -43,7 +43,7 @@ struct ac4_content_type {
 
 // TS 103 190-1, ac4_substream_info: a substream of a version-0 presentation.
 struct ac4_substream_info {
-    uint32_t channel_mode = 0;  // number of the mode, TS 103 190-2, table 78
+    uint32_t channel_mode = 0;  // number of the mode
     uint8_t b_sf_multiplier = 0;
     uint8_t sf_multiplier = 0;
     uint8_t b_bitrate_indicator = 0;
@@ -135,11 +135,15 @@ struct ac4_group_substream {
     uint32_t hsf_ext_substream_index = 0;
 };
 
+// Derived channel modes are -1 (none) to 32: the DSI has five bits for a mode, so all above 31 count as one.
+constexpr uint32_t AC4_MAX_DERIVED_CHANNEL_MODE = 32;
+using Ac4ModeMap = std::array<int8_t, AC4_MAX_DERIVED_CHANNEL_MODE + 2>;  // by a mode plus one
+
 // What a group adds to the derived values of a presentation that names it.
 struct ac4_group_channels {
     // The superset of a channel mode so far and the modes of the group's substreams, by that mode plus one.
-    std::array<int8_t, 18> ch_mode_after{};
-    std::array<int8_t, 18> core_ch_mode_after{};
+    Ac4ModeMap ch_mode_after{};
+    Ac4ModeMap core_ch_mode_after{};
     bool adaptive = false;  // some substream has no core mode
     uint8_t b_4_back_channels_present = 0;
     uint8_t top_channel_pairs = 0;
