@@ -1,4 +1,4 @@
-// Tables of contents of AC-4 frames: a stereo stream as found in the field, one record for all frames. About 1.5 us per
+// Tables of contents of AC-4 frames: a stereo stream as found in the field, one record for all frames. About 0.5 us per
 // frame of 40 ms, nothing allocated.
 #include <benchmark/benchmark.h>
 

@@ -15,7 +15,7 @@
 // presentation_config of a presentation with one substream or one substream group.
 constexpr uint32_t AC4_DSI_CONFIG_SINGLE = 0x1F;
 
-// TS 103 190-2, E.9 ac4_substream_dsi.
+// TS 103 190-2, annex E, ac4_substream_dsi.
 struct ac4_substream_dsi {
     uint8_t channel_mode = 0;
     uint8_t dsi_sf_multiplier = 0;
@@ -25,7 +25,7 @@ struct ac4_substream_dsi {
     ac4_content_type content_type;
 };
 
-// TS 103 190-2, E.8 ac4_presentation_v0_dsi.
+// TS 103 190-2, annex E, ac4_presentation_v0_dsi.
 struct ac4_presentation_v0_dsi {
     uint8_t presentation_config = 0;
     uint8_t mdcompat = 0;
@@ -42,7 +42,7 @@ struct ac4_presentation_v0_dsi {
     std::vector<ac4_emdf_info> emdf_substreams;  // n_add_emdf_substreams of them
 };
 
-// One substream of TS 103 190-2, E.11 ac4_substream_group_dsi.
+// One substream of TS 103 190-2, annex E, ac4_substream_group_dsi.
 struct ac4_group_substream_dsi {
     uint8_t dsi_sf_multiplier = 0;
     uint8_t b_substream_bitrate_indicator = 0;
@@ -69,7 +69,7 @@ struct ac4_substream_group_dsi {
     bool operator==(const ac4_substream_group_dsi&) const = default;
 };
 
-// TS 103 190-2, E.10 ac4_presentation_v1_dsi.
+// TS 103 190-2, annex E, ac4_presentation_v1_dsi.
 struct ac4_presentation_v1_dsi {
     uint8_t presentation_config_v1 = 0;
     uint8_t mdcompat = 0;
@@ -117,7 +117,7 @@ enum Ac4DsiStop {
     AC4_DSI_WRONG_BOX_SIZE,           // the content does not end at the payload's end
 };
 
-// TS 103 190-2, E.6 ac4_dsi_v1.
+// TS 103 190-2, annex E, ac4_dsi_v1.
 struct Ac4Dsi {
     uint8_t ac4_dsi_version = 0;
     uint8_t bitstream_version = 0;

@@ -11,7 +11,7 @@ constexpr std::array<uint32_t, 2> SAMPLE_RATES = {44100, 48000};  // by fs_index
 
 constexpr uint32_t AC4_SAMPLE_SIZE = 16;
 
-// ETSI TS 103 190-2, table E.1: media timescale by frame_rate_index at 48 kHz.
+// ETSI TS 103 190-2, annex E: media timescale by frame_rate_index at 48 kHz.
 bool timescale_matches(const Ac4Dsi& dsi, uint32_t media_timescale) {
     // At 44.1 kHz only the one frame rate that exists there is tested, and against 48000; this is deliberate.
     if (dsi.fs_index == 0) return dsi.frame_rate_index != 13 || media_timescale == 48000;

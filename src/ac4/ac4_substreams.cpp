@@ -8,7 +8,7 @@
 
 namespace {
 
-// ETSI TS 103 190-2, table 78: channel_mode. Version-0 presentations end at the seven-bit codes.
+// ETSI TS 103 190-2, the codes of channel_mode. Version-0 presentations end at the seven-bit codes.
 uint32_t read_channel_mode(Ac4Reader& reader, bool group_substream) {
     if (!read_flag(reader)) return 0;
     if (!read_flag(reader)) return 1;

@@ -101,7 +101,7 @@ struct ac4_presentation_v1_info {
 
     // Derived from the substreams of the groups named.
     uint8_t b_presentation_channel_coded = 0;
-    int8_t presentation_ch_mode = -1;  // -1: none; 16: reserved
+    int8_t presentation_ch_mode = -1;  // -1: none; 16 and up: reserved
     uint8_t pres_b_4_back_channels_present = 0;
     uint8_t pres_top_channel_pairs = 0;
     uint32_t presentation_channel_mask = 0;
