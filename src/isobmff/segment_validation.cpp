@@ -1,6 +1,7 @@
 #include "isobmff/segment_validation.h"
 
 #include <algorithm>
+#include <cinttypes>
 #include <cstdio>
 
 #include "bits/report.h"
@@ -91,13 +92,13 @@ int validate_mp4_segment(FileReader& reader, const SegmentEntry& segment, MediaC
     }
     if (apply_byte_range(*context, reader, segment) != 0) return 1;
     start_work(*context);
-    int status = parse_media(*context, reader);
-    if (status != 0) return 1;
-    status = context->status;
-    for (const std::unique_ptr<TrackRecord>& track : context->tracks)
-        if (!validate_track(*context, reader, *track, status)) break;
+    const bool walked = parse_media(*context, reader) == 0;
+    int status = walked ? context->status : 1;
+    if (walked)
+        for (const std::unique_ptr<TrackRecord>& track : context->tracks)
+            if (!validate_track(*context, reader, *track, status)) break;
     if (reader.read_error) {
-        report_reason(reader.path, "a read failed before byte %llu", static_cast<unsigned long long>(reader.position));
+        report_reason(reader.path, "a read failed before byte %" PRIu64, reader.position);
         status |= SEGMENT_FINDING;
     }
     return status;
