@@ -103,9 +103,11 @@ PesState start_pes(PesStream& stream, std::span<const uint8_t> bytes, const std:
     const size_t payload = PES_FIXED_HEADER_SIZE + stream.PES_header_data_length;
     stream.expected = PES_MAX_PAYLOAD;
     if (stream.PES_packet_length != 0) {
-        // The three bytes behind PES_packet_length count too; a length that ends inside the header leaves no payload.
+        // The three bytes behind PES_packet_length count too. A length that ends inside the header leaves a packet that
+        // never completes; one that ends with the header is an empty packet, complete at once.
         const int32_t rest = stream.PES_packet_length - stream.PES_header_data_length - 3;
-        stream.expected = rest > 0 ? static_cast<uint32_t>(rest) : 0;
+        stream.expected = static_cast<uint32_t>(std::max(rest, 0));
+        if (rest == 0) return PesState::COMPLETE;
     }
     return continue_pes(stream, bytes.subspan(std::min(payload, bytes.size())));
 }

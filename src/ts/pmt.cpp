@@ -80,7 +80,9 @@ int parse_pmt(PsiTables& tables, uint16_t pid, std::span<const uint8_t> section)
     }
     ProgramRecord program;
     program.program_map_PID = pid;
-    program.program_number = load_be16(section, 3);
+    // The association table names the program, whatever number the section itself carries.
+    const PatEntry* entry = find_pat_entry(tables, pid);
+    program.program_number = entry != nullptr ? entry->program_number : load_be16(section, 3);
     program.version_number = load_u8(section, 5) >> 1 & 0x1F;
     program.current_next_indicator = (load_u8(section, 5) & 1) != 0;
     program.section_number = load_u8(section, 6);

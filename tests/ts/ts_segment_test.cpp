@@ -312,6 +312,15 @@ TEST(TsSegment, ProgramTablesThatChange) {
     const Demuxed result = demux(writer.bytes);
     EXPECT_EQ(result.files.at("s_pid_257.adts").size(), 20u);
     EXPECT_EQ(result.files.at("s_pid_256.adts").size(), 40u);
+
+    // The PAT says whose PMT it is, not the number inside.
+    TsWriter renumbered;
+    renumbered.pat({});
+    PmtSpec pmt;
+    pmt.program_number = 9;
+    pmt.streams = {{0x0F, AUDIO_PID}};
+    renumbered.pmt(pmt);
+    EXPECT_EQ(demux(renumbered.bytes).files.size(), 1u);
 }
 
 TEST(TsSegment, TimesThatAreMissing) {
@@ -325,6 +334,16 @@ TEST(TsSegment, TimesThatAreMissing) {
     EXPECT_EQ(result.timing.streams[0].first_pts, -1);
     EXPECT_EQ(result.timing.streams[0].end_pts, -1);
     EXPECT_EQ(result.timing.video_first_pts, -1);  // one picture tells no distance
+
+    // A packet that ends with its header is complete, and counts.
+    TsWriter empty = begin_segment({{0x0F, AUDIO_PID}});
+    for (const uint64_t pts : {7000, 9000}) {
+        PesSpec spec = pes({});
+        spec.pts = pts;
+        spec.PES_packet_length = 8;
+        empty.pes(AUDIO_PID, spec);
+    }
+    EXPECT_EQ(demux(empty.bytes).timing.streams[0].first_pts, 7000);
 }
 
 TEST(TsSegment, AnOutputThatCannotBeCreatedLeavesTheOthers) {
