@@ -151,7 +151,8 @@ using FieldTable = std::map<std::string, uint16_t Bsi::*>;
 const FieldTable<Ac3Bsi> AC3_FIELDS = {
     {"fscod", &Ac3Bsi::fscod}, {"frmsizecod", &Ac3Bsi::frmsizecod}, {"bsid", &Ac3Bsi::bsid},
     {"acmod", &Ac3Bsi::acmod}, {"lfeon", &Ac3Bsi::lfeon}, {"dialnorm", &Ac3Bsi::dialnorm},
-    {"compre", &Ac3Bsi::compre}, {"compr", &Ac3Bsi::compr},
+    {"compre", &Ac3Bsi::compre}, {"compr", &Ac3Bsi::compr}, {"compr2e", &Ac3Bsi::compr2e},
+    {"compr2", &Ac3Bsi::compr2},
 };
 
 const FieldTable<Eac3Bsi> EAC3_FIELDS = {

@@ -62,6 +62,7 @@ const RuleCase GENERIC_CASES[] = {
     {"early sync, 1 block", {"2*I:blocks=1,sync=1 5*I:blocks=1"}, "083"},
     {"late sync", {"I:blocks=3,sync=1 2*I:blocks=3 I:blocks=3,sync=1 I:blocks=3"}, "081 171"},
     {"no sync in the first frame", {"I:blocks=3 I:blocks=3,sync=1 I:blocks=3"}, "081 170 171"},
+    {"6 blocks end the count", {"I I:blocks=3 I:blocks=3,sync=1 I:blocks=3"}, "076 081 170 171"},
     {"ends inside a frameset", {"I:blocks=2,sync=1 I:blocks=2"}, "172"},
     {"a single short frame", {"I:blocks=2,sync=1"}, ""},
     {"D0 with bsid 13", {"I D:bsid=13 I D:bsid=13"}, "084"},

@@ -23,6 +23,8 @@ struct Outcome {
 
 Outcome process(ZtpInfoContext* handle, std::span<const uint8_t> bytes) {
     Outcome outcome;
+    outcome.summary.num_programs = 99;  // left over from an earlier use
+    outcome.summary.programs[7].independent.bsid = 99;
     testing::internal::CaptureStderr();
     outcome.out = printed_by([&] { outcome.result = ztpinfo_process(bytes, outcome.summary, handle); });
     outcome.err = testing::internal::GetCapturedStderr();
@@ -106,16 +108,19 @@ TEST(Ztpinfo, MessagesAndResults) {
         EXPECT_EQ(outcome.result, result) << message_case.stream;
         EXPECT_EQ(messages(outcome.err), message_case.messages) << message_case.stream;
         EXPECT_TRUE(outcome.result != 2 || outcome.summary.num_programs == 0) << message_case.stream;
+        EXPECT_EQ(outcome.summary.programs[7].independent.bsid, 0u) << message_case.stream;
     }
 }
 
 TEST(Ztpinfo, UnknownRuleSet) {
-    const ZtpInfoPtr handle(ztpinfo_open());
-    ztpinfo_configure(handle.get(), {.rule_set = 5});
-    const Outcome outcome = process(handle.get(), "I");
-    EXPECT_EQ(outcome.result, 2);
-    EXPECT_EQ(messages(outcome.err), (std::vector<std::string>{"Unknown compliance mode requested @tsc",
-                                                               "Processing error in ZIT subroutine @ztpinfo_api"}));
+    for (const char* stream : {"I", "3*I"}) {
+        const ZtpInfoPtr handle(ztpinfo_open());
+        ztpinfo_configure(handle.get(), {.rule_set = 5});
+        const Outcome outcome = process(handle.get(), stream);
+        EXPECT_EQ(outcome.result, 2);
+        EXPECT_EQ(messages(outcome.err), (std::vector<std::string>{"Unknown compliance mode requested @tsc",
+                                                                   "Processing error in ZIT subroutine @ztpinfo_api"}));
+    }
 }
 
 // A cut stream is refused only when the cut lies inside the first three words of a frame.
@@ -135,11 +140,11 @@ TEST(Ztpinfo, EveryPrefix) {
 TEST(Ztpinfo, Summary) {
     const ZtpInfoPtr handle(ztpinfo_open());
     const Outcome outcome = process(handle.get(),
-                                    "I:infomdate=1,bsmod=3 D I2:acmod=2,lfeon=0,addbsie=1,addbsil=1 "
-                                    "I:infomdate=1,bsmod=3 D I2:acmod=2,lfeon=0,addbsie=1,addbsil=1");
+                                    "I:infomdate=1,bsmod=3 D I2:acmod=2,lfeon=0,addbsie=1,addbsil=1 D "
+                                    "I:infomdate=1,bsmod=3 D I2:acmod=2,lfeon=0,addbsie=1,addbsil=1 D");
     const ZtpStreamSummary& summary = outcome.summary;
     EXPECT_EQ(summary.byte_order_swapped, 0u);
-    EXPECT_EQ(summary.data_rate_kbps, 320u);  // 128 + 64 + 128 kbps
+    EXPECT_EQ(summary.data_rate_kbps, 384u);  // 128 + 64 + 128 + 64 kbps
     EXPECT_EQ(summary.frameset_count, 2u);
     EXPECT_EQ(summary.num_programs, 2u);
     const ZtpProgramSummary& first = summary.programs[0];
@@ -151,11 +156,35 @@ TEST(Ztpinfo, Summary) {
     EXPECT_EQ(first.dependent[0].strmtyp, 1u);
     EXPECT_EQ(first.dependent[0].chanmap, 0x0200u);
     EXPECT_EQ(summary.programs[1].independent.bsid, 0u);  // by program number
+    EXPECT_EQ(summary.programs[2].num_dep_substreams, 1u);
     const ZtpSubstreamSummary& third = summary.programs[2].independent;
     EXPECT_EQ(third.bsid, 16u);
     EXPECT_EQ(third.substreamid, 2u);
     EXPECT_EQ(third.addbsie, 1u);
     EXPECT_EQ(third.addbsi_bytes, 2u);
+}
+
+TEST(Ztpinfo, SubstreamsThatWentAreForgotten) {
+    const ZtpInfoPtr handle(ztpinfo_open());
+    EXPECT_EQ(process(handle.get(), "I D I1").summary.programs[0].num_dep_substreams, 1u);
+    for (const char* stream : {"I:acmod=1", "I", "I:acmod=1", "I"}) {
+        const ZtpStreamSummary summary = process(handle.get(), stream).summary;
+        EXPECT_EQ(summary.num_programs, 1u);
+        EXPECT_EQ(summary.programs[0].num_dep_substreams, 0u);
+        EXPECT_EQ(summary.programs[0].dependent[0].bsid, 0u);
+        EXPECT_EQ(summary.programs[1].independent.bsid, 0u);
+    }
+}
+
+TEST(Ztpinfo, WarningsAreListedWhenAsked) {
+    const ZtpInfoPtr handle(ztpinfo_open());
+    ztpinfo_configure(handle.get(), {.rule_set = ZTP_RULES_HD_DVD_SECONDARY});
+    EXPECT_EQ(process(handle.get(), "2*I:acmod=2,lfeon=0").out, "");
+    ztpinfo_configure(handle.get(), {.options = 0x0840, .rule_set = ZTP_RULES_HD_DVD_SECONDARY});
+    const Outcome outcome = process(handle.get(), "");
+    EXPECT_EQ(outcome.result, 0);
+    EXPECT_EQ(outcome.out,
+              "    176 - WARNING: HD-DVD: EC3: Secondary Audio: I0: The \"acmod\" of primary cannot be 1 (1/0)\n");
 }
 
 TEST(Ztpinfo, SummaryOverSeveralCalls) {
@@ -194,6 +223,13 @@ TEST(Ztpinfo, StopsAtAFailureWhenAsked) {
     }
 }
 
+std::string numbers_of(const std::string& list) {
+    std::string numbers;
+    std::istringstream lines(list);
+    for (std::string line; std::getline(lines, line);) numbers += line.substr(4, 4);
+    return numbers;
+}
+
 // The compliance list comes with a changed layout, at the end of a call, and once more as the list of all.
 TEST(Ztpinfo, WhenListsArePrinted) {
     struct {
@@ -209,17 +245,18 @@ TEST(Ztpinfo, WhenListsArePrinted) {
         {"I I:crc=1 I I:crc=1", "166 166 166 "},
         {"A A:dialnorm=30 A", "068 068 068 "},
         {"A:compre=1 A:compre=1,compr=9 A:compre=1", "068 068 "},
+        {"A:acmod=0,compr2e=1 A:acmod=0,compr2e=1,compr2=9 A:acmod=0,compr2e=1", "068 068 "},
         {"2*A:fscod=1 A:fscod=1,frmsizecod=31", "068 068 "},
         {"2*A:fscod=1 A:fscod=1,frmsizecod=32 A", "068 068 068 "},
     };
     for (const auto& [stream, numbers] : cases) {
         const ZtpInfoPtr handle(ztpinfo_open());
-        const std::string out = process(handle.get(), stream).out;
-        std::string found;
-        std::istringstream lines(out);
-        for (std::string line; std::getline(lines, line);) found += line.substr(4, 4);
-        EXPECT_EQ(found, numbers) << stream;
+        EXPECT_EQ(numbers_of(process(handle.get(), stream).out), numbers) << stream;
     }
+    // What a call's end has reported is not reported again.
+    const ZtpInfoPtr handle(ztpinfo_open());
+    EXPECT_EQ(numbers_of(process(handle.get(), "A A:compre=1").out), "068 068 ");
+    EXPECT_EQ(numbers_of(process(handle.get(), "A:compre=1,compr=9 A:compre=1").out), "068 068 ");
 }
 
 std::vector<std::filesystem::path> real_streams() {
