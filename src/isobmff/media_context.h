@@ -234,9 +234,9 @@ struct MediaContext {
     uint64_t work_left = 0;
 };
 
-// Sets the limit: 16 times the file and 16 MiB more.
+// Sets the limit: 16 times the file and 4 MiB more.
 inline void start_work(MediaContext& context) {
-    context.work_left = 16 * (context.file_size + (uint64_t{1} << 20));
+    context.work_left = 16 * context.file_size + (uint64_t{4} << 20);
 }
 
 inline void spend_work(MediaContext& context, uint64_t work) {
