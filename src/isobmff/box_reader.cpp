@@ -146,8 +146,7 @@ int walk_box(MediaContext& context, FileReader& reader, int64_t& left) {
     int status = 0;
     if (handler != SKIP) status = handler(context, reader, payload);
     const bool stay = handler == SKIP && may_stay_in_front(context, reader, left, payload);
-    if (status == 0 && reader.position != end && !stay)
-        reader_skip(static_cast<int64_t>(end - reader.position), reader);
+    if (reader.position != end && !stay) reader_skip(static_cast<int64_t>(end - reader.position), reader);
     left -= size;
     context.box = container;
     return status;
@@ -190,10 +189,15 @@ int refuse_box(const MediaContext& context, const FileReader& reader, const char
     return 1;
 }
 
-void read_payload_start(FileReader& reader, int64_t payload_size, std::span<uint8_t> bytes) {
-    const auto count = static_cast<uint32_t>(std::min<int64_t>(payload_size, static_cast<int64_t>(bytes.size())));
-    const uint32_t delivered = reader_read(bytes.data(), count, reader);
+void read_fields(FileReader& reader, std::span<uint8_t> bytes) {
+    const uint32_t delivered = reader_read(bytes.data(), static_cast<uint32_t>(bytes.size()), reader);
     std::fill(bytes.begin() + delivered, bytes.end(), uint8_t{0});
+}
+
+void read_payload_start(FileReader& reader, int64_t payload_size, std::span<uint8_t> bytes) {
+    const size_t count = std::min(static_cast<size_t>(payload_size), bytes.size());
+    read_fields(reader, bytes.first(count));
+    std::fill(bytes.begin() + static_cast<ptrdiff_t>(count), bytes.end(), uint8_t{0});
 }
 
 bool payload_in_file(const MediaContext& context, const FileReader& reader, uint64_t size) {

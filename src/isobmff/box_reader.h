@@ -23,6 +23,10 @@ using BoxHandler = int (*)(MediaContext& context, FileReader& reader, int64_t pa
 // Says on standard error which box breaks which rule; returns 1. `rule` is a plain text.
 [[nodiscard]] int refuse_box(const MediaContext& context, const FileReader& reader, const char* rule);
 
+// Reads the fields that a box begins with into `bytes`. Those of a payload that is too short for them are taken from
+// what lies behind it, deliberately, since the walk goes back to the box's end; zeros where the file or range ends.
+void read_fields(FileReader& reader, std::span<uint8_t> bytes);
+
 // Reads the first bytes of a payload into `bytes`, zeros where the payload or the file ends before.
 void read_payload_start(FileReader& reader, int64_t payload_size, std::span<uint8_t> bytes);
 

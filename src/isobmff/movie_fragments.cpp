@@ -46,7 +46,7 @@ TrackRecord* find_track(const MediaContext& context, uint32_t track_ID) {
     return nullptr;
 }
 
-// Reads the fields of a payload one behind the other; zeros behind its end.
+// Reads the fields of a sample one behind the other.
 struct FieldReader {
     std::span<const uint8_t> bytes;
     size_t position = 0;
@@ -65,22 +65,17 @@ struct TrackRun {
     int64_t header_size = 0;
 };
 
-TrackRun read_run_header(FileReader& reader, int64_t payload_size) {
-    std::array<uint8_t, 8> start{};
-    read_payload_start(reader, payload_size, start);
+TrackRun read_run_header(FileReader& reader) {
     TrackRun run;
-    run.flags = load_be32(start, 0) & 0xFFFFFF;
-    run.sample_count = load_be32(start, 4);
-    run.header_size = static_cast<int64_t>(start.size());
-    std::array<uint8_t, 4> field{};
+    run.flags = read_be32(reader) & 0xFFFFFF;
+    run.sample_count = read_be32(reader);
+    run.header_size = 8;
     if ((run.flags & TRUN_DATA_OFFSET) != 0) {
-        read_payload_start(reader, std::max<int64_t>(payload_size - run.header_size, 0), field);
-        run.data_offset = static_cast<int32_t>(load_be32(field, 0));
+        run.data_offset = static_cast<int32_t>(read_be32(reader));
         run.header_size += 4;
     }
     if ((run.flags & TRUN_FIRST_SAMPLE_FLAGS) != 0) {
-        read_payload_start(reader, std::max<int64_t>(payload_size - run.header_size, 0), field);
-        run.first_sample_flags = load_be32(field, 0);
+        run.first_sample_flags = read_be32(reader);
         run.header_size += 4;
     }
     return run;
@@ -137,17 +132,19 @@ int read_moof(MediaContext& context, FileReader& reader, int64_t payload_size) {
     return walk_container(context, reader, payload_size);
 }
 
-int read_mfhd(MediaContext& context, FileReader& reader, int64_t payload_size) {
+int read_mfhd(MediaContext& context, FileReader& reader, int64_t) {
     std::array<uint8_t, 8> payload{};
-    read_payload_start(reader, payload_size, payload);
+    read_fields(reader, payload);
     context.fragment_sequence_number = load_be32(payload, 4);
     return 0;
 }
 
-int read_trex(MediaContext& context, FileReader& reader, int64_t payload_size) {
+// The track becomes the current one, as with tfhd.
+int read_trex(MediaContext& context, FileReader& reader, int64_t) {
     std::array<uint8_t, 20> payload{};
-    read_payload_start(reader, payload_size, payload);
+    read_fields(reader, payload);
     TrackRecord* track = find_track(context, load_be32(payload, 4));
+    context.current_track = track;
     if (track == nullptr) return 0;
     track->default_sample_description_index = load_be32(payload, 8);
     track->default_sample_duration = load_be32(payload, 12);
@@ -156,24 +153,21 @@ int read_trex(MediaContext& context, FileReader& reader, int64_t payload_size) {
 }
 
 // A default given here holds for the later fragments too, deliberately: there is one field for it.
-int read_tfhd(MediaContext& context, FileReader& reader, int64_t payload_size) {
-    std::array<uint8_t, 28> payload{};
-    read_payload_start(reader, payload_size, payload);
-    FieldReader fields = {payload};
-    const uint32_t flags = fields.next32() & 0xFFFFFF;
-    context.current_track = find_track(context, fields.next32());
+int read_tfhd(MediaContext& context, FileReader& reader, int64_t) {
+    const uint32_t flags = read_be32(reader) & 0xFFFFFF;
+    context.current_track = find_track(context, read_be32(reader));
     uint64_t base_data_offset = context.moof_start;
     uint32_t base_high = 0;
     if ((flags & TFHD_BASE_DATA_OFFSET) != 0) {
-        base_high = fields.next32();
-        base_data_offset = fields.next32();
+        base_high = read_be32(reader);
+        base_data_offset = read_be32(reader);
     }
     if (context.current_track != nullptr) {
         TrackRecord& track = *context.current_track;
         track.base_data_offset = base_data_offset;
-        if ((flags & TFHD_SAMPLE_DESCRIPTION_INDEX) != 0) track.default_sample_description_index = fields.next32();
-        if ((flags & TFHD_DEFAULT_SAMPLE_DURATION) != 0) track.default_sample_duration = fields.next32();
-        if ((flags & TFHD_DEFAULT_SAMPLE_SIZE) != 0) track.default_sample_size = fields.next32();
+        if ((flags & TFHD_SAMPLE_DESCRIPTION_INDEX) != 0) track.default_sample_description_index = read_be32(reader);
+        if ((flags & TFHD_DEFAULT_SAMPLE_DURATION) != 0) track.default_sample_duration = read_be32(reader);
+        if ((flags & TFHD_DEFAULT_SAMPLE_SIZE) != 0) track.default_sample_size = read_be32(reader);
     }
     // Only the low half is kept, deliberately.
     if (base_high != 0) return refuse_box(context, reader, "its base data offset is 4 GiB or more");
@@ -182,7 +176,7 @@ int read_tfhd(MediaContext& context, FileReader& reader, int64_t payload_size) {
 
 int read_trun(MediaContext& context, FileReader& reader, int64_t payload_size) {
     if (context.current_track == nullptr) return 0;
-    const TrackRun run = read_run_header(reader, payload_size);
+    const TrackRun run = read_run_header(reader);
     const uint32_t entry_size = 4 * static_cast<uint32_t>(std::popcount(run.flags & TRUN_PER_SAMPLE_FIELDS));
     const uint64_t size = uint64_t{run.sample_count} * entry_size;
     if (payload_size < run.header_size || size > static_cast<uint64_t>(payload_size - run.header_size))

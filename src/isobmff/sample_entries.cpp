@@ -64,7 +64,7 @@ std::string_view take_string(std::string_view& strings) {
 int read_stsd(MediaContext& context, FileReader& reader, int64_t payload_size) {
     if (context.current_track == nullptr) return 0;
     std::array<uint8_t, STSD_HEADER_SIZE> header{};
-    read_payload_start(reader, payload_size, header);
+    read_fields(reader, header);
     if (load_be32(header, 4) != 1)
         return refuse_box(context, reader, "it does not hold exactly one sample description");
     return walk_container(context, reader, payload_size - static_cast<int64_t>(header.size()));
@@ -74,7 +74,7 @@ int read_visual_sample_entry(MediaContext& context, FileReader& reader, int64_t 
     if (context.current_track == nullptr) return 0;
     TrackRecord& track = *context.current_track;
     std::array<uint8_t, VISUAL_ENTRY_SIZE> entry{};
-    read_payload_start(reader, payload_size, entry);
+    read_fields(reader, entry);
     set_kinds(track, context.box.type);
     track.width = load_be16(entry, 24);
     track.height = load_be16(entry, 26);
@@ -85,7 +85,7 @@ int read_audio_sample_entry(MediaContext& context, FileReader& reader, int64_t p
     if (context.current_track == nullptr) return 0;
     TrackRecord& track = *context.current_track;
     std::array<uint8_t, AUDIO_ENTRY_SIZE> entry{};
-    read_payload_start(reader, payload_size, entry);
+    read_fields(reader, entry);
     set_kinds(track, context.box.type);
     track.channel_count = load_be16(entry, 16);
     track.samplesize = load_be16(entry, 18);
@@ -93,10 +93,10 @@ int read_audio_sample_entry(MediaContext& context, FileReader& reader, int64_t p
     return walk_container(context, reader, payload_size - static_cast<int64_t>(entry.size()));
 }
 
-int read_frma(MediaContext& context, FileReader& reader, int64_t payload_size) {
+int read_frma(MediaContext& context, FileReader& reader, int64_t) {
     if (context.current_track == nullptr) return 0;
     std::array<uint8_t, 4> data_format{};
-    read_payload_start(reader, payload_size, data_format);
+    read_fields(reader, data_format);
     const SampleFormat* format = find_format(load_be32(data_format, 0));
     if (format == nullptr || !format->named_by_frma) return 0;
     context.current_track->codec_kind = format->codec_kind;

@@ -41,7 +41,7 @@ int read_entries(MediaContext& context, FileReader& reader, uint64_t count, uint
 int read_table(MediaContext& context, FileReader& reader, int64_t payload_size, uint32_t entry_size,
                AppendEntry append) {
     std::array<uint8_t, 8> header{};
-    read_payload_start(reader, payload_size, header);
+    read_fields(reader, header);
     const int64_t left = payload_size - static_cast<int64_t>(header.size());
     return read_entries(context, reader, load_be32(header, 4), entry_size, left, append);
 }
@@ -54,7 +54,7 @@ int read_stsz(MediaContext& context, FileReader& reader, int64_t payload_size) {
     tables.sizes.clear();
     tables.sample_count = 0;
     std::array<uint8_t, 12> header{};
-    read_payload_start(reader, payload_size, header);
+    read_fields(reader, header);
     const uint32_t sample_size = load_be32(header, 4);
     const uint32_t sample_count = load_be32(header, 8);
     if (sample_size != 0) {

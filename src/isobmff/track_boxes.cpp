@@ -53,15 +53,15 @@ EditListEntry edit_list_entry(std::span<const uint8_t> entries, uint8_t version,
 
 }  // namespace
 
-int read_ftyp(MediaContext& context, FileReader& reader, int64_t payload_size) {
-    read_payload_start(reader, payload_size, context.major_brand);
+int read_ftyp(MediaContext& context, FileReader& reader, int64_t) {
+    read_fields(reader, context.major_brand);
     return 0;
 }
 
 // The version 0 layout serves for every version, deliberately.
-int read_mvhd(MediaContext& context, FileReader& reader, int64_t payload_size) {
+int read_mvhd(MediaContext& context, FileReader& reader, int64_t) {
     std::array<uint8_t, 16> payload{};
-    read_payload_start(reader, payload_size, payload);
+    read_fields(reader, payload);
     context.movie_timescale = load_be32(payload, 12);
     return 0;
 }
@@ -79,21 +79,22 @@ int read_trak(MediaContext& context, FileReader& reader, int64_t payload_size) {
     return refuse_box(context, reader, "there are more than 256 tracks");
 }
 
-int read_tkhd(MediaContext& context, FileReader& reader, int64_t payload_size) {
+int read_tkhd(MediaContext& context, FileReader& reader, int64_t) {
     if (context.current_track == nullptr) return 0;
     std::array<uint8_t, 24> payload{};
-    read_payload_start(reader, payload_size, payload);
+    read_fields(reader, payload);
     if (payload[0] > 1) return refuse_box(context, reader, "its version is neither 0 nor 1");
     const size_t times_size = payload[0] == 1 ? 16 : 8;
     context.current_track->track_ID = load_be32(payload, FULL_BOX_HEADER_SIZE + times_size);
     return 0;
 }
 
-int read_mdhd(MediaContext& context, FileReader& reader, int64_t payload_size) {
+int read_mdhd(MediaContext& context, FileReader& reader, int64_t) {
     if (context.current_track == nullptr) return 0;
     TrackRecord& track = *context.current_track;
     std::array<uint8_t, 36> payload{};
-    read_payload_start(reader, payload_size, payload);
+    read_fields(reader, std::span(payload).first(24));
+    if (payload[0] == 1) read_fields(reader, std::span(payload).subspan(24));
     if (payload[0] > 1) return refuse_box(context, reader, "its version is neither 0 nor 1");
     if (payload[0] == 1) {
         track.media_timescale = load_be32(payload, 20);
@@ -112,21 +113,18 @@ int read_mdhd(MediaContext& context, FileReader& reader, int64_t payload_size) {
 }
 
 // The edit list is read at its fixed place inside edts. An empty list is refused too, deliberately.
-int read_edts(MediaContext& context, FileReader& reader, int64_t payload_size) {
+int read_edts(MediaContext& context, FileReader& reader, int64_t) {
     if (context.current_track == nullptr) return 0;
     TrackRecord& track = *context.current_track;
-    std::array<uint8_t, 16 + 2 * 20> payload{};
-    read_payload_start(reader, payload_size, payload);
-    const std::span<const uint8_t> list = std::span<const uint8_t>(payload).subspan(8);
-    const uint8_t version = list[0];
-    const uint32_t entry_count = load_be32(list, 4);
+    std::array<uint8_t, 16> header{};
+    read_fields(reader, header);
+    const uint8_t version = header[8];
+    const uint32_t entry_count = load_be32(header, 12);
     if (version > 1) return refuse_box(context, reader, "the edit list's version is neither 0 nor 1");
     if (entry_count < 1 || entry_count > 2)
         return refuse_box(context, reader, "the edit list has neither one nor two entries");
-    if (payload_size < 16 + int64_t{entry_count} * (version == 1 ? 20 : 12))
-        return refuse_box(context, reader, "the edit list is cut short");
-
-    const std::span<const uint8_t> entries = list.subspan(8);
+    std::array<uint8_t, 2 * 20> entries{};
+    read_fields(reader, std::span(entries).first(entry_count * (version == 1 ? 20u : 12u)));
     const EditListEntry first = edit_list_entry(entries, version, 0);
     if (entry_count == 1) {
         track.presentation_offset = static_cast<int64_t>(0 - static_cast<uint64_t>(first.media_time));
@@ -139,10 +137,10 @@ int read_edts(MediaContext& context, FileReader& reader, int64_t payload_size) {
     return 0;
 }
 
-int read_hdlr(MediaContext& context, FileReader& reader, int64_t payload_size) {
+int read_hdlr(MediaContext& context, FileReader& reader, int64_t) {
     if (context.current_track == nullptr) return 0;
     std::array<uint8_t, 12> payload{};
-    read_payload_start(reader, payload_size, payload);
+    read_fields(reader, payload);
     HandlerKind kind = HANDLER_OTHER;
     switch (load_be32(payload, 8)) {
         case fourcc("soun"):
@@ -170,7 +168,7 @@ int read_hdlr(MediaContext& context, FileReader& reader, int64_t payload_size) {
 
 int read_meta(MediaContext& context, FileReader& reader, int64_t payload_size) {
     std::array<uint8_t, FULL_BOX_HEADER_SIZE> header{};
-    read_payload_start(reader, payload_size, header);
+    read_fields(reader, header);
     return walk_container(context, reader, payload_size - static_cast<int64_t>(header.size()));
 }
 
@@ -178,7 +176,7 @@ int read_uuid(MediaContext& context, FileReader& reader, int64_t payload_size) {
     if (payload_size < static_cast<int64_t>(UUID_SIZE))
         return refuse_box(context, reader, "it is too short for its extended type");
     std::array<uint8_t, UUID_SIZE> extended_type{};
-    read_payload_start(reader, payload_size, extended_type);
+    read_fields(reader, extended_type);
     if (!std::equal(extended_type.begin(), extended_type.end(), METADATA_UUID.begin())) return 0;
     context.metadata_box_offset = context.box.offset;
     context.metadata_length = static_cast<uint64_t>(payload_size) - UUID_SIZE;

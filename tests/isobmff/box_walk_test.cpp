@@ -60,6 +60,8 @@ std::vector<WalkCase> walk_cases() {
         {"no edits", with_edits(0, {}, 0), 1},
         {"three edits", with_edits(0, {5, MINUS_1, RATE, 0, 0, RATE, 0, 0, RATE}, 3), 1},
         {"second edit missing", with_edits(0, {500, MINUS_1, RATE}, 2), 1},
+        {"fields of a box without payload lie behind it",
+         box("moov", {box("trak", {box("stsd", {}), box({"\0\0\0\1", 4}, {})})})},
         {"edit list version 2", with_edits(2, {0, 0, RATE}, 1), 1},
         {"256 tracks", init_section(std::vector<TrakSpec>(256))},
         {"257 tracks", init_section(std::vector<TrakSpec>(257)), 1},
