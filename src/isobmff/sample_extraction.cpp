@@ -115,7 +115,9 @@ void seek_chunk(Extraction& extraction, uint64_t offset) {
     uint64_t readable = extraction.context.file_size;
     if (reader.limited && reader.remaining > 0)
         readable = std::max(readable, reader.position + static_cast<uint64_t>(reader.remaining));
-    offset = std::min(offset, readable + 1);
+    // A place in front of the file is one behind it as an unsigned number, but the seek to it goes backwards.
+    const bool in_front = offset > static_cast<uint64_t>(INT64_MAX);
+    offset = in_front ? UINT64_MAX : std::min(offset, readable + 1);
     if (offset == reader.position) return;
     const uint64_t buffer_start = reader.position - reader.cursor;
     if (offset < buffer_start || offset >= buffer_start + reader.valid)

@@ -49,6 +49,16 @@ TEST(Segment, ByteRangesOfOneFile) {
     }
 }
 
+TEST(Segment, SamplesInFrontOfTheFileAreNotThere) {
+    const Bytes init = init_with_entry(DATA_ENTRY);
+    const Bytes media = media_segment({{.samples = {text_bytes("x")}, .data_offset = -100000}});
+    const auto size = [](const Bytes& bytes) { return std::to_string(bytes.size()); };
+    const SegmentRun run =
+        run_segments({join({init, media}), join({init, media})}, {.ranges = {range(size(init)), range(size(media))}});
+    EXPECT_EQ(run.statuses, (std::vector<int>{0, 11, 0}));
+    EXPECT_EQ(run.out, "") << "a seek backwards stays inside any limit";
+}
+
 TEST(Segment, TracksKeepTheirFilesOverSegmentsAndRepeatedMovies) {
     const Bytes init =
         init_section({{.track_ID = 1, .entry = audio_entry("mp4a", 2, {})}, {.track_ID = 2, .entry = DATA_ENTRY}});
