@@ -1,20 +1,33 @@
 #include "driver/master_playlist.h"
 
 #include <cstdio>
+#include <string_view>
+#include <unordered_set>
 
 #include "bits/report.h"
 #include "driver/media_playlist.h"
 #include "driver/paths.h"
 #include "playlist/codecs.h"
+#include "playlist/group_index.h"
 #include "playlist/playlist_attributes.h"
 #include "playlist/playlist_checks.h"
 #include "playlist/ztp_program.h"
 
 namespace {
 
-// Absent texts are equal to nothing.
-bool same_group(const Text& a, const Text& b) {
-    return a && b && *a == *b;
+// A master playlist and its groups, looked up by name.
+struct MasterPlaylist {
+    const Playlist& playlist;
+    GroupIndex audio_variants;                          // the first variant of each audio group
+    std::unordered_set<std::string_view> media_groups;  // of the renditions to be validated
+};
+
+// The rendition's TYPE is not looked at, deliberately.
+std::unordered_set<std::string_view> collect_media_groups(const Playlist& playlist) {
+    std::unordered_set<std::string_view> groups;
+    for (const MediaEntry& entry : playlist.media)
+        if (entry.has_uri && entry.group_id) groups.insert(*entry.group_id);
+    return groups;
 }
 
 // The stem of a media playlist names its output files; a playlist without one is not validated.
@@ -37,23 +50,10 @@ std::optional<std::array<uint32_t, 4>> program_attributes(const MediaEntry& entr
     return programs;
 }
 
-const VariantStream* variant_of_rendition(const Playlist& playlist, const MediaEntry& entry) {
-    if (entry.type != "AUDIO") return nullptr;
-    for (const VariantStream& variant : playlist.variants)
-        if (same_group(variant.audio, entry.group_id)) return &variant;
-    return nullptr;
-}
-
-// The rendition's TYPE is not looked at, deliberately.
-bool has_rendition(const Playlist& playlist, const VariantStream& variant) {
-    for (const MediaEntry& entry : playlist.media)
-        if (entry.has_uri && same_group(entry.group_id, variant.audio)) return true;
-    return false;
-}
-
-int validate_rendition(const Playlist& playlist, const MediaEntry& entry,
+int validate_rendition(const MasterPlaylist& master, const MediaEntry& entry,
                        const std::optional<std::string>& output_dir) {
-    const VariantStream* variant = variant_of_rendition(playlist, entry);
+    if (entry.type != "AUDIO") return 0;
+    const VariantStream* variant = find_group(master.audio_variants, entry.group_id);
     std::string stem;
     if (variant == nullptr || !take_stem(*entry.uri, stem)) return 0;
     PlaylistAttributes attrs;
@@ -65,13 +65,13 @@ int validate_rendition(const Playlist& playlist, const MediaEntry& entry,
     return error_flag;
 }
 
-int validate_variant(const Playlist& playlist, const VariantStream& variant,
+int validate_variant(const MasterPlaylist& master, const VariantStream& variant,
                      const std::optional<std::string>& output_dir) {
     std::string stem;
     if (!take_stem(*variant.uri, stem)) return 0;
     const std::string codecs = variant.codecs.value_or("");
     PlaylistAttributes attrs;
-    attrs.audio_in_media_group = has_rendition(playlist, variant);
+    attrs.audio_in_media_group = variant.audio && master.media_groups.contains(*variant.audio);
     attrs.codecs = attrs.audio_in_media_group ? filter_codecs(codecs, CodecsFilter::VIDEO) : codecs;
     int error_flag = 0;
     validate_media_playlist(*variant.uri, stem, output_dir, &attrs, error_flag);
@@ -82,9 +82,11 @@ int validate_variant(const Playlist& playlist, const VariantStream& variant,
 
 int validate_master_playlist(Playlist& playlist, const std::optional<std::string>& output_dir) {
     int error_flag = check_master_playlist(playlist);
+    const MasterPlaylist master = {playlist, index_groups(playlist, &VariantStream::audio),
+                                   collect_media_groups(playlist)};
     for (const MediaEntry& entry : playlist.media)
-        if (entry.has_uri && entry.uri) error_flag |= validate_rendition(playlist, entry, output_dir);
+        if (entry.has_uri && entry.uri) error_flag |= validate_rendition(master, entry, output_dir);
     for (const VariantStream& variant : playlist.variants)
-        if (variant.selected && variant.uri) error_flag |= validate_variant(playlist, variant, output_dir);
+        if (variant.selected && variant.uri) error_flag |= validate_variant(master, variant, output_dir);
     return error_flag;
 }

@@ -8,25 +8,9 @@
 #include <vector>
 
 #include "playlist/codecs.h"
+#include "playlist/group_index.h"
 
 namespace {
-
-// The first variant of every group, by the group's name.
-using GroupIndex = std::unordered_map<std::string_view, const VariantStream*>;
-
-GroupIndex index_groups(const Playlist& playlist, Text VariantStream::*group) {
-    GroupIndex index;
-    for (const VariantStream& variant : playlist.variants) {
-        if (variant.*group) index.try_emplace(*(variant.*group), &variant);
-    }
-    return index;
-}
-
-const VariantStream* find_group(const GroupIndex& index, const Text& group_id) {
-    if (!group_id) return nullptr;
-    const auto found = index.find(*group_id);
-    return found != index.end() ? found->second : nullptr;
-}
 
 bool contains(const Text& text, std::string_view part) {
     return text && text->find(part) != std::string::npos;

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string_view>
+#include <unordered_map>
+
+#include "playlist/playlist.h"
+
+// The first variant of every AUDIO or VIDEO group, by the group's name. Borrows from the playlist that it was made of.
+using GroupIndex = std::unordered_map<std::string_view, const VariantStream*>;
+
+// Indexes the variants of a master playlist by `group`: &VariantStream::audio or &VariantStream::video. Variants
+// without it are left out.
+GroupIndex index_groups(const Playlist& playlist, Text VariantStream::*group);
+
+// The first variant of a rendition's group; null when there is none or the rendition names no group.
+const VariantStream* find_group(const GroupIndex& index, const Text& group_id);
