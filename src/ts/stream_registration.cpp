@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstdio>
+#include <utility>
 
 #include "bits/report.h"
 #include "ts/ts_demux.h"
@@ -97,8 +98,10 @@ int register_audio(TsDemuxContext& context, const EsRecord& es, const char* suff
     TsStreamTable& table = context.stream_table;
     if (find_audio_stream(table, es.elementary_PID) != nullptr) return 0;
     if (table.audio_count >= TS_MAX_AUDIO_STREAMS) {
-        report_reason(context.psi.path, "more than %u audio streams; PID %u is not followed", TS_MAX_AUDIO_STREAMS,
-                      es.elementary_PID);
+        // The program table comes again and again.
+        if (!std::exchange(context.routes[es.elementary_PID].refused, true))
+            report_reason(context.psi.path, "more than %u audio streams; PID %u is not followed", TS_MAX_AUDIO_STREAMS,
+                          es.elementary_PID);
         return TS_CHECK_FAILED;
     }
     const size_t slot = table.audio_count;
