@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "bits/file_reader.h"
+#include "bits/report.h"
 
 SegmentFormat detect_segment_format(const std::string& path) {
     const File file = open_input_file(path);
@@ -14,6 +15,7 @@ SegmentFormat detect_segment_format(const std::string& path) {
     std::setvbuf(file.get(), nullptr, _IONBF, 0);
     char bytes[8] = {};
     const size_t size = std::fread(bytes, 1, sizeof bytes, file.get());
+    if (std::ferror(file.get()) != 0) report_reason(path, "read error at the start of the segment");
     const std::string_view start(bytes, size);
     if (start.starts_with('G')) return FORMAT_TS;
     if (start.starts_with("ID3")) return FORMAT_PACKED_AUDIO;

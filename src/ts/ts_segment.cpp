@@ -112,11 +112,13 @@ int run_packet_loop(TsDemuxContext& context, FileReader& reader) {
         status |= handle_packet(context, bytes);
         in_sync = has_sync;
     }
-    if (reader.read_error) {
-        report_reason(reader.path, "read error at byte %llu", static_cast<unsigned long long>(reader.position));
-        status |= TS_CHECK_FAILED;
-    }
     return status | flush_all(context);
+}
+
+int report_read_error(const FileReader& reader) {
+    if (!reader.read_error) return 0;
+    report_reason(reader.path, "read error at byte %llu", static_cast<unsigned long long>(reader.position));
+    return TS_CHECK_FAILED;
 }
 
 void fill_timing(const TsStreamTable& table, TsSegmentTiming& timing) {
@@ -151,6 +153,7 @@ int ts_process_segment(FileReader& reader, const std::optional<std::string>& out
     context->routes[PAT_PID].kind = PidKind::PAT;
 
     int status = run_packet_loop(*context, reader);
+    status |= report_read_error(reader);
     if (status == 0 && timing != nullptr) fill_timing(context->stream_table, *timing);
     status |= close_outputs(*context);
     reader_close(reader);
