@@ -1,6 +1,8 @@
 #include "bits/file_reader.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -71,6 +73,17 @@ uint64_t read_be(FileReader& reader, uint32_t count) {
 }  // namespace
 
 File open_input_file(const std::string& path) {
+    // Does not wait for the other end of a pipe; for a regular file the flag means nothing.
+    const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor < 0) return nullptr;
+    struct stat status = {};
+    const bool regular = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+    File file(regular ? fdopen(descriptor, "rb") : nullptr);
+    if (!file) close(descriptor);
+    return file;
+}
+
+File open_input_stream(const std::string& path) {
     File file(std::fopen(path.c_str(), "rb"));
     struct stat status = {};
     if (file && fstat(fileno(file.get()), &status) == 0 && S_ISDIR(status.st_mode)) file.reset();

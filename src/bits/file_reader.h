@@ -26,8 +26,13 @@ struct FileReader {
     bool read_error = false;                  // the stream failed in the middle of the file (not its end)
 };
 
-// Opens `path` for reading; a directory cannot be opened. Null on failure, nothing is printed.
+// Opens a regular file for reading. Anything else that a playlist may name cannot be opened: a directory, a pipe that
+// nobody writes to, a device without an end. Null on failure, nothing is printed.
 [[nodiscard]] File open_input_file(const std::string& path);
+
+// Opens what is read only once and from its start, for example a pipe: anything but a directory. Null on failure,
+// nothing is printed.
+[[nodiscard]] File open_input_stream(const std::string& path);
 
 // Seeks to `start_offset` and fills the buffer. Always 0.
 int reader_start(FileReader& reader);

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <utility>
 
 #include "bits/report.h"
 #include "driver/paths.h"
@@ -36,7 +37,7 @@ int select_segment(SegmentLoop& loop, const std::string& address) {
         std::printf("ERROR: Invalid segment path: %s\n", address.c_str());
         return -1;
     }
-    return open_segment(loop.reader, address);
+    return set_segment(loop.reader, open_input_file(address), address);
 }
 
 // Starts the reader on the entry's byte range, or on the whole file. Returns 0, or -1 with a reason when the range is
@@ -131,13 +132,13 @@ int validate_segments(const std::string& path, const Playlist& playlist, Segment
 
 }  // namespace
 
-int open_segment(FileReader& reader, const std::string& path) {
+int set_segment(FileReader& reader, File file, const std::string& path) {
     reader_close(reader);
-    reader.file = open_input_file(path);
-    if (!reader.file) {
+    if (!file) {
         std::printf("ERROR: Invalid segment path: %s\n", path.c_str());
         return 3;
     }
+    reader.file = std::move(file);
     reader.path = path;
     return 0;
 }

@@ -31,7 +31,7 @@ int run_ts_file(const std::string& path, const std::optional<std::string>& outpu
         print_invalid_input(path);
         return -1;
     }
-    if (open_segment(reader, path) != 0) {
+    if (set_segment(reader, open_input_stream(path), path) != 0) {
         print_invalid_input(path);
         return -1;
     }
@@ -58,7 +58,7 @@ void validate_series_segment(const std::string& name, const std::string& stem,
     FileReader reader;
     const bool first_segment = series.count == 0;
     ++series.count;
-    const int opened = open_segment(reader, name);
+    const int opened = set_segment(reader, open_input_file(name), name);
     series.error_flag |= opened;
     if (opened == 0) {
         reader_start(reader);

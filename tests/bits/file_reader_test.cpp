@@ -1,6 +1,7 @@
 #include "bits/file_reader.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <cstdio>
 #include <numeric>
@@ -135,6 +136,14 @@ TEST(FileReader, OffsetsBeyond32Bits) {
     std::remove(path.c_str());
 }
 
-TEST(FileReader, ADirectoryCannotBeOpened) {
+TEST(FileReader, OnlyRegularFilesAreInputs) {
+    const std::string pipe = testing::TempDir() + "reader_pipe";
+    std::remove(pipe.c_str());
+    ASSERT_EQ(0, mkfifo(pipe.c_str(), 0600));
+    EXPECT_FALSE(open_input_file(pipe)) << "a pipe without a writer must not be waited for";
+    EXPECT_FALSE(open_input_file("/dev/zero"));
+    EXPECT_TRUE(open_input_stream("/dev/zero"));
     EXPECT_FALSE(open_input_file(testing::TempDir()));
+    EXPECT_FALSE(open_input_stream(testing::TempDir()));
+    std::remove(pipe.c_str());
 }

@@ -40,7 +40,7 @@ Demuxed demux(Bytes bytes, uint32_t chunk = READER_CHUNK_SIZE, bool with_output 
     if (with_output) output = directory.string();
     Demuxed result;
     FileReader reader;
-    reader.file = bytes.empty() ? open_input_file("/dev/null") : File(fmemopen(bytes.data(), bytes.size(), "rb"));
+    reader.file = bytes.empty() ? open_input_stream("/dev/null") : File(fmemopen(bytes.data(), bytes.size(), "rb"));
     reader.path = "s.ts";
     reader.chunk_size = chunk;
     reader_start(reader);
