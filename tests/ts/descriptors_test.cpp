@@ -78,11 +78,9 @@ TEST(Descriptors, RulesAndPrintedLines) {
 TEST(Descriptors, FieldsBehindEveryFlag) {
     StreamDescriptor descriptor;
     uint32_t consumed = 0;
-    const Bytes behind = {0xFD, 2,   11,  12,  13,  'a', 'b', 'c', 'd', 'e',
-                          'f',  'g', 'h', 'i', 'j', 'k', 'l', 'm', 'n', 'o'};
-    Bytes body = {0xFF, 0xFF, 0xF0};
-    body.insert(body.end(), behind.begin(), behind.end());
-    body.insert(body.end(), {0x01, 0x10});
+    const Bytes body = {0xFF, 0xFF, 0xF0, 0xFD, 2,   11,  12,  13,  'a', 'b', 'c',  'd', 'e',
+                        'f',  'g',  'h',  'i',  'j', 'k', 'l', 'm', 'n', 'o', 0x01, 0x10};
+    const Bytes behind(body.begin() + 3, body.end() - 2);
     printed_by([&] { EXPECT_EQ(11, parse_exactly(ts_descriptor(0xCC, body), descriptor, consumed)); });
     const Eac3DescriptorFields& e = descriptor.eac3;
     Bytes read = {static_cast<uint8_t>(0xE0 | e.priority << 3 | e.mainid), e.asvc, e.substream1, e.substream2,
