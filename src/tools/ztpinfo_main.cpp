@@ -20,13 +20,7 @@ namespace {
 
 constexpr int EXIT_UNREADABLE = 2;  // the status of an analysis that could not be made
 constexpr int EXIT_USAGE = 64;
-constexpr int EXIT_NO_OUTPUT = 255;
-
-[[noreturn]] void out_of_memory() {
-    std::fflush(stdout);
-    std::fputs("ztpinfo: out of memory\n", stderr);
-    std::_Exit(EXIT_NO_OUTPUT);
-}
+constexpr int EXIT_NO_OUTPUT = 255;  // standard output cannot be written, or memory has run out
 
 // Files that are opened later must not take the place of a standard stream that the caller closed.
 void open_missing_descriptors() {
@@ -77,8 +71,16 @@ int run(int argc, char** argv) {
 int main(int argc, char** argv) {
     open_missing_descriptors();
     std::signal(SIGPIPE, SIG_IGN);
-    std::set_new_handler(out_of_memory);
     std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
-    const int status = run(argc, argv);
+    int status = EXIT_NO_OUTPUT;
+    try {
+        status = run(argc, argv);
+    } catch (const std::bad_alloc&) {
+        // The one exception that the library throws at us. A new-handler would also end the allocations that may fail
+        // and have a message of their own.
+        std::fflush(stdout);
+        std::fputs("ztpinfo: out of memory\n", stderr);
+        return EXIT_NO_OUTPUT;
+    }
     return output_is_written() ? status : EXIT_NO_OUTPUT;
 }
