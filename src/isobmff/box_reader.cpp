@@ -120,6 +120,15 @@ bool may_stay_in_front(const MediaContext& context, const FileReader& reader, in
     return context.depth == 1 && left <= payload + BOX_HEADER_SIZE && (!reader.limited || reader.remaining >= payload);
 }
 
+// Memory that a handler does not get ends the walk as a malformed box does.
+int run_handler(MediaContext& context, FileReader& reader, BoxHandler handler, int64_t payload) {
+    try {
+        return handler(context, reader, payload);
+    } catch (const std::bad_alloc&) {
+        return refuse_box(context, reader, "memory is short for what it holds");
+    }
+}
+
 // Reads one box of a container with `left` bytes; `left` becomes what is behind the box.
 int walk_box(MediaContext& context, FileReader& reader, int64_t& left) {
     const BoxPlace container = context.box;
@@ -144,7 +153,7 @@ int walk_box(MediaContext& context, FileReader& reader, int64_t& left) {
     const uint64_t end = reader.position + static_cast<uint64_t>(payload);
     const BoxHandler handler = find_handler(context.box.type);
     int status = 0;
-    if (handler != SKIP) status = handler(context, reader, payload);
+    if (handler != SKIP) status = run_handler(context, reader, handler, payload);
     const bool stay = handler == SKIP && may_stay_in_front(context, reader, left, payload);
     if (reader.position != end && !stay) reader_skip(static_cast<int64_t>(end - reader.position), reader);
     left -= size;
@@ -208,11 +217,7 @@ bool payload_in_file(const MediaContext& context, const FileReader& reader, uint
 int read_payload(MediaContext& context, FileReader& reader, int64_t payload_size, std::vector<uint8_t>& payload) {
     const auto size = static_cast<uint64_t>(payload_size);
     if (!payload_in_file(context, reader, size)) return refuse_box(context, reader, "it runs past the end of the file");
-    try {
-        payload.resize(size);
-    } catch (const std::bad_alloc&) {
-        return refuse_box(context, reader, "memory is short for a copy of it");
-    }
+    payload.resize(size);
     read_payload_start(reader, payload_size, payload);
     return 0;
 }

@@ -17,7 +17,8 @@
 [[nodiscard]] int walk_container(MediaContext& context, FileReader& reader, int64_t payload_size);
 
 // Reads a box's payload of `payload_size` bytes from the reader's position; returns 0 to go on, else ends the walk. The
-// walk puts the reader at the end of the box afterwards, whatever the handler read.
+// walk puts the reader at the end of the box afterwards, whatever the handler read. A handler may run out of memory:
+// that ends the walk, too.
 using BoxHandler = int (*)(MediaContext& context, FileReader& reader, int64_t payload_size);
 
 // Says on standard error which box breaks which rule; returns 1. `rule` is a plain text.
@@ -34,6 +35,6 @@ void read_payload_start(FileReader& reader, int64_t payload_size, std::span<uint
 // before memory is made for it.
 [[nodiscard]] bool payload_in_file(const MediaContext& context, const FileReader& reader, uint64_t size);
 
-// Copies a whole payload; 0, or 1 when it runs past the file or memory is short.
+// Copies a whole payload; 0, or 1 when it runs past the file.
 [[nodiscard]] int read_payload(MediaContext& context, FileReader& reader, int64_t payload_size,
                                std::vector<uint8_t>& payload);

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <new>
 #include <span>
 
 #include "bits/byte_order.h"
@@ -182,10 +181,6 @@ int read_trun(MediaContext& context, FileReader& reader, int64_t payload_size) {
     if (payload_size < run.header_size || size > static_cast<uint64_t>(payload_size - run.header_size))
         return refuse_box(context, reader, "its count does not fit its size");
     if (!payload_in_file(context, reader, size)) return refuse_box(context, reader, "it runs past the end of the file");
-    try {
-        append_run(*context.current_track, reader, run, entry_size);
-    } catch (const std::bad_alloc&) {
-        return refuse_box(context, reader, "memory is short for its samples");
-    }
+    append_run(*context.current_track, reader, run, entry_size);
     return 0;
 }

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <limits>
-#include <new>
 #include <span>
 
 #include "bits/byte_order.h"
@@ -25,14 +24,10 @@ int read_entries(MediaContext& context, FileReader& reader, uint64_t count, uint
     if (!payload_in_file(context, reader, size)) return refuse_box(context, reader, "it runs past the end of the file");
     std::array<uint8_t, PIECE_SIZE> piece{};
     SampleTables& tables = context.current_track->samples;
-    try {
-        for (uint64_t done = 0; done < size; done += PIECE_SIZE) {
-            const std::span<uint8_t> bytes = std::span(piece).first(std::min<uint64_t>(size - done, PIECE_SIZE));
-            read_payload_start(reader, static_cast<int64_t>(bytes.size()), bytes);
-            for (size_t at = 0; at < bytes.size(); at += entry_size) append(tables, bytes.subspan(at, entry_size));
-        }
-    } catch (const std::bad_alloc&) {
-        return refuse_box(context, reader, "memory is short for its table");
+    for (uint64_t done = 0; done < size; done += PIECE_SIZE) {
+        const std::span<uint8_t> bytes = std::span(piece).first(std::min<uint64_t>(size - done, PIECE_SIZE));
+        read_payload_start(reader, static_cast<int64_t>(bytes.size()), bytes);
+        for (size_t at = 0; at < bytes.size(); at += entry_size) append(tables, bytes.subspan(at, entry_size));
     }
     return 0;
 }
