@@ -34,39 +34,34 @@ int compare_substream_counts(const Ec3Configuration& ec3, const ZtpStreamSummary
     return status;
 }
 
+int report_field_mismatch(const char* field) {
+    std::printf(
+        "[SV]   : ERROR: Mismatch in %s value between the Zentra Plus elementary stream and the MP4 sample description.\n",
+        field);
+    return SEGMENT_FINDING;
+}
+
+struct SubstreamField {
+    const char* name;
+    uint32_t Ec3IndependentSubstream::*in_dec3;
+    uint32_t ZtpSubstreamSummary::*in_stream;
+};
+
+constexpr SubstreamField SUBSTREAM_FIELDS[] = {
+    {"bsid", &Ec3IndependentSubstream::bsid, &ZtpSubstreamSummary::bsid},
+    {"bsmod", &Ec3IndependentSubstream::bsmod, &ZtpSubstreamSummary::bsmod},
+    {"fscod", &Ec3IndependentSubstream::fscod, &ZtpSubstreamSummary::fscod},
+    {"acmod", &Ec3IndependentSubstream::acmod, &ZtpSubstreamSummary::acmod},
+    {"lfeon", &Ec3IndependentSubstream::lfeon, &ZtpSubstreamSummary::lfeon},
+};
+
 // Field by field, and inside a field substream by substream.
 int compare_independent_substreams(const Ec3Configuration& ec3, const ZtpStreamSummary& summary, uint32_t common) {
     int status = 0;
-    for (uint32_t i = 0; i < common; ++i) {
-        if (ec3.substreams[i].bsid == summary.programs[i].independent.bsid) continue;
-        std::printf(
-            "[SV]   : ERROR: Mismatch in bsid value between the Zentra Plus elementary stream and the MP4 sample description.\n");
-        status = SEGMENT_FINDING;
-    }
-    for (uint32_t i = 0; i < common; ++i) {
-        if (ec3.substreams[i].bsmod == summary.programs[i].independent.bsmod) continue;
-        std::printf(
-            "[SV]   : ERROR: Mismatch in bsmod value between the Zentra Plus elementary stream and the MP4 sample description.\n");
-        status = SEGMENT_FINDING;
-    }
-    for (uint32_t i = 0; i < common; ++i) {
-        if (ec3.substreams[i].fscod == summary.programs[i].independent.fscod) continue;
-        std::printf(
-            "[SV]   : ERROR: Mismatch in fscod value between the Zentra Plus elementary stream and the MP4 sample description.\n");
-        status = SEGMENT_FINDING;
-    }
-    for (uint32_t i = 0; i < common; ++i) {
-        if (ec3.substreams[i].acmod == summary.programs[i].independent.acmod) continue;
-        std::printf(
-            "[SV]   : ERROR: Mismatch in acmod value between the Zentra Plus elementary stream and the MP4 sample description.\n");
-        status = SEGMENT_FINDING;
-    }
-    for (uint32_t i = 0; i < common; ++i) {
-        if (ec3.substreams[i].lfeon == summary.programs[i].independent.lfeon) continue;
-        std::printf(
-            "[SV]   : ERROR: Mismatch in lfeon value between the Zentra Plus elementary stream and the MP4 sample description.\n");
-        status = SEGMENT_FINDING;
-    }
+    for (const SubstreamField& field : SUBSTREAM_FIELDS)
+        for (uint32_t i = 0; i < common; ++i)
+            if (ec3.substreams[i].*field.in_dec3 != summary.programs[i].independent.*field.in_stream)
+                status |= report_field_mismatch(field.name);
     return status;
 }
 
@@ -76,10 +71,7 @@ int compare_channel_locations(const Ec3Configuration& ec3, const ZtpStreamSummar
     for (uint32_t i = 0; i < common; ++i) {
         uint32_t chanmap = 0;
         for (const ZtpSubstreamSummary& dependent : summary.programs[i].dependent) chanmap |= dependent.chanmap;
-        if (ec3.substreams[i].chan_loc == chanmap_to_chan_loc(chanmap)) continue;
-        std::printf(
-            "[SV]   : ERROR: Mismatch in chan_loc value between the Zentra Plus elementary stream and the MP4 sample description.\n");
-        status = SEGMENT_FINDING;
+        if (ec3.substreams[i].chan_loc != chanmap_to_chan_loc(chanmap)) status |= report_field_mismatch("chan_loc");
     }
     return status;
 }
