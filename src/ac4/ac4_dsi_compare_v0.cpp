@@ -48,15 +48,9 @@ int compare_body(const std::string& place, const ac4_presentation_v0_dsi& dsi, c
 
 int compare_emdf(const std::string& place, const ac4_presentation_v0_dsi& dsi,
                  const ac4_presentation_info& presentation, const ac4_toc& toc) {
-    const bool emdf = dsi.b_add_emdf_substreams != 0 && presentation.b_add_emdf_substreams != 0;
-    const Ac4FieldRow rows[] = {
-        {"b_add_emdf_substreams", dsi.b_add_emdf_substreams, presentation.b_add_emdf_substreams},
-        {"n_add_emdf_substreams", static_cast<int64_t>(dsi.emdf_substreams.size()), presentation.n_add_emdf_substreams,
-         emdf},
-    };
-    return compare_fields(place, rows) |
-           compare_emdf_substreams({"substream_emdf_version", "substream_key_id", "emdf_substreams"}, place,
-                                   dsi.emdf_substreams, ac4_emdf_substreams(toc, presentation));
+    return compare_emdf_substreams({"substream_emdf_version", "substream_key_id", "emdf_substreams"}, place,
+                                   {dsi.b_add_emdf_substreams, dsi.emdf_substreams},
+                                   {presentation.b_add_emdf_substreams, ac4_emdf_substreams(toc, presentation)});
 }
 
 }  // namespace

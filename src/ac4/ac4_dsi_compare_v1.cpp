@@ -81,15 +81,9 @@ int compare_pre_virtualized(size_t index, const Ac4DsiPresentation& entry, const
 
 int compare_emdf(const std::string& place, const ac4_presentation_v1_dsi& dsi,
                  const ac4_presentation_v1_info& presentation, const ac4_toc& toc) {
-    const bool emdf = dsi.b_add_emdf_substreams != 0 && presentation.b_add_emdf_substreams != 0;
-    const Ac4FieldRow rows[] = {
-        {"b_add_emdf_substreams", dsi.b_add_emdf_substreams, presentation.b_add_emdf_substreams},
-        {"n_add_emdf_substreams", static_cast<int64_t>(dsi.emdf_substreams.size()), presentation.n_add_emdf_substreams,
-         emdf},
-    };
-    return compare_fields(place, rows) |
-           compare_emdf_substreams({"emdf_version", "key_id", "emdf substream"}, place, dsi.emdf_substreams,
-                                   ac4_emdf_substreams(toc, presentation));
+    return compare_emdf_substreams({"emdf_version", "key_id", "emdf substream"}, place,
+                                   {dsi.b_add_emdf_substreams, dsi.emdf_substreams},
+                                   {presentation.b_add_emdf_substreams, ac4_emdf_substreams(toc, presentation)});
 }
 
 // The group's own fields; the content comes last.

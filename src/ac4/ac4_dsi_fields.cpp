@@ -18,12 +18,19 @@ std::string place_name(const char* kind, size_t index, const std::string& outer)
 }
 
 int compare_emdf_substreams(const Ac4EmdfLabels& labels, const std::string& presentation_place,
-                            std::span<const ac4_emdf_info> in_dsi, std::span<const ac4_emdf_info> in_toc) {
-    int status = 0;
-    for (size_t i = 0; i < std::min(in_dsi.size(), in_toc.size()); ++i) {
+                            const Ac4EmdfSubstreams& in_dsi, const Ac4EmdfSubstreams& in_toc) {
+    const auto n_in_dsi = static_cast<int64_t>(in_dsi.substreams.size());
+    const auto n_in_toc = static_cast<int64_t>(in_toc.substreams.size());
+    const bool both = in_dsi.b_add_emdf_substreams != 0 && in_toc.b_add_emdf_substreams != 0;
+    const Ac4FieldRow counts[] = {
+        {"b_add_emdf_substreams", in_dsi.b_add_emdf_substreams, in_toc.b_add_emdf_substreams},
+        {"n_add_emdf_substreams", n_in_dsi, n_in_toc, both},
+    };
+    int status = compare_fields(presentation_place, counts);
+    for (size_t i = 0; i < std::min(in_dsi.substreams.size(), in_toc.substreams.size()); ++i) {
         const Ac4FieldRow rows[] = {
-            {labels.emdf_version, in_dsi[i].emdf_version, in_toc[i].emdf_version},
-            {labels.key_id, in_dsi[i].key_id, in_toc[i].key_id},
+            {labels.emdf_version, in_dsi.substreams[i].emdf_version, in_toc.substreams[i].emdf_version},
+            {labels.key_id, in_dsi.substreams[i].key_id, in_toc.substreams[i].key_id},
         };
         status |= compare_fields(place_name(labels.kind, i, presentation_place), rows);
     }

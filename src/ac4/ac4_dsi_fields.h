@@ -26,14 +26,19 @@ struct Ac4FieldRow {
 // "<kind> <index> of <outer>": names a substream, group or EMDF substream in a finding.
 std::string place_name(const char* kind, size_t index, const std::string& outer);
 
-// The additional EMDF substreams that both sides have.
+// The additional EMDF substreams of a presentation: the flag that announces them, their number, and the ones that both
+// sides have. Returns like compare_fields.
 struct Ac4EmdfLabels {
     const char* emdf_version;
     const char* key_id;
     const char* kind;  // for place_name
 };
+struct Ac4EmdfSubstreams {
+    uint8_t b_add_emdf_substreams;
+    std::span<const ac4_emdf_info> substreams;
+};
 [[nodiscard]] int compare_emdf_substreams(const Ac4EmdfLabels& labels, const std::string& presentation_place,
-                                          std::span<const ac4_emdf_info> in_dsi, std::span<const ac4_emdf_info> in_toc);
+                                          const Ac4EmdfSubstreams& in_dsi, const Ac4EmdfSubstreams& in_toc);
 
 // The whole tag is there on both sides (one that is spread over frames cannot be compared).
 bool language_on_both_sides(const ac4_content_type& in_dsi, const ac4_content_type& in_toc);
