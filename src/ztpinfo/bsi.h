@@ -4,15 +4,24 @@
 #include <cstdint>
 #include <type_traits>
 
+#include "ztpinfo/ztpinfo.h"
+
 // Bit stream information as carried by a syncframe. A field that the frame does not carry is 0; whether it is there
 // follows from its ...e flag or from the condition of the syntax (the has_... functions below). Every field is 16 bits
 // wide so that the records have no padding and can be compared as one block.
 
-// Values of strmtyp (ETSI TS 102 366, table E.1.1).
+// Values of strmtyp (ETSI TS 102 366, E.1.3.1.1).
 constexpr uint16_t STRMTYP_INDEPENDENT = 0;
 constexpr uint16_t STRMTYP_DEPENDENT = 1;
 constexpr uint16_t STRMTYP_TRANSCODED = 2;
 constexpr uint16_t STRMTYP_RESERVED = 3;
+
+// Samples of each channel in an audio block, and the blocks of a frameset: as many as an AC-3 frame holds.
+constexpr uint32_t SAMPLES_PER_BLOCK = 256;
+constexpr uint32_t FRAMESET_BLOCKS = 6;
+
+// bsid of AC-3 frames with the alternate syntax of Annex D.
+constexpr uint16_t BSID_ALTERNATE = 6;
 
 // numblkscod of a frame of six blocks; no other value needs a name.
 constexpr uint16_t NUMBLKSCOD_SIX_BLOCKS = 3;
@@ -66,7 +75,7 @@ struct Ac3Bsi {
     uint16_t encinfo = 0;
     uint16_t addbsie = 0;
     uint16_t addbsil = 0;  // number of addbsi bytes minus 1
-    std::array<uint8_t, 64> addbsi{};
+    std::array<uint8_t, ZTP_MAX_ADDBSI_BYTES> addbsi{};
 };
 
 // ETSI TS 102 366, E.1.2.1 (syncinfo) and E.1.2.2 (bsi).
@@ -166,7 +175,7 @@ struct Eac3Bsi {
     uint16_t frmsizecod = 0;  // strmtyp 2 and blkid
     uint16_t addbsie = 0;
     uint16_t addbsil = 0;  // number of addbsi bytes minus 1
-    std::array<uint8_t, 64> addbsi{};
+    std::array<uint8_t, ZTP_MAX_ADDBSI_BYTES> addbsi{};
 };
 
 static_assert(std::has_unique_object_representations_v<Ac3Bsi>);
@@ -181,7 +190,7 @@ constexpr bool has_surround(uint32_t acmod) {
     return (acmod & 4) != 0;
 }
 
-// AC-3: bsid 0 to 8 (6 is the alternate syntax of Annex D). E-AC-3 syntax: 11 to 16.
+// AC-3: bsid 0 to 8. E-AC-3 syntax: 11 to 16.
 constexpr bool is_ac3_bsid(uint32_t bsid) {
     return bsid <= 8;
 }

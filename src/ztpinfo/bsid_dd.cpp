@@ -104,10 +104,10 @@ int unpack_ac3_bsi(std::span<const uint16_t> words, Ac3Bsi& bsi) {
     if (bsi.acmod == 0) read_second_channel(cursor, bsi);
     bsi.copyrightb = cursor.read(1);
     bsi.origbs = cursor.read(1);
-    if (bsi.bsid != 6)
-        read_time_codes(cursor, bsi);
-    else
+    if (bsi.bsid == BSID_ALTERNATE)
         read_extra_bsi(cursor, bsi);
+    else
+        read_time_codes(cursor, bsi);
     bsi.addbsie = cursor.read(1);
     if (bsi.addbsie != 0) {
         bsi.addbsil = cursor.read(6);

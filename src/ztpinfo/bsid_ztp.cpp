@@ -195,7 +195,7 @@ int unpack_ac3_frame_words(WordCursor& cursor, uint32_t& frame_words) {
 }  // namespace
 
 uint16_t eac3_blocks(uint32_t numblkscod) {
-    return static_cast<uint16_t>(numblkscod < NUMBLKSCOD_SIX_BLOCKS ? numblkscod + 1 : 6);
+    return static_cast<uint16_t>(numblkscod < NUMBLKSCOD_SIX_BLOCKS ? numblkscod + 1 : FRAMESET_BLOCKS);
 }
 
 int unpack_frame_words(std::span<const uint16_t> words, uint32_t& frame_words) {

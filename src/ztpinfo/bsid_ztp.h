@@ -30,5 +30,5 @@ constexpr uint32_t MAX_FRAME_WORDS = 2048;
 // Unpacks the BSI of an E-AC-3 frame (bsid 11 to 16). Returns 0, or the code of the fatal error that was reported.
 [[nodiscard]] int unpack_eac3_bsi(std::span<const uint16_t> words, Eac3Bsi& bsi);
 
-// Audio blocks of a frame (ETSI TS 102 366, table E.1.3).
+// Audio blocks of a frame by its numblkscod (ETSI TS 102 366, E.1.3.1).
 uint16_t eac3_blocks(uint32_t numblkscod);

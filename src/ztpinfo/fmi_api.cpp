@@ -13,11 +13,9 @@ constexpr const char* SOURCE = "fmi_api";
 constexpr uint32_t SAMPLE_RATES[3] = {48000, 44100, 32000};  // by fscod; 3 never gets this far
 constexpr uint16_t FULL_BAND_CHANNELS[8] = {2, 1, 2, 3, 3, 4, 4, 5};
 
-// Channel locations in chanmap form by acmod (ETSI TS 102 366, tables 4.3 and E.1.5); 1+1 counts as left and right.
+// Channel locations in chanmap form by acmod (ETSI TS 102 366, 4.4.2.3 and E.1.3.1.8); 1+1 counts as left and right.
 constexpr uint16_t ACMOD_LOCATIONS[8] = {0xA000, 0x4000, 0xA000, 0xE000, 0xA100, 0xE100, 0xB800, 0xF800};
 constexpr uint16_t LOCATION_LFE = 0x0001;
-
-constexpr uint32_t SAMPLES_PER_BLOCK = 256;
 
 void set_common(FrameInfo& frame, const Ac3Bsi& bsi) {
     frame.bsid = bsi.bsid;
@@ -30,7 +28,7 @@ void set_common(FrameInfo& frame, const Ac3Bsi& bsi) {
     frame.chanmap = 0;
     frame.convsync = CONVSYNC_ABSENT;
     frame.double_rate = 0;
-    frame.blocks_per_frame = 6;
+    frame.blocks_per_frame = FRAMESET_BLOCKS;
 }
 
 void set_common(FrameInfo& frame, const Eac3Bsi& bsi) {
@@ -65,7 +63,7 @@ uint16_t eac3_crc_status(std::span<const uint16_t> words) {
     return crc16(0, words.subspan(1)) == 0 ? CRC_NO_ERROR : CRC_FULL_FRAME_ERROR;
 }
 
-// ETSI TS 102 366, 6.1.7: crc1 covers the words up to 5/8 of the frame, crc2 the whole frame.
+// ETSI TS 102 366, 6.10.1: crc1 covers the words up to 5/8 of the frame, crc2 the whole frame.
 uint16_t ac3_crc_status(std::span<const uint16_t> words) {
     const size_t first_part = (words.size() >> 1) + (words.size() >> 3);
     if (crc16(0, words.subspan(1, first_part - 1)) != 0) return CRC_FULL_FRAME_ERROR;

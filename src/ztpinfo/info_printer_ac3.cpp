@@ -93,7 +93,7 @@ void print_ac3_fields(const Ac3Bsi& bsi, const char* end) {
     // The additional BSI comes in front of the fields whose layout depends on bsid, though the frame has it behind
     // them: deliberately so, the Annex D fields stand under a heading of their own.
     print_addbsi(bsi.addbsie, bsi.addbsil, bsi.addbsi, end);
-    if (bsi.bsid == 6) {
+    if (bsi.bsid == BSID_ALTERNATE) {
         print_annex_d(bsi, end);
     } else {
         print_timecodes(bsi, end);

@@ -1,12 +1,10 @@
 #include "ztpinfo/info_printer_bsi.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstdio>
 
 #include "ztpinfo/info_printer_defaults.h"
 #include "ztpinfo/info_printer_lines.h"
-#include "ztpinfo/ztpinfo.h"
 
 namespace {
 
@@ -52,10 +50,11 @@ void print_mixlevel(const char* name, uint16_t mixlevel, const char* words, cons
     print_number(name, mixlevel, words, 80 + mixlevel, unit, end);
 }
 
-void print_addbsi(uint16_t addbsie, uint16_t addbsil, const std::array<uint8_t, 64>& addbsi, const char* end) {
+void print_addbsi(uint16_t addbsie, uint16_t addbsil, const std::array<uint8_t, ZTP_MAX_ADDBSI_BYTES>& addbsi,
+                  const char* end) {
     print_named("addbsie", addbsie, "Additional bit stream information ", PRESENCE_NAMES, end);
     if (addbsie == 0) return;
-    const uint32_t byte_count = std::min(addbsil + 1U, ZTP_MAX_ADDBSI_BYTES);
+    const uint32_t byte_count = addbsil + 1U;  // addbsil is a field of 6 bits
     print_number("addbsil", addbsil, "Additional bit stream information length in bytes: ", addbsil + 1, "", end);
     std::printf("            addbsi: 0x");
     for (uint32_t i = 0; i < byte_count; ++i) {

@@ -11,7 +11,7 @@ constexpr float D0_MAX_DATA_RATE_KBPS = 4736.0f;
 constexpr uint32_t SECONDARY_MAX_BYTES = 1024;
 
 void check_primary_ac3(ComplianceFlags& compliance, const FrameInfo& frame) {
-    fail_if(compliance, frame.bsid != 6 && frame.bsid != 8, 119);
+    fail_if(compliance, frame.bsid != BSID_ALTERNATE && frame.bsid != BSID_AC3, 119);
     fail_if(compliance, frame.substreamid != 0, 121);
     fail_if(compliance, frame.acmod == ACMOD_DUAL_MONO, 124);
     fail_if(compliance, frame.sample_rate != RATE_48000, 125);

@@ -4,13 +4,13 @@
 
 // What the rule sets share. A rule is one line: its condition and the number of its message.
 
+constexpr uint16_t BSID_AC3 = 8;
 constexpr uint16_t BSID_EAC3 = 16;
 constexpr uint16_t ACMOD_DUAL_MONO = 0;
 constexpr uint16_t ACMOD_MONO = 1;
 constexpr uint16_t ACMOD_STEREO = 2;
 constexpr uint32_t RATE_48000 = 48000;
 constexpr uint32_t RATE_44100 = 44100;
-constexpr uint32_t FRAMESET_BLOCKS = 6;
 
 inline void fail_if(ComplianceFlags& compliance, bool condition, uint32_t number) {
     if (condition) compliance.failures[number] = true;
@@ -35,7 +35,7 @@ ProgramPair pair_first_programs(const TimesliceRecord& timeslice, const Timeslic
 // The BSI of an E-AC-3 frame, for an AC-3 frame a cleared one.
 const Eac3Bsi& eac3_or_cleared(const FrameInfo& frame);
 
-// Channels that a chanmap names (ETSI TS 102 366, table E.1.4): a pair location stands for two.
+// Channels that a chanmap names (ETSI TS 102 366, E.1.3.1.8): a pair location stands for two.
 uint32_t chanmap_channels(uint16_t chanmap);
 
 bool channels_differ(const FrameInfo& a, const FrameInfo& b);

@@ -8,8 +8,6 @@ namespace {
 
 constexpr const char* SOURCE = "tsi";
 
-constexpr uint32_t SAMPLES_PER_BLOCK = 256;
-
 TimesliceRecord& current_record(TimesliceAccumulator& accumulator) {
     return accumulator.records[accumulator.current];
 }

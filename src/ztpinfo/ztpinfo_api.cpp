@@ -112,7 +112,7 @@ void fill_summary(ZtpStreamSummary& summary, const ZtpInfoContext& context, uint
     const uint64_t blocks = timeslice.programs[0].blocks_per_frame * completed;
     summary.byte_order_swapped = context.input.byte_order == BYTE_ORDER_LOW_FIRST ? 1 : 0;
     summary.data_rate_kbps = static_cast<uint32_t>(totals.bits * (PLAYING_TIME_UNITS / 1000) / totals.playing_time);
-    summary.frameset_count = static_cast<uint32_t>(blocks / 6);
+    summary.frameset_count = static_cast<uint32_t>(blocks / FRAMESET_BLOCKS);
     summary.num_programs = timeslice.num_programs;
     for (uint32_t i = 0; i < ZTP_MAX_PROGRAMS; ++i)
         if (timeslice.programs[i].independent.present) fill_program(summary.programs[i], timeslice.programs[i]);
