@@ -45,8 +45,10 @@ int select_segment(SegmentLoop& loop, const std::string& address) {
 int start_segment(SegmentLoop& loop, const SegmentEntry& entry) {
     ByteSpan range;
     if (entry.byte_range && resolve_byte_range(*entry.byte_range, loop.reader.path, loop.range_ends, range) != 0) {
-        report_reason(loop.reader.path, "the byte range \"%s\" is not a length and an offset; the segment is not read",
-                      entry.byte_range->length.c_str());
+        report_reason(loop.reader.path,
+                      "the byte range \"%s%s%s\" is not a length and an offset; the segment is not read",
+                      entry.byte_range->length.c_str(), entry.byte_range->offset ? "@" : "",
+                      entry.byte_range->offset.value_or("").c_str());
         return -1;
     }
     loop.reader.start_offset = range.offset;
