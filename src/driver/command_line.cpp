@@ -4,6 +4,8 @@
 #include <cstring>
 #include <limits>
 
+#include "driver/help.h"
+
 namespace {
 
 bool is_digit(char c) {

@@ -25,9 +25,3 @@ struct CommandLineOptions {
 // True when the path counts as a file-name template. The test is loose: it takes some names without an index
 // conversion.
 bool is_segment_template(const char* path);
-
-// The banner. Always 0.
-int print_version();
-
-// The banner and the help text. Always 0.
-int print_help();

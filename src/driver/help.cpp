@@ -1,7 +1,7 @@
+#include "driver/help.h"
+
 #include <cstdint>
 #include <cstdio>
-
-#include "driver/command_line.h"
 
 namespace {
 

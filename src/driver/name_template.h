@@ -9,7 +9,7 @@ enum class TemplateKind {
     NO_MATCH,  // two conversions, or a width or precision that no file name can have: names no file
 };
 
-// Expands a file-name template for `index` (0 or more) into `name`. One conversion %[-+
-// 0#]*[width][.precision](d|i|u|o|x|X) gives the index as C prints an int, "%%" gives "%", every other "%" stands for
-// itself. The text is never a printf format.
+// Expands a file-name template for `index` (0 or more) into `name`. One conversion gives the index as C prints an int:
+//     %[-+ 0#]*[width][.precision](d|i|u|o|x|X)
+// "%%" gives "%", every other "%" stands for itself. The text is never a printf format.
 TemplateKind expand_template(const char* text, int32_t index, std::string& name);

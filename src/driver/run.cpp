@@ -6,6 +6,7 @@
 #include <string>
 
 #include "bits/report.h"
+#include "driver/help.h"
 #include "driver/master_playlist.h"
 #include "driver/media_playlist.h"
 #include "driver/name_template.h"

@@ -1,0 +1,7 @@
+#pragma once
+
+// The banner. Always 0.
+int print_version();
+
+// The banner and the help text. Always 0.
+int print_help();
