@@ -1,8 +1,8 @@
 // A program map section: its descriptors, then the checks against playlists of every kind.
 #include <cstdio>
 
+#include "ts/pmt.h"
 #include "ts/pmt_checks.h"
-#include "ts/psi.h"
 
 namespace {
 

@@ -6,6 +6,7 @@
 #include "bits/byte_order.h"
 #include "bits/report.h"
 #include "ts/pes_checks.h"
+#include "ts/ts_status.h"
 
 namespace {
 
@@ -40,12 +41,12 @@ bool starts_segment(const TsStreamTable& table) {
 int check_sync_word(std::span<const uint8_t> payload) {
     if (load_u8(payload, 0) != SYNC_BYTE) {
         std::printf("ERROR: No AC-4 sync word found in the elementary stream.\n");
-        return 11;
+        return TS_CHECK_FAILED;
     }
     const uint8_t crc_byte = load_u8(payload, 1);
     if (crc_byte != SYNC_WITHOUT_CRC && crc_byte != SYNC_WITH_CRC) {
         std::printf("ERROR: An unsupported CRC word found in the elementary stream.\n");
-        return 11;
+        return TS_CHECK_FAILED;
     }
     return 0;
 }
@@ -54,11 +55,11 @@ int check_toc(const ac4_toc& toc, bool first_frame, const TsStreamTable& table, 
     if (attrs != nullptr && attrs->codecs.find(ac4_toc_codec_string(toc)) == std::string::npos) {
         std::printf(
             "ERROR: Mismatch in the codecs attribute value between the Representation 0 element in the toc and the CODECS string in the master manifest.\n");
-        return 11;
+        return TS_CHECK_FAILED;
     }
     if (first_frame && toc.b_iframe_global == 0 && starts_segment(table)) {
         std::printf("ERROR: The first AC-4 sample in each segment is not an I-frame.\n");
-        return 11;
+        return TS_CHECK_FAILED;
     }
     return 0;
 }
@@ -67,7 +68,7 @@ int check_toc(const ac4_toc& toc, bool first_frame, const TsStreamTable& table, 
 
 int check_ac4_pes(const PesCheckInput& pes, TsAudioStream& stream, const TsStreamTable& table,
                   const PlaylistAttributes* attrs) {
-    if (check_sync_word(pes.payload) != 0) return 11;
+    if (check_sync_word(pes.payload) != 0) return TS_CHECK_FAILED;
     const bool has_crc = pes.payload[1] == SYNC_WITH_CRC;
     const size_t usable = pes.payload.size() - (has_crc ? CRC_WORD_BYTES : 0);
     size_t position = SYNC_WORD_BYTES;
@@ -75,15 +76,15 @@ int check_ac4_pes(const PesCheckInput& pes, TsAudioStream& stream, const TsStrea
         const uint32_t frame_size = read_frame_size(pes.payload, position);
         if (frame_size == 0) {
             report_reason(table.path, "PID %d: AC-4 frame %u of a PES has the size 0", pes.pid, frame_count);
-            return 5;
+            return TS_UNREADABLE_FRAME;
         }
         uint32_t toc_position = 0;
         if (ac4_toc_parse(frame_bytes(pes.payload, position, frame_size), toc_position, stream.toc) != 0) {
             report_reason(table.path, "PID %d: AC-4 frame %u of a PES has an unreadable table of contents", pes.pid,
                           frame_count);
-            return 5;
+            return TS_UNREADABLE_FRAME;
         }
-        if (check_toc(stream.toc, frame_count == 1, table, attrs) != 0) return 11;
+        if (check_toc(stream.toc, frame_count == 1, table, attrs) != 0) return TS_CHECK_FAILED;
         position += frame_size;
         if (position + SYNC_WORD_BYTES < usable) {
             // The sync word between two frames is skipped without a look, and no room is left for a CRC: deliberate.
@@ -93,7 +94,7 @@ int check_ac4_pes(const PesCheckInput& pes, TsAudioStream& stream, const TsStrea
             return 0;
         } else {
             std::printf("ERROR: An AC-4 frame must not span multiple PES packet payloads.\n");
-            return 11;
+            return TS_CHECK_FAILED;
         }
     }
 }

@@ -6,6 +6,7 @@
 
 #include "bits/bit_reader.h"
 #include "ts/lumora_descriptor.h"
+#include "ts/ts_status.h"
 
 namespace {
 
@@ -88,7 +89,7 @@ int check_eac3_fields(const Eac3DescriptorFields& fields) {
     if (fields.mainid_flag != 0 || fields.asvc_flag != 0 || fields.mixinfoexists != 0 || fields.language_flag_2 != 0) {
         std::printf(
             "ERROR: Check the EAC3 descriptor, and make sure that all of the following fields are set to 0, mainid_flag, asvc_flag, mixinfoexists_flag, and language_flag_2.\n");
-        return 11;
+        return TS_CHECK_FAILED;
     }
     switch (fields.service_type) {
         case 0:
@@ -96,26 +97,26 @@ int check_eac3_fields(const Eac3DescriptorFields& fields) {
             std::printf(
                 "ERROR: Check the EAC3 descriptor, and make sure that the service_type=0, while full_service_flag = %d .\n",
                 fields.full_service_flag);
-            return 11;
+            return TS_CHECK_FAILED;
         case 1:
         case 4:
             if (fields.full_service_flag == 0) return 0;
             std::printf(
                 "ERROR: Check the EAC3 descriptor, and make sure that the service_type=1 or 4,w hile full_service_flag = %d .\n",
                 fields.full_service_flag);
-            return 11;
+            return TS_CHECK_FAILED;
         case 5:
             if (fields.number_of_channels == 0) return 0;
             std::printf(
                 "ERROR: Check the EAC3 descriptor, and make sure that the service_type=5, while number_of_channels = %d .\n",
                 fields.number_of_channels);
-            return 11;
+            return TS_CHECK_FAILED;
         case 6:
             if (fields.full_service_flag == 1 && fields.number_of_channels == 0) return 0;
             std::printf(
                 "ERROR: Check the EAC3 descriptor, and make sure that the service_type=6, while full_service_flag = %d, number_of_channels = %d .\n",
                 fields.full_service_flag, fields.number_of_channels);
-            return 11;
+            return TS_CHECK_FAILED;
         default:
             return 0;
     }
@@ -134,7 +135,7 @@ int parse_ac4_descriptor(std::span<const uint8_t> bytes, Ac4DescriptorFields& fi
     fields.descriptor_tag_extension = read_u8(position, bytes, 8);
     if (fields.descriptor_tag_extension != DVB_AC4_TAG_EXTENSION) {
         std::printf("ERROR: Vexro AC-4 descriptor tag extension must be set to 0x15 according to DVB.\n");
-        return 11;
+        return TS_CHECK_FAILED;
     }
     fields.ac4_config_flag = read_u8(position, bytes, 1);
     fields.ac4_toc_flag = read_u8(position, bytes, 1);
@@ -151,7 +152,7 @@ int parse_ac4_descriptor(std::span<const uint8_t> bytes, Ac4DescriptorFields& fi
     if (position / 8 >= bytes.size()) return 0;
     copy_bytes(position, bytes, bytes.size() - position / 8, fields.additional_info_byte);
     std::printf("ERROR: The additional_info in Vexro AC-4 audio stream descriptor must not be used.\n");
-    return 11;
+    return TS_CHECK_FAILED;
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include <cstdio>
 
 #include "ts/pes_checks.h"
+#include "ts/ts_status.h"
 
 namespace {
 
@@ -15,19 +16,19 @@ int check_programs(const Eac3DescriptorFields& descriptor, const ZtpStreamSummar
         std::printf(
             "ERROR: Zentra Plus descriptor does not match the Zentra Plus audio data information. \nThere is an additional independent stream with substreamid = 1, substream1_flag must be 1 not %d.\n",
             descriptor.substream1_flag);
-        return 11;
+        return TS_CHECK_FAILED;
     }
     if (carries(2) && descriptor.substream2_flag != 1) {
         std::printf(
             "ERROR: Zentra Plus descriptor does not match the Zentra Plus audio data information. \nThere is an additional independent stream with substreamid = 2, substream2_flag must be 1 not %d.\n",
             descriptor.substream2_flag);
-        return 11;
+        return TS_CHECK_FAILED;
     }
     if (carries(3) && descriptor.substream3_flag != 1) {
         std::printf(
             "ERROR: Zentra Plus descriptor does not math the Zentra Plus audio data information. \nThere is an additional independent stream with substreamid = 3, substream3_flag must be 1 not %d.\n",
             descriptor.substream3_flag);
-        return 11;
+        return TS_CHECK_FAILED;
     }
     return 0;
 }
@@ -39,13 +40,13 @@ int check_multichannel_service(const Eac3DescriptorFields& descriptor, uint32_t 
         std::printf(
             "ERROR: Zentra Plus descriptor does not match the Zentra Plus audio data information. \nNum of Channels Field(101) must match the acmod field. acmode = %d.\n",
             static_cast<int>(acmod));
-        status = 11;
+        status = TS_CHECK_FAILED;
     }
     if (descriptor.full_service_flag != 1 || descriptor.service_type != 0) {
         std::printf(
             "ERROR: Zentra Plus descriptor does not match the Zentra Plus audio data information. \nNum of Channels Field(101) full_service_flag must be set to 1(in fact %d),service_type must be set to 000(in fact,  %d).\n",
             descriptor.full_service_flag, descriptor.service_type);
-        status = 11;
+        status = TS_CHECK_FAILED;
     }
     return status;
 }
@@ -58,26 +59,26 @@ int check_channels(const Eac3DescriptorFields& descriptor, uint32_t acmod) {
             std::printf(
                 "ERROR: Zentra Plus descriptor does not match the Zentra Plus audio data information. \nNum of Channels Field(001) must match the acmod field. acmode = %d.\n",
                 static_cast<int>(acmod));
-            return 11;
+            return TS_CHECK_FAILED;
         case 0b010:
             if (acmod == 2) return 0;
             std::printf(
                 "ERROR: Zentra Plus descriptor does not match the Zentra Plus audio data information. \nNum of Channels Field(010) must match the acmod field. acmode = %d.\n",
                 static_cast<int>(acmod));
-            return 11;
+            return TS_CHECK_FAILED;
         case 0b100:
             if (acmod >= 3) return 0;
             std::printf(
                 "ERROR: Zentra Plus descriptor does not match the Zentra Plus audio data information. \nNum of Channels Field(100) must match the acmod field. acmode = %d.\n",
                 static_cast<int>(acmod));
-            return 11;
+            return TS_CHECK_FAILED;
         case 0b101:
             return check_multichannel_service(descriptor, acmod);
         case 0b110:
         case 0b111:
             std::printf("ERROR: The number value of the channels field(%d) is wrong. It is reserved for future use.\n",
                         descriptor.number_of_channels);
-            return 11;
+            return TS_CHECK_FAILED;
         default:
             return 0;
     }
@@ -93,30 +94,30 @@ int check_objects(const Eac3DescriptorFields& descriptor, const ZtpStreamSummary
     if (!has_dependent && summary.num_programs == 0 && (flag != 0 || complexity != 0)) {
         std::printf(
             "ERROR: Aurelis feature is signaled in the descriptor of the TS PMT but invalid num_of_dep_frm and num_of_pgms values are found in Zentra Plus elementary stream.\n");
-        return 11;
+        return TS_CHECK_FAILED;
     }
     if (flag == 0) {
         if (substream.addbsi[0] == 0 || substream.addbsi_bytes == 0) return 0;
         std::printf(
             "ERROR: Aurelis is absent from the TS PMT while addbsi is found in Zentra Plus elementary stream.\n");
-        return 11;
+        return TS_CHECK_FAILED;
     }
     if (substream.addbsie != 1 || substream.addbsi_bytes < 2) {
         std::printf(
             "ERROR: The descriptor of the TS PMT features Aurelis but invalid bse_addbsie and bse_addbsil are found in the Zentra Plus elementary stream.\n");
-        return 11;
+        return TS_CHECK_FAILED;
     }
     if (substream.addbsi[0] != flag) {
         std::printf(
             "ERROR: The flag_ec3_extension_type_a(0x%x) in the descriptor of the TS PMT does not match what is written in the Zentra Plus elementary stream (0x%x).\n",
             flag, substream.addbsi[0]);
-        return 11;
+        return TS_CHECK_FAILED;
     }
     if (substream.addbsi[1] != complexity) {
         std::printf(
             "ERROR: The complexity_index_type_a(0x%x) in the descriptor of the TS PMT does not match what is written in the Zentra Plus elementary stream (0x%x).\n",
             complexity, substream.addbsi[1]);
-        return 11;
+        return TS_CHECK_FAILED;
     }
     return 0;
 }
@@ -124,8 +125,8 @@ int check_objects(const Eac3DescriptorFields& descriptor, const ZtpStreamSummary
 }  // namespace
 
 int compare_eac3_descriptor(const Eac3DescriptorFields& descriptor, const ZtpStreamSummary& summary) {
-    if (check_programs(descriptor, summary) != 0) return 11;
-    if (check_channels(descriptor, summary.programs[0].independent.acmod) != 0) return 11;
+    if (check_programs(descriptor, summary) != 0) return TS_CHECK_FAILED;
+    if (check_channels(descriptor, summary.programs[0].independent.acmod) != 0) return TS_CHECK_FAILED;
     return check_objects(descriptor, summary);
 }
 
@@ -134,7 +135,7 @@ int check_eac3_pes(const Eac3DescriptorFields& descriptor, const PesCheckInput& 
     ZtpStreamSummary summary;
     if (!stream.analyzer || ztpinfo_process(pes.payload, summary, stream.analyzer.get()) != 0) {
         std::printf("ERROR: Zentra Plus info tool returns errors when parsing the payload data.\n");
-        return 10;
+        return TS_ANALYSIS_FAILED;
     }
     if (summary.frameset_count == 0) {
         // Reported, but no failure by itself: deliberate.

@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "bits/bit_reader.h"
+#include "ts/ts_status.h"
 
 namespace {
 
@@ -40,7 +41,7 @@ int print_with_compatibility(const LmraDescriptorFields& fields) {
         print_streams(fields, PROFILE_NAMES[fields.profile]);
     } else if (id > COMPATIBILITY_ID_MAX) {
         std::printf("ERROR: Invalid lmra stream bl_signal_compatibility_id %d\n", id);
-        return 11;
+        return TS_CHECK_FAILED;
     } else {
         print_streams(fields, PROFILE_8_NAMES[id]);
     }
@@ -60,7 +61,7 @@ int parse_lumora_descriptor(std::span<const uint8_t> bytes, LmraDescriptorFields
     fields.profile = static_cast<uint8_t>(read_bits(position, bytes, 7));
     if (fields.profile >= PROFILE_COUNT) {
         std::printf("ERROR: Invalid lmra stream profile %d.\n", fields.profile);
-        return 11;
+        return TS_CHECK_FAILED;
     }
     // Every level is accepted, also those without a name: deliberately lenient.
     fields.level = static_cast<uint8_t>(read_bits(position, bytes, 6));
@@ -75,7 +76,7 @@ int parse_lumora_descriptor(std::span<const uint8_t> bytes, LmraDescriptorFields
     const int64_t bytes_left = static_cast<int64_t>(bytes.size()) - position / 8;
     if (bytes_left == 1) {
         fields.bl_signal_compatibility_id = static_cast<uint8_t>(read_bits(position, bytes, 4));
-        if (print_with_compatibility(fields) != 0) return 11;
+        if (print_with_compatibility(fields) != 0) return TS_CHECK_FAILED;
     } else {
         print_streams(fields, PROFILE_NAMES[fields.profile]);
         if (bytes_left > 0) std::printf("WARNING: Unknown bytes left in the descriptor.\n");

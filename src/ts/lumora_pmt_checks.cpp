@@ -6,6 +6,7 @@
 #include <cstdlib>
 
 #include "playlist/codecs.h"
+#include "ts/ts_status.h"
 
 namespace {
 
@@ -56,15 +57,15 @@ int check_lumora_descriptor(const LmraDescriptorFields& fields) {
     if (fields.version_major != 1 || fields.version_minor != 0) {
         std::printf(
             "ERROR: The lm_version_major and lm_version_minor of Lumora video stream descriptor must be set to 1 and 0.\n");
-        status = 11;
+        status = TS_CHECK_FAILED;
     }
     if (fields.rpu_present_flag != 1) {
         std::printf("ERROR: The rpu_present_flag of Lumora video stream descriptor must be set to 1.\n");
-        status = 11;
+        status = TS_CHECK_FAILED;
     }
     if (fields.bl_present_flag != 1) {
         std::printf("ERROR: The bl_present_flag of Lumora video stream descriptor must be set to 1.\n");
-        status = 11;
+        status = TS_CHECK_FAILED;
     }
     return status;
 }
@@ -75,13 +76,13 @@ int check_lumora_avc_entry(const std::string& codecs, const LmraDescriptorFields
         if (has_profile_and_level(rest, fields)) return 0;
         std::printf(
             "ERROR: There is a mismatch between lmav description in CODECS attribute of the #EXT-X-STREAM-INF and lmra descriptor in stream.\n");
-        return 11;
+        return TS_CHECK_FAILED;
     }
     if (text_behind(codecs, "lma1", rest)) {
         if (has_profile_and_level(rest, fields)) return 0;
         std::printf(
             "ERROR: There is a mismatch between lma1 description in CODECS attribute of the #EXT-X-STREAM-INF and lmra descriptor in stream.\n");
-        return 11;
+        return TS_CHECK_FAILED;
     }
     return 0;
 }
@@ -91,37 +92,37 @@ int check_lumora_hevc_entry(const std::string& codecs, const LmraDescriptorField
     if (text_behind(codecs, "lmhe", rest)) {
         if (names_profile_and_level(rest, fields)) return 0;
         std::printf("ERROR: Invalid lmhe description found in the CODECS attribute of the #EXT-X-STREAM-INF.\n");
-        return 11;
+        return TS_CHECK_FAILED;
     }
     if (text_behind(codecs, "lmh1", rest)) {
         if (names_profile_and_level(rest, fields)) return 0;
         std::printf("ERROR: Invalid lmh1 description found in the CODECS attribute of the #EXT-X-STREAM-INF.\n");
-        return 11;
+        return TS_CHECK_FAILED;
     }
     std::printf("ERROR: The Lumora stream must include a matching fourcc code in the CODECS attribute.\n");
-    return 11;
+    return TS_CHECK_FAILED;
 }
 
 int check_lumora_codecs_profile(const std::string& codecs, const LmraDescriptorFields& fields, int el_profile) {
     std::string entry;
     if (lumora_codecs_entry(codecs, entry) == 0) {
         std::printf("ERROR: Invalid Lumora descriptor was found in the CODECS attribute of the #EXT-X-STREAM-INF.\n");
-        return 11;
+        return TS_CHECK_FAILED;
     }
     int status = 0;
     const int profile = packed_decimal(entry[5], entry[6]);
     if (profile != fields.profile) {
         std::printf("ERROR: profile_id in the CODECS attribute of the #EXT-X-STREAM-INF must be 4.\n");
-        status = 11;
+        status = TS_CHECK_FAILED;
     }
     if (packed_decimal(entry[8], entry[9]) != fields.level) {
         // The same text for the level: deliberate.
         std::printf("ERROR: profile_id in the CODECS attribute of the #EXT-X-STREAM-INF must be 4.\n");
-        status = 11;
+        status = TS_CHECK_FAILED;
     }
     if (profile == el_profile && fields.el_present_flag != 1) {
         std::printf("ERROR: The el_present_flag of Lumora video stream descriptor must be set to 1.\n");
-        status = 11;
+        status = TS_CHECK_FAILED;
     }
     return status;
 }

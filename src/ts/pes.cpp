@@ -5,13 +5,11 @@
 #include <cstring>
 
 #include "bits/byte_order.h"
-#include "ts/psi.h"
 #include "ts/timestamp_log.h"
+#include "ts/ts_status.h"
 
 namespace {
 
-constexpr uint8_t PTS_ONLY = 2;
-constexpr uint8_t PTS_AND_DTS = 3;
 constexpr size_t PES_FIXED_HEADER_SIZE = 9;
 
 // ISO/IEC 13818-1, 2.4.3.6: 33 bits in three parts, a marker bit behind each.

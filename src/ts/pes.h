@@ -17,6 +17,10 @@ constexpr uint32_t PES_MAX_PAYLOAD = 1000000;
 // stream_id of private_stream_1, which carries AC-3, E-AC-3 and AC-4 (ISO/IEC 13818-1, table 2-22).
 constexpr uint8_t STREAM_ID_PRIVATE_STREAM_1 = 0xBD;
 
+// Values of PTS_DTS_flags (ISO/IEC 13818-1, 2.4.3.7); any other: no time stamps.
+constexpr uint8_t PTS_ONLY = 2;
+constexpr uint8_t PTS_AND_DTS = 3;
+
 enum class PesKind { AUDIO, VIDEO };
 
 // One registered stream: the PES packet being collected and the file that its payload goes to.

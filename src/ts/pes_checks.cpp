@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "ts/ts_status.h"
+
 namespace {
 
 bool selects_eac3(uint8_t stream_type, uint32_t tag) {
@@ -29,13 +31,13 @@ int check_by_descriptors(const EsRecord& es, const PesCheckInput& pes, TsAudioSt
         const int status = check_ac4_pes(pes, stream, table, attrs);
         if (status == 0) return 0;
         std::printf("ERROR: Cannot get the ac4 descriptor.\n");
-        return status | 11;
+        return status | TS_CHECK_FAILED;
     }
     const int status = descriptor != nullptr ? check_eac3_pes(descriptor->eac3, pes, stream) : 0;
     // A failed check counts as a descriptor that was not found, with the ATSC stream type only: deliberate.
     if (es.stream_type != STREAM_TYPE_ATSC_EAC3 || (descriptor != nullptr && status == 0)) return status;
     std::printf("ERROR: Cannot get the ec3 descriptor.\n");
-    return status | 11;
+    return status | TS_CHECK_FAILED;
 }
 
 }  // namespace

@@ -1,19 +1,27 @@
+#include "ts/pmt.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <utility>
 
 #include "bits/byte_order.h"
 #include "bits/report.h"
-#include "ts/psi.h"
+#include "ts/ts_status.h"
 
 namespace {
 
 constexpr size_t PMT_HEADER_SIZE = 12;
 constexpr size_t ES_HEADER_SIZE = 5;
 
-// The stream types that are met in HLS content; any other is recorded with a warning.
+// The stream types that are met in HLS content; any other is recorded with a warning. MPEG audio (0x04) is deliberately
+// none of them, although it is written to a file.
 bool is_known_stream_type(uint8_t stream_type) {
-    constexpr uint8_t KNOWN[] = {0x01, 0x02, 0x06, 0x0F, 0x11, 0x1B, 0x24, 0x40, 0x81, 0x87};
+    constexpr uint8_t KNOWN[] = {
+        STREAM_TYPE_MPEG1_VIDEO, STREAM_TYPE_MPEG2_VIDEO, STREAM_TYPE_PES_PRIVATE_DATA,
+        STREAM_TYPE_ADTS_AAC,    STREAM_TYPE_LATM_AAC,    STREAM_TYPE_AVC,
+        STREAM_TYPE_HEVC,        STREAM_TYPE_RESERVED_40, STREAM_TYPE_ATSC_AC3,
+        STREAM_TYPE_ATSC_EAC3,
+    };
     return std::find(std::begin(KNOWN), std::end(KNOWN), stream_type) != std::end(KNOWN);
 }
 

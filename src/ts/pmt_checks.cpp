@@ -7,6 +7,7 @@
 #include <string>
 
 #include "ts/lumora_pmt_checks.h"
+#include "ts/ts_status.h"
 
 namespace {
 
@@ -45,22 +46,22 @@ int compare_programs(const PlaylistAttributes* attrs, const Eac3DescriptorFields
     if (compared(0) && main_program_differs(programs[0], eac3)) {
         std::printf(
             "ERROR: The #EXT-X-MEDIA ZTP_PROGRAM0 attribute value does not match the syntaxs full_service_flag, service_type, and number_of_channels of EAC-3 descriptor.\n");
-        status = 11;
+        status = TS_CHECK_FAILED;
     }
     if (compared(1) && programs[1] != eac3.substream1) {
         std::printf(
             "ERROR: The #EXT-X-MEDIA ZTP_PROGRAM1 attribute value does not match the substream1 of EAC-3 descriptor.\n");
-        status = 11;
+        status = TS_CHECK_FAILED;
     }
     if (compared(2) && programs[2] != eac3.substream2) {
         std::printf(
             "ERROR: The #EXT-X-MEDIA ZTP_PROGRAM2 attribute value does not match the substream2 of EAC-3 descriptor.\n");
-        status = 11;
+        status = TS_CHECK_FAILED;
     }
     if (compared(3) && programs[3] != eac3.substream3) {
         std::printf(
             "ERROR: The #EXT-X-MEDIA ZTP_PROGRAM3 attribute value does not match the substream3 of EAC-3 descriptor.\n");
-        status = 11;
+        status = TS_CHECK_FAILED;
     }
     return status;
 }
@@ -75,7 +76,7 @@ int check_atsc_eac3_stream(const EsRecord& stream, const PlaylistAttributes* att
         if (descriptor.tag == DESCRIPTOR_DVB_EAC3) {
             std::printf(
                 "ERROR: The EAC-3 descriptor tag should be set value as 0xCC but not 0x7A when audio stream type value is 0x87 in ATSC or MPEG standard.\n");
-            status = 11;
+            status = TS_CHECK_FAILED;
         }
         if (descriptor.tag != DESCRIPTOR_ATSC_EAC3) continue;
         note_eac3(descriptor.eac3, seen);
@@ -126,12 +127,12 @@ int check_lumora_registration(const PlaylistAttributes* attrs, SeenStreams& seen
     if (!names_lumora(codecs)) {
         std::printf(
             "ERROR: No 'lmav', 'lma1' or 'lmhe' or 'lmh1' found in CODECS attribute of the #EXT-X-STREAM-INF.\n");
-        status = 11;
+        status = TS_CHECK_FAILED;
     }
     if (contains(codecs, "avc") || contains(codecs, "hvc1") || contains(codecs, "hev1")) {
         std::printf(
             "ERROR:  Neither 'avc', 'hvc1' nor 'hev1' should be found in the CODECS attribute of the #EXT-X-STREAM-INF.\n");
-        status = 11;
+        status = TS_CHECK_FAILED;
     }
     return status;
 }
@@ -156,11 +157,11 @@ int check_ac4_codecs(const PlaylistAttributes* attrs, SeenStreams& seen) {
     if (found == std::string::npos) {
         std::printf(
             "ERROR: The value of the CODECS in EXT-X-STREAM-INF parameters must include 'ac-4' in the HLS playlist.\n");
-        return 11;
+        return TS_CHECK_FAILED;
     }
     if (starts_with_ac4_version(attrs->codecs.substr(found + sizeof AC4 - 1))) return 0;
     std::printf("ERROR: Invalid ac-4 description found in the CODECS attribute of the #EXT-X-STREAM-INF.\n");
-    return 11;
+    return TS_CHECK_FAILED;
 }
 
 int check_private_lumora(const LmraDescriptorFields& lmra, const SeenStreams& seen) {
@@ -168,11 +169,11 @@ int check_private_lumora(const LmraDescriptorFields& lmra, const SeenStreams& se
     if (seen.lmra_registration_seen && lmra.el_present_flag == 1) {
         std::printf(
             "ERROR: The el_present_flag of Lumora video stream descriptor in the non-sdr case must be set to 0.\n");
-        status = 11;
+        status = TS_CHECK_FAILED;
     }
     if (seen.lmra_descriptor_seen && lmra.el_present_flag != 1) {
         std::printf("ERROR: The el_present_flag of Lumora video stream descriptor in the sdr case must be set to 1.\n");
-        status = 11;
+        status = TS_CHECK_FAILED;
     }
     return status;
 }
@@ -192,7 +193,7 @@ int check_private_descriptor(const StreamDescriptor& descriptor, const PlaylistA
         case DESCRIPTOR_ATSC_EAC3:
             std::printf(
                 "ERROR: The EAC-3 descriptor tag should be set value as 0x7A but not 0xCC when audio stream type value is 0x06 in DVB standard.\n");
-            return 11;
+            return TS_CHECK_FAILED;
         default:
             return 0;
     }
@@ -229,27 +230,27 @@ int require_audio_codecs(const std::string& codecs, const SeenStreams& seen) {
     if (seen.aac_seen && !contains(codecs, "mp4a")) {
         std::printf(
             "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF must include 'mp4a' when it refers to an AAC audio stream.\n");
-        status = 11;
+        status = TS_CHECK_FAILED;
     }
     if (seen.ac3_seen && !contains(codecs, "ac-3")) {
         std::printf(
             "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF must include 'ac-3' when it refers to a Zentra audio stream.\n");
-        status = 11;
+        status = TS_CHECK_FAILED;
     }
     if (seen.eac3_seen && !contains(codecs, "ec-3")) {
         std::printf(
             "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF must include 'ec-3' when it refers Zentra Plus audio stream.\n");
-        status = 11;
+        status = TS_CHECK_FAILED;
     }
     if (seen.joc_seen && !contains(codecs, "ec-3")) {
         std::printf(
             "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF must include 'ec-3' when it refers Zentra Plus JOC audio stream.\n");
-        status = 11;
+        status = TS_CHECK_FAILED;
     }
     if (seen.ac4_seen && !contains(codecs, "ac-4")) {
         std::printf(
             "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF must include 'ac-4' when it refers AC4 audio stream.\n");
-        status = 11;
+        status = TS_CHECK_FAILED;
     }
     return status;
 }
@@ -260,28 +261,28 @@ int require_video_codecs(const std::string& codecs, const SeenStreams& seen) {
     if (seen.avc_seen && !contains(codecs, "avc")) {
         std::printf(
             "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF must include 'avc' when it refers H.264 video stream.\n");
-        status = 11;
+        status = TS_CHECK_FAILED;
     }
     if (seen.hevc_seen && !contains(codecs, "hvc1") && !contains(codecs, "hev1")) {
         std::printf(
             "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF must include 'hvc1' or 'hev1' when it refers H.265 video stream.\n");
-        status = 11;
+        status = TS_CHECK_FAILED;
     }
     if (lumora_seen && !contains(codecs, "lma") && !contains(codecs, "lmh")) {
         std::printf(
             "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF must include 'lma' or 'lmh' when it refers Lumora video stream.\n");
-        status = 11;
+        status = TS_CHECK_FAILED;
     }
     const bool compatible = contains(codecs, "avc") || contains(codecs, "hvc1") || contains(codecs, "hev1");
     if (names_lumora(codecs) && !compatible && !seen.lmra_registration_seen) {
         std::printf(
             "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF indicates it refers a non-backward-compatible Lumora stream, but the Lumora registration descriptor has not been found in PMT of current TS segment.\n");
-        status = 11;
+        status = TS_CHECK_FAILED;
     }
     if (names_lumora(codecs) && !lumora_seen) {
         std::printf(
             "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF indicates it refers a Lumora stream, but none Lumora stream or registration descriptor has been found in PMT of current TS segment.\n");
-        status = 11;
+        status = TS_CHECK_FAILED;
     }
     return status;
 }

@@ -15,6 +15,7 @@ enum StreamType : uint8_t {
     STREAM_TYPE_LATM_AAC = 0x11,
     STREAM_TYPE_AVC = 0x1B,
     STREAM_TYPE_HEVC = 0x24,
+    STREAM_TYPE_RESERVED_40 = 0x40,  // reserved in the standard, yet met
     STREAM_TYPE_ATSC_AC3 = 0x81,
     STREAM_TYPE_ATSC_EAC3 = 0x87,
 };

@@ -13,11 +13,6 @@ constexpr size_t TS_MAX_PROGRAMS = 10;
 constexpr size_t TS_MAX_STREAMS_OF_PROGRAM = 100;
 constexpr size_t TS_MAX_DESCRIPTORS_OF_STREAM = 10;
 
-// Results of a packet, ORed over those of a segment.
-constexpr int TS_CHECK_FAILED = 11;
-constexpr int TS_LOST_SYNC_OR_SECOND_VIDEO = 5;
-constexpr int TS_OUTPUT_FAILED = 3;
-
 // One section being collected (ISO/IEC 13818-1, 2.4.4). `data` begins with the table_id.
 struct SectionBuffer {
     uint16_t pid = 0;
@@ -70,8 +65,3 @@ const ProgramRecord* find_program(const PsiTables& tables, uint16_t pid);
 
 // Chooses the program to follow from the PAT: its only one, or the first of several (said on standard error).
 void select_program(PsiTables& tables);
-
-// Parses a program map section (ISO/IEC 13818-1, 2.4.4.8) that came on `pid` into a new program record. Returns 0; or
-// 11 after a finding: one in a descriptor leaves the program unrecorded, streams or descriptors beyond the limits are
-// left out.
-[[nodiscard]] int parse_pmt(PsiTables& tables, uint16_t pid, std::span<const uint8_t> section);

@@ -1,9 +1,10 @@
-#include <algorithm>
+#include "ts/stream_registration.h"
+
 #include <cstdio>
 #include <utility>
 
 #include "bits/report.h"
-#include "ts/ts_demux.h"
+#include "ts/ts_status.h"
 
 namespace {
 

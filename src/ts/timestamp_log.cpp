@@ -7,8 +7,6 @@
 
 namespace {
 
-constexpr uint8_t PTS_AND_DTS = 3;
-
 // The time of the PES packet in decoding order: its DTS, or its PTS when it carries none.
 int64_t decoding_time(const PesStream& stream) {
     return stream.PTS_DTS_flags == PTS_AND_DTS ? stream.dts : stream.pts;
@@ -32,7 +30,7 @@ void write_log_line(PesStream& stream) {
 }  // namespace
 
 void log_timestamp(PesStream& stream, int64_t packets_read) {
-    const bool has_pts = stream.PTS_DTS_flags >= 2;
+    const bool has_pts = stream.PTS_DTS_flags >= PTS_ONLY;
     if (stream.timestamp_log != nullptr && has_pts) write_log_line(stream);
     if (stream.last_timestamp == 0) {
         // Taken without a comparison, and the DTS even of a packet that carries a PTS alone: kept as it stands.

@@ -37,11 +37,3 @@ struct TsDemuxContext {
     std::array<PesStream, TS_SLOT_COUNT> pes;  // the audio streams as they are registered, then the video stream
     std::optional<uint16_t> video_pid;
 };
-
-// Parses a program association section and routes the PIDs that it lists to section handling, those of the earlier one
-// back to their streams.
-void handle_pat(TsDemuxContext& context, std::span<const uint8_t> section);
-
-// Registers the audio streams and the one video stream of `program` that are not registered yet, and opens their files.
-// Returns 0, or ORed: 5 a second video PID, 3 an output file that cannot be opened, 11 too many audio streams.
-[[nodiscard]] int register_streams(TsDemuxContext& context, const ProgramRecord& program);

@@ -5,8 +5,10 @@
 
 #include "bits/report.h"
 #include "ts/pes_checks.h"
+#include "ts/pmt.h"
 #include "ts/pmt_checks.h"
-#include "ts/ts_demux.h"
+#include "ts/stream_registration.h"
+#include "ts/ts_status.h"
 
 namespace {
 

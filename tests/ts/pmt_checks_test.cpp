@@ -32,7 +32,7 @@ StreamDescriptor lmra(uint8_t profile, uint8_t level, uint8_t el = 1, uint8_t ve
 StreamDescriptor registration(const std::string& text) {
     StreamDescriptor descriptor{.tag = DESCRIPTOR_REGISTRATION, .length = static_cast<uint32_t>(text.size())};
     descriptor.raw = {0x05, static_cast<uint8_t>(text.size())};
-    descriptor.raw.insert(descriptor.raw.end(), text.begin(), text.end());
+    for (const char c : text) descriptor.raw.push_back(static_cast<uint8_t>(c));
     return descriptor;
 }
 
