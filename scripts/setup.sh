@@ -9,8 +9,7 @@ install_packages() {
     local sudo=
     [ "$(id -u)" -eq 0 ] || sudo=sudo
     $sudo apt-get update -qq >&2
-    DEBIAN_FRONTEND=noninteractive $sudo env DEBIAN_FRONTEND=noninteractive \
-        apt-get install -y -qq --no-install-recommends "$@" >&2
+    $sudo env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "$@" >&2
 }
 
 # need COMMAND-OR-FILE=PACKAGE...: installs the packages of what is not there; does nothing when all is.
@@ -42,8 +41,12 @@ build() {
     local directory=build
     [ "$preset" = release ] || directory=build-$preset
     mkdir -p "$directory"
+    # A directory that was configured by hand keeps its generator: CMake refuses to change it.
+    local generator
+    generator=$(sed -n 's/^CMAKE_GENERATOR:INTERNAL=//p' "$directory/CMakeCache.txt" 2>/dev/null) || true
+    [ -z "$generator" ] || set -- -G "$generator" "$@"
     echo "quorlin: building ($preset; log in $directory/build.log)" >&2
-    if ! { cmake --preset "$preset" "$@" && cmake --build --preset "$preset" --target "$target"; } \
+    if ! { cmake --preset "$preset" "$@" && cmake --build --preset "$preset" --target "$target" --parallel "$(nproc)"; } \
         >"$directory/build.log" 2>&1; then
         cat "$directory/build.log" >&2
         echo "quorlin: the build failed" >&2
