@@ -151,6 +151,8 @@ void validate_media_playlist(const std::string& path, const std::string& stem,
     std::printf("------------------------------------------------\n%s:\n", path.c_str());
     Playlist playlist;
     if (read_playlist(path, playlist) == 0) {
+        if (playlist.is_master)
+            report_reason(path, "a master playlist where a media playlist is expected: no segments");
         SegmentLoop loop = {stem, output_dir, attrs, {}, nullptr, {}, {}, 0, 0};
         error_flag |= validate_segments(path, playlist, loop);
     } else {
