@@ -123,6 +123,10 @@ void seek_chunk(Extraction& extraction, uint64_t offset) {
     if (offset < buffer_start || offset >= buffer_start + reader.valid)
         spend_work(extraction.context, reader.chunk_size);
     reader_skip(static_cast<int64_t>(offset - reader.position), reader);
+    if (!in_front) return;
+    // The seek failed and left the stream at its end: the next one starts from there.
+    if (reader.limited) reader.remaining -= static_cast<int64_t>(extraction.context.file_size) + 1;
+    reader.position = extraction.context.file_size;
 }
 
 }  // namespace
