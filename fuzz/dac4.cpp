@@ -1,7 +1,9 @@
 // The payload of a dac4 box (its length stands in the first two bytes) against the table of contents behind it.
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <vector>
 
 #include "ac4/ac4_dsi.h"
 

@@ -6,8 +6,7 @@
 
 namespace {
 
-const bool QUIET =
-    std::freopen("/dev/null", "w", stdout) != nullptr && std::freopen("/dev/null", "w", stderr) != nullptr;
+const bool QUIET = std::freopen("/dev/null", "w", stdout) != nullptr;
 
 void demultiplex(const uint8_t* data, size_t size, const PlaylistAttributes* stream_info) {
     FileReader reader;
