@@ -8,10 +8,10 @@
 #include "ac4/ac4_toc.h"
 #include "bits/byte_order.h"
 #include "bits/report.h"
+#include "packed/sync_words.h"
 
 namespace {
 
-constexpr uint16_t AC4_SYNC_WORD = 0xAC40;
 constexpr size_t AC4_SHORT_HEADER_SIZE = 4;
 constexpr size_t AC4_LONG_HEADER_SIZE = 7;
 constexpr uint16_t AC4_LONG_SIZE = 0xFFFF;  // a 24-bit size follows

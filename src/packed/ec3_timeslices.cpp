@@ -7,7 +7,9 @@
 #include <span>
 #include <vector>
 
+#include "bits/byte_order.h"
 #include "bits/report.h"
+#include "packed/sync_words.h"
 #include "ztpinfo/ztpinfo.h"
 
 namespace {
@@ -46,7 +48,7 @@ bool next_frame_header(FileReader& reader, FrameHeader& header) {
                               static_cast<unsigned long long>(start));
             return false;
         }
-    } while (bytes[0] != 0x0B || bytes[1] != 0x77);
+    } while (load_be16(header.bytes, 0) != SYNCFRAME_SYNC_WORD);
     const uint64_t found = reader.position - 2;
     if (found > start)
         report_reason(reader.path, "bytes %llu to %llu skipped: no sync word", static_cast<unsigned long long>(start),

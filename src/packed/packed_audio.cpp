@@ -5,11 +5,13 @@
 #include <cstdio>
 #include <span>
 
+#include "bits/byte_order.h"
 #include "bits/output_file.h"
 #include "bits/report.h"
 #include "packed/ac4_frames.h"
 #include "packed/ec3_timeslices.h"
 #include "packed/id3_timestamp.h"
+#include "packed/sync_words.h"
 
 namespace {
 
@@ -34,10 +36,11 @@ PackedFormat syncframe_format(uint32_t bsid) {
 
 PackedFormat recognise(std::span<const uint8_t> head) {
     if (head.size() < 2) return PackedFormat::NONE;
-    if (head[0] == 0x0B && head[1] == 0x77 && head.size() == FORMAT_HEAD_SIZE)
+    const uint16_t sync_word = load_be16(head, 0);
+    if (sync_word == SYNCFRAME_SYNC_WORD && head.size() == FORMAT_HEAD_SIZE)
         return syncframe_format(head[SYNCFRAME_BSID_OFFSET] >> 3);
-    if (head[0] == 0xAC && (head[1] == 0x40 || head[1] == 0x41)) return PackedFormat::AC4;
-    if (head[0] == 0xFF && head[1] == 0xF1) return PackedFormat::AAC;
+    if (sync_word == AC4_SYNC_WORD || sync_word == AC4_SYNC_WORD_WITH_CRC) return PackedFormat::AC4;
+    if (sync_word == ADTS_SYNC_WORD) return PackedFormat::AAC;
     return PackedFormat::NONE;
 }
 
