@@ -21,10 +21,10 @@ void put_production_info(BitWriter& writer, uint16_t present, uint16_t mixlevel,
     writer.put(2, roomtyp);
 }
 
-void put_addbsi(BitWriter& writer, uint16_t addbsie, uint16_t addbsil, std::span<const uint8_t> addbsi) {
-    put_optional(writer, addbsie, 6, addbsil);
-    if (addbsie != 0)
-        for (const uint8_t byte : addbsi.first(addbsil + 1u)) writer.put(8, byte);
+template <typename Bsi>
+void put_addbsi(BitWriter& writer, const Bsi& bsi) {
+    put_optional(writer, bsi.addbsie, 6, bsi.addbsil);
+    if (bsi.addbsie != 0) writer.put_bytes(std::span(bsi.addbsi).first(bsi.addbsil + 1u));
 }
 
 void put_premix(BitWriter& writer, const Eac3Bsi& bsi) {
@@ -120,30 +120,45 @@ uint16_t crc16_before_zero_bit(uint16_t crc) {
     return static_cast<uint16_t>(value >> 1);
 }
 
-void store_word(std::vector<uint8_t>& frame, size_t word, uint16_t value) {
+void store_word(std::vector<uint8_t>& frame, size_t word, uint32_t value) {
     frame[2 * word] = static_cast<uint8_t>(value >> 8);
     frame[2 * word + 1] = static_cast<uint8_t>(value & 0xFF);
 }
 
+void store_crc2(std::vector<uint8_t>& frame) {
+    if (frame.size() < 6) return;
+    store_word(frame, frame.size() / 2 - 1, plain_crc16(std::span(frame).subspan(2, frame.size() - 4)));
+}
+
+void store_crc1(std::vector<uint8_t>& frame) {
+    const size_t words = frame.size() / 2;
+    const size_t first_part = words / 2 + words / 8;
+    uint16_t crc1 = plain_crc16(std::span(frame).subspan(4, (first_part - 2) * 2));
+    for (size_t i = 0; i < 16 * (first_part - 1); ++i) crc1 = crc16_before_zero_bit(crc1);
+    store_word(frame, 1, crc1);
+}
+
+// The frame that begins with `bytes`, as long as they announce.
+std::vector<uint8_t> complete_frame(std::vector<uint8_t> bytes) {
+    const bool ac3 = bytes.at(5) >> 3 <= 8;
+    const uint32_t words = ac3 ? announced_words(bytes[4] >> 6, bytes[4] & 63u) : (bytes[2] & 7u) * 256 + bytes[3] + 1;
+    EXPECT_LE(bytes.size(), words * 2) << "the frame is too short for its BSI";
+    bytes.resize(words * size_t{2});
+    if (ac3) store_crc1(bytes);
+    store_crc2(bytes);
+    return bytes;
+}
+
 template <typename Bsi>
-std::vector<uint8_t> frame_without_crc(const Bsi& bsi) {
+std::vector<uint8_t> frame_of(Bsi bsi) {
+    bsi.syncword = 0x0B77;
     BitWriter writer;
     put_bsi(writer, bsi);
-    writer.align();
-    EXPECT_LE(writer.bytes.size(), announced_words(bsi) * 2u) << "the frame is too short for its BSI";
-    writer.bytes.resize(announced_words(bsi) * size_t{2});
-    return writer.bytes;
+    return complete_frame(writer.bytes);
 }
 
-void close_frame(std::vector<uint8_t>& frame, CrcFault fault) {
-    const size_t words = frame.size() / 2;
-    if (words < 3) return;
-    store_word(frame, words - 1, plain_crc16(std::span(frame).subspan(2, frame.size() - 4)));
-    // Bits behind every BSI that the tests write.
-    if (fault == CrcFault::WHOLE) frame[words - words / 4] ^= 1;
-    if (fault == CrcFault::LAST_PART) frame[frame.size() - 3] ^= 1;
-}
-
+// Fields by name and the kinds of frames.
+using Settings = std::map<std::string, uint32_t>;
 template <typename Bsi>
 using FieldTable = std::map<std::string, uint16_t Bsi::*>;
 
@@ -156,7 +171,8 @@ const FieldTable<Ac3Bsi> AC3_FIELDS = {
 };
 
 const FieldTable<Eac3Bsi> EAC3_FIELDS = {
-    {"strmtyp", &Eac3Bsi::strmtyp}, {"fscod", &Eac3Bsi::fscod}, {"acmod", &Eac3Bsi::acmod},
+    {"strmtyp", &Eac3Bsi::strmtyp}, {"substreamid", &Eac3Bsi::substreamid}, {"frmsiz", &Eac3Bsi::frmsiz},
+    {"fscod", &Eac3Bsi::fscod}, {"numblkscod", &Eac3Bsi::numblkscod}, {"acmod", &Eac3Bsi::acmod},
     {"lfeon", &Eac3Bsi::lfeon}, {"bsid", &Eac3Bsi::bsid}, {"dialnorm", &Eac3Bsi::dialnorm},
     {"chanmape", &Eac3Bsi::chanmape}, {"chanmap", &Eac3Bsi::chanmap}, {"mixmdate", &Eac3Bsi::mixmdate},
     {"pgmscle", &Eac3Bsi::pgmscle}, {"extpgmscle", &Eac3Bsi::extpgmscle}, {"mixdef", &Eac3Bsi::mixdef},
@@ -170,58 +186,21 @@ const FieldTable<Eac3Bsi> EAC3_FIELDS = {
 };
 // clang-format on
 
-using Settings = std::map<std::string, uint32_t>;
+const std::map<char, std::string> KINDS = {
+    {'A', "frmsizecod=30,bsid=8,acmod=7,lfeon=1,dialnorm=31,"},
+    {'I', "words=256,blocks=6,acmod=7,lfeon=1,bsid=16,dialnorm=31,"},
+    {'T', "strmtyp=2,words=256,blocks=6,acmod=7,lfeon=1,bsid=16,dialnorm=31,"},
+    {'S', "words=256,blocks=6,acmod=1,bsid=16,dialnorm=31,mixmdate=1,extpgmscle=1,"},
+    {'D', "strmtyp=1,words=128,blocks=6,acmod=2,bsid=16,dialnorm=31,chanmape=1,chanmap=0x0200,"},
+};
 
 // Takes `name` out of `settings`.
-uint32_t take(Settings& settings, const std::string& name, uint32_t otherwise) {
-    const auto found = settings.find(name);
-    if (found == settings.end()) return otherwise;
-    const uint32_t value = found->second;
-    settings.erase(found);
-    return value;
+uint32_t take(Settings& settings, const std::string& name, uint32_t otherwise = 0) {
+    const auto node = settings.extract(name);
+    return node.empty() ? otherwise : node.mapped();
 }
 
-template <typename Bsi>
-void set_fields(Bsi& bsi, const Settings& settings, const FieldTable<Bsi>& fields) {
-    for (const auto& [name, value] : settings) {
-        const auto field = fields.find(name);
-        if (field == fields.end())
-            ADD_FAILURE() << "no such field: " << name;
-        else
-            bsi.*field->second = static_cast<uint16_t>(value);
-    }
-}
-
-std::vector<uint8_t> described_ac3(const Settings& settings, CrcFault fault) {
-    Ac3Bsi bsi = {.frmsizecod = 30, .bsid = 8, .acmod = 7, .lfeon = 1, .dialnorm = 31};
-    set_fields(bsi, settings, AC3_FIELDS);
-    return write_frame(bsi, fault);
-}
-
-std::vector<uint8_t> described_eac3(char kind, uint16_t id, Settings& settings, CrcFault fault) {
-    Eac3Bsi bsi = {.frmsiz = 255, .numblkscod = 3, .acmod = 7, .lfeon = 1, .bsid = 16, .dialnorm = 31};
-    bsi.strmtyp = kind == 'D' ? 1 : kind == 'T' ? 2 : 0;
-    bsi.substreamid = id;
-    if (kind == 'D') {
-        bsi.frmsiz = 127;
-        bsi.acmod = 2;
-        bsi.lfeon = 0;
-        bsi.chanmape = 1;
-        bsi.chanmap = 0x0200;
-    }
-    if (kind == 'S') {
-        bsi.acmod = 1;
-        bsi.lfeon = 0;
-        bsi.mixmdate = 1;
-        bsi.extpgmscle = 1;
-    }
-    bsi.frmsiz = static_cast<uint16_t>(take(settings, "words", bsi.frmsiz + 1u) - 1);
-    const uint32_t blocks = take(settings, "blocks", 6);
-    bsi.numblkscod = static_cast<uint16_t>(blocks == 6 ? 3 : blocks - 1);
-    set_fields(bsi, settings, EAC3_FIELDS);
-    return write_frame(bsi, fault);
-}
-
+// Later settings take the place of earlier ones.
 Settings parse_settings(const std::string& text) {
     Settings settings;
     std::istringstream items(text);
@@ -230,6 +209,37 @@ Settings parse_settings(const std::string& text) {
         settings[item.substr(0, equal)] = static_cast<uint32_t>(std::strtoul(item.c_str() + equal + 1, nullptr, 0));
     }
     return settings;
+}
+
+template <typename Bsi>
+std::vector<uint8_t> frame_with(const Settings& settings, const FieldTable<Bsi>& fields) {
+    Bsi bsi;
+    for (const auto& [name, value] : settings) {
+        const auto field = fields.find(name);
+        if (field == fields.end())
+            ADD_FAILURE() << "no such field: " << name;
+        else
+            bsi.*field->second = static_cast<uint16_t>(value);
+    }
+    return frame_of(bsi);
+}
+
+std::vector<uint8_t> frame_of_kind(char kind, Settings& settings) {
+    if (kind == 'A') return frame_with(settings, AC3_FIELDS);
+    const uint32_t blocks = take(settings, "blocks");
+    settings["numblkscod"] = blocks == 6 ? 3 : blocks - 1;
+    settings["frmsiz"] = take(settings, "words") - 1;
+    return frame_with(settings, EAC3_FIELDS);
+}
+
+// The end of the frame: auxiliary data, auxdatal, auxdatae, the last bit.
+void put_tail(std::vector<uint8_t>& frame, uint32_t auxdatal, uint32_t last_bit) {
+    const size_t words = frame.size() / 2;
+    if (auxdatal == 0 && last_bit == 0) return;
+    store_word(frame, words - 4, 0x0001);
+    store_word(frame, words - 3, 0x2345);
+    store_word(frame, words - 2, auxdatal << 2 | (auxdatal != 0 ? 2u : 0u) | last_bit);
+    store_crc2(frame);
 }
 
 std::vector<uint8_t> hex_bytes(const std::string& text) {
@@ -241,16 +251,22 @@ std::vector<uint8_t> hex_bytes(const std::string& text) {
 
 std::vector<uint8_t> described_frame(const std::string& item) {
     const size_t colon = item.find(':');
-    const std::string kind = item.substr(0, colon);
     const std::string text = colon == std::string::npos ? "" : item.substr(colon + 1);
-    if (kind == "x") return hex_bytes(text);
-    Settings settings = parse_settings(text);
-    const CrcFault fault = static_cast<CrcFault>(take(settings, "crc", 0));
-    const bool swap = take(settings, "swap", 0) != 0;
+    if (item[0] == 'x') return hex_bytes(text);
+    if (item[0] == 'b') return complete_frame(hex_bytes(text));
+    const bool with_id = item.size() > 1 && colon != 1;
+    const std::string id = with_id ? "substreamid=" + item.substr(1, 1) + "," : "";
+    Settings settings = parse_settings(KINDS.at(item[0]) + id + text);
+    const uint32_t fault = take(settings, "crc");
+    const bool swap = take(settings, "swap") != 0;
     const uint32_t cut = take(settings, "cut", UINT32_MAX);
-    const uint16_t id = static_cast<uint16_t>(kind.size() > 1 ? kind[1] - '0' : 0);
-    std::vector<uint8_t> frame =
-        kind[0] == 'A' ? described_ac3(settings, fault) : described_eac3(kind[0], id, settings, fault);
+    const uint32_t auxdatal = take(settings, "auxdatal");
+    const uint32_t last_bit = take(settings, "lastbit");
+    std::vector<uint8_t> frame = frame_of_kind(item[0], settings);
+    put_tail(frame, auxdatal, last_bit);
+    // Bits behind every BSI that the tests write.
+    if (fault == 1) frame[frame.size() / 2 - frame.size() / 8] ^= 1;
+    if (fault == 2) frame[frame.size() - 3] ^= 1;
     if (swap) swap_words(frame);
     if (cut < frame.size()) frame.resize(cut);
     return frame;
@@ -298,7 +314,7 @@ void put_bsi(BitWriter& writer, const Ac3Bsi& bsi) {
             writer.put(1, bsi.encinfo);
         }
     }
-    put_addbsi(writer, bsi.addbsie, bsi.addbsil, bsi.addbsi);
+    put_addbsi(writer, bsi);
 }
 
 void put_bsi(BitWriter& writer, const Eac3Bsi& bsi) {
@@ -323,41 +339,21 @@ void put_bsi(BitWriter& writer, const Eac3Bsi& bsi) {
     if (bsi.strmtyp == 0 && bsi.numblkscod != 3) writer.put(1, bsi.convsync);
     if (bsi.strmtyp == 2 && bsi.numblkscod != 3) writer.put(1, bsi.blkid);
     if (bsi.strmtyp == 2 && (bsi.numblkscod == 3 || bsi.blkid != 0)) writer.put(6, bsi.frmsizecod);
-    put_addbsi(writer, bsi.addbsie, bsi.addbsil, bsi.addbsi);
+    put_addbsi(writer, bsi);
 }
 
 // The rule behind ETSI TS 102 366, table 4.13.
-uint32_t announced_words(const Ac3Bsi& bsi) {
+uint32_t announced_words(uint32_t fscod, uint32_t frmsizecod) {
     const uint32_t rates_kbps[19] = {32,  40,  48,  56,  64,  80,  96,  112, 128, 160,
                                      192, 224, 256, 320, 384, 448, 512, 576, 640};
-    const uint32_t kbps = rates_kbps[bsi.frmsizecod / 2];
-    if (bsi.fscod == 0) return 2 * kbps;
-    if (bsi.fscod == 2) return 3 * kbps;
-    return kbps * 96000 / 44100 + bsi.frmsizecod % 2;
+    const uint32_t kbps = rates_kbps[frmsizecod / 2];
+    if (fscod == 0) return 2 * kbps;
+    if (fscod == 2) return 3 * kbps;
+    return kbps * 96000 / 44100 + frmsizecod % 2;
 }
 
-uint32_t announced_words(const Eac3Bsi& bsi) {
-    return bsi.frmsiz + 1u;
-}
-
-std::vector<uint8_t> write_frame(Ac3Bsi bsi, CrcFault fault) {
-    bsi.syncword = 0x0B77;
-    std::vector<uint8_t> frame = frame_without_crc(bsi);
-    const size_t words = frame.size() / 2;
-    const size_t first_part = words / 2 + words / 8;
-    uint16_t crc1 = plain_crc16(std::span(frame).subspan(4, (first_part - 2) * 2));
-    for (size_t i = 0; i < 16 * (first_part - 1); ++i) crc1 = crc16_before_zero_bit(crc1);
-    store_word(frame, 1, crc1);
-    close_frame(frame, fault);
-    return frame;
-}
-
-std::vector<uint8_t> write_frame(const Eac3Bsi& bsi, CrcFault fault) {
-    Eac3Bsi with_sync = bsi;
-    with_sync.syncword = 0x0B77;
-    std::vector<uint8_t> frame = frame_without_crc(with_sync);
-    close_frame(frame, fault);
-    return frame;
+std::vector<uint8_t> write_frame(const Eac3Bsi& bsi) {
+    return frame_of(bsi);
 }
 
 uint16_t plain_crc16(std::span<const uint8_t> bytes) {
@@ -371,6 +367,13 @@ uint16_t plain_crc16(std::span<const uint8_t> bytes) {
 
 void swap_words(std::span<uint8_t> bytes) {
     for (size_t i = 0; i + 1 < bytes.size(); i += 2) std::swap(bytes[i], bytes[i + 1]);
+}
+
+std::vector<uint16_t> to_words(std::span<const uint8_t> bytes) {
+    std::vector<uint16_t> words((bytes.size() + 1) / 2);
+    for (size_t i = 0; i < bytes.size(); ++i)
+        words[i / 2] = static_cast<uint16_t>(words[i / 2] | bytes[i] << (i % 2 == 0 ? 8 : 0));
+    return words;
 }
 
 std::vector<uint8_t> syncframes(std::string_view description) {

@@ -14,16 +14,11 @@
 void put_bsi(BitWriter& writer, const Ac3Bsi& bsi);
 void put_bsi(BitWriter& writer, const Eac3Bsi& bsi);
 
-// Frame length in words that the BSI announces.
-uint32_t announced_words(const Ac3Bsi& bsi);
-uint32_t announced_words(const Eac3Bsi& bsi);
+// Frame length in words that an AC-3 frame announces.
+uint32_t announced_words(uint32_t fscod, uint32_t frmsizecod);
 
-enum class CrcFault { NONE, WHOLE, LAST_PART };
-
-// A frame of the announced length: its BSI, zeros, and right check words (crc1 is computed) unless `fault` asks for a
-// damaged bit near the frame's begin or end.
-std::vector<uint8_t> write_frame(Ac3Bsi bsi, CrcFault fault = CrcFault::NONE);
-std::vector<uint8_t> write_frame(const Eac3Bsi& bsi, CrcFault fault = CrcFault::NONE);
+// A frame of the announced length: its BSI, zeros, and the right check word.
+std::vector<uint8_t> write_frame(const Eac3Bsi& bsi);
 
 // The check word register behind `bytes`, bit by bit.
 uint16_t plain_crc16(std::span<const uint8_t> bytes);
@@ -31,12 +26,17 @@ uint16_t plain_crc16(std::span<const uint8_t> bytes);
 // Exchanges the bytes of every word.
 void swap_words(std::span<uint8_t> bytes);
 
+// The bytes as words, high byte first; a last odd byte is filled up.
+std::vector<uint16_t> to_words(std::span<const uint8_t> bytes);
+
 // Frames from a description: items parted by blanks, each [COUNT*]KIND[ID][:NAME=VALUE,...]. KIND is I (independent
-// E-AC-3: 5.1, 256 words, 6 blocks), T (the same, transcoded), D (dependent: a stereo pair on chanmap 0x0200, 128
-// words, 6 blocks) or A (AC-3 5.1, 448 kbps); ID the substreamid. A NAME is a BSI field, or
-//   words, blocks       of an E-AC-3 frame
-//   crc=1, crc=2        a bit of the frame, of its last part, is wrong
-//   swap=1              every word low byte first
-//   cut=N               only the first N bytes
-// "x:HEX" stands for bytes as they are.
+// E-AC-3: 5.1, 256 words, 6 blocks), T (the same, transcoded), S (mono with mixing metadata, as secondary audio has
+// it), D (dependent: a stereo pair on chanmap 0x0200, 128 words, 6 blocks) or A (AC-3 5.1, 448 kbps); ID is the
+// substreamid. A NAME is a BSI field, or
+//   words, blocks        of an E-AC-3 frame
+//   auxdatal, lastbit    of the end of the frame; the auxiliary data ends with the bits 0x12345
+//   crc=1, crc=2         a bit of the frame, of its last part, is wrong
+//   swap=1               every word low byte first
+//   cut=N                only the first N bytes
+// "x:HEX" stands for bytes as they are, "b:HEX" for a frame that begins with this BSI.
 std::vector<uint8_t> syncframes(std::string_view description);
