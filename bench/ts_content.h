@@ -22,9 +22,7 @@ struct TsContent {
 
     // Appends one picture and the audio that goes with it.
     void append_picture(TsWriter& writer) {
-        PatSpec pat;
-        pat.programs = {{1, PMT_PID}};
-        writer.pat(pat);
+        writer.pat({{1, PMT_PID}});
         PmtSpec pmt;
         pmt.PCR_PID = VIDEO_PID;
         pmt.streams = {{0x1B, VIDEO_PID}, {0x87, AUDIO_PID, ts_descriptor(0xCC, {0x80, 0x44, 0x00})}};

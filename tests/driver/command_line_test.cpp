@@ -10,42 +10,35 @@
 #include "support/golden.h"
 
 TEST(CommandLine, OptionsAndKindsOfInput) {
-    struct Case {
-        std::vector<const char*> args;
-        int status;
-        int32_t kind;
-        int32_t start_index;
-        std::string output_dir;
+    const std::vector<const char*> cases[] = {
+        {"-i", "a.m3u8"},
+        {"-i", "a.m3u", "-s", "3"},
+        {"-i", "a.M3U8"},
+        {"-i", "dir.old/stream"},
+        {"-i", "a.ts", "-s", "3", "-o", "x"},
+        {"-i", "a_%d.ts"},
+        {"-i", "a_%03d.trp", "-s", "7"},
+        {"-i", "a_%d.ts", "-s", "2x"},
+        {"-i", "a_%d.ts", "-s", ""},
+        {"-i", "a_%d.ts", "-s", "99999999999999999999"},
+        {"-i", "a.ts", "-o", "-h"},
+        {"-s"},
+        {"-i"},
+        {"-i", "a.ts", "--help"},
     };
-    const Case cases[] = {
-        {{"-i", "a.m3u8"}, 0, INPUT_PLAYLIST, -1, ""},
-        {{"-i", "a.m3u", "-s", "3"}, 0, INPUT_PLAYLIST, 3, ""},
-        {{"-i", "a.M3U8"}, 0, INPUT_UNDECIDED, -1, ""},
-        {{"-i", "dir.old/stream"}, 0, INPUT_UNDECIDED, -1, ""},
-        {{"-i", "a.ts", "-s", "3", "-o", "x"}, 0, INPUT_TS_FILE, 3, "x"},
-        {{"-i", "a_%d.ts"}, 0, INPUT_TS_TEMPLATE, 0, ""},
-        {{"-i", "a_%03d.trp", "-s", "7"}, 0, INPUT_TS_TEMPLATE, 7, ""},
-        {{"-i", "a_%d.ts", "-s", "2x"}, 0, INPUT_TS_TEMPLATE, 0, ""},
-        {{"-i", "a_%d.ts", "-s", ""}, 0, INPUT_TS_TEMPLATE, 0, ""},
-        {{"-i", "a_%d.ts", "-s", "99999999999999999999"}, 0, INPUT_TS_TEMPLATE, 2147483647, ""},
-        {{"-i", "a.ts", "-o", "-h"}, 0, INPUT_TS_FILE, -1, "-h"},
-        {{"-s"}, -1, INPUT_UNDECIDED, -1, ""},
-        {{"-i"}, -1, INPUT_UNDECIDED, -1, ""},
-        {{"-i", "a.ts", "--help"}, -1, INPUT_UNDECIDED, -1, ""},
-        {{"-i", "a.ts", "-v", "-x"}, 0, INPUT_UNDECIDED, -1, ""},
-    };
-    for (const Case& c : cases) {
+    std::string transcript;
+    for (const std::vector<const char*>& args : cases) {
         std::vector<const char*> argv = {"quorlin"};
-        argv.insert(argv.end(), c.args.begin(), c.args.end());
+        argv.insert(argv.end(), args.begin(), args.end());
         CommandLineOptions options;
-        int status = 1;
-        printed_by([&] { status = parse_command_line(static_cast<int>(argv.size()), argv.data(), options); });
-        const std::string name = testing::PrintToString(c.args);
-        EXPECT_EQ(status, c.status) << name;
-        EXPECT_EQ(options.input_kind, c.kind) << name;
-        EXPECT_EQ(options.start_index, c.start_index) << name;
-        EXPECT_EQ(options.output_dir == nullptr ? "" : std::string(options.output_dir), c.output_dir) << name;
+        std::string name;
+        for (const char* arg : args) name += std::string(name.empty() ? "" : " ") + arg;
+        transcript += transcript_entry(
+            name, [&] { return parse_command_line(static_cast<int>(argv.size()), argv.data(), options); });
+        transcript += "kind " + std::to_string(options.input_kind) + ", start " + std::to_string(options.start_index) +
+                      ", output " + (options.output_dir == nullptr ? "-" : options.output_dir) + "\n";
     }
+    expect_golden("golden/command_line.txt", transcript);
 }
 
 TEST(CommandLine, TheTemplateTestIsLoose) {
@@ -86,26 +79,18 @@ TEST(NameTemplate, AnIndexLooksAsPrintfWouldWriteIt) {
 }
 
 TEST(NameTemplate, EverythingElseIsText) {
-    struct Case {
-        const char* text;
-        TemplateKind kind;
-        const char* name;
-    };
-    const Case cases[] = {
-        {"d%s%n.ts", TemplateKind::FIXED, "d%s%n.ts"}, {"d%%.ts", TemplateKind::FIXED, "d%.ts"},
-        {"%ld_%d%", TemplateKind::NUMBERED, "%ld_5%"}, {"%5", TemplateKind::FIXED, "%5"},
-        {"%*d", TemplateKind::FIXED, "%*d"},           {"%1$d", TemplateKind::FIXED, "%1$d"},
-        {"%d%d", TemplateKind::NO_MATCH, nullptr},     {"%4097d", TemplateKind::NO_MATCH, nullptr},
-        {"%.4097d", TemplateKind::NO_MATCH, nullptr},  {"%99999999999999999999d", TemplateKind::NO_MATCH, nullptr},
-    };
-    for (const Case& c : cases) {
-        std::string name;
-        EXPECT_EQ(expand_template(c.text, 5, name), c.kind) << c.text;
-        if (c.name != nullptr) {
-            EXPECT_EQ(name, c.name);
-        }
-    }
     std::string name;
+    for (const auto& [text, expected] :
+         {std::pair{"d%s%n.ts", "d%s%n.ts"}, {"d%%.ts", "d%.ts"}, {"%5", "%5"}, {"%*d", "%*d"}, {"%1$d", "%1$d"}}) {
+        EXPECT_EQ(expand_template(text, 5, name), TemplateKind::FIXED) << text;
+        EXPECT_EQ(name, expected);
+    }
+    for (const char* text : {"%d%d", "%4097d", "%.4097d", "%99999999999999999999d"})
+        EXPECT_EQ(expand_template(text, 5, name), TemplateKind::NO_MATCH) << text;
+    EXPECT_EQ(expand_template("%ld_%d%", 5, name), TemplateKind::NUMBERED);
+    EXPECT_EQ(name, "%ld_5%");
+    EXPECT_EQ(expand_template("%08.3d", 5, name), TemplateKind::NUMBERED);
+    EXPECT_EQ(name, "     005");
     EXPECT_EQ(expand_template("%4096d", 5, name), TemplateKind::NUMBERED);
     EXPECT_EQ(name.size(), 4096u);
 }

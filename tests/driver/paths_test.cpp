@@ -7,31 +7,16 @@
 #include <fstream>
 
 TEST(Paths, FileStem) {
-    struct Case {
-        const char* path;
-        const char* stem;  // null: none
+    const char* const cases[][2] = {
+        {"a.ts", "a"},   {"dir/a.b.ts", "a.b"}, {"C:\\seg\\a_1.ts", "a_1"}, {"x\\y/a.ts", "a"}, {"x/y\\a.ts", "a"},
+        {"/a.ts", "/a"}, {"/x/a.ts", "a"},      {"dir.old/stream", "dir"},  {".m3u8", ""},      {"x/.ts", ""},
     };
-    const Case cases[] = {
-        {"a.ts", "a"},
-        {"dir/a.b.ts", "a.b"},
-        {"C:\\seg\\a_1.ts", "a_1"},
-        {"x\\y/a.ts", "a"},
-        {"x/y\\a.ts", "a"},
-        {"/a.ts", "/a"},
-        {"/x/a.ts", "a"},
-        {"a", nullptr},
-        {"", nullptr},
-        {"dir.old/stream", "dir"},
-        {".m3u8", ""},
-        {"x/.ts", ""},
-    };
-    for (const Case& c : cases) {
-        std::string stem;
-        EXPECT_EQ(file_stem(c.path, stem), c.stem == nullptr ? -1 : 0) << c.path;
-        if (c.stem != nullptr) {
-            EXPECT_EQ(stem, c.stem) << c.path;
-        }
+    std::string stem;
+    for (const auto& [path, expected] : cases) {
+        EXPECT_EQ(file_stem(path, stem), 0) << path;
+        EXPECT_EQ(stem, expected) << path;
     }
+    for (const char* path : {"a", ""}) EXPECT_EQ(file_stem(path, stem), -1) << path;
 }
 
 TEST(Paths, OutputDirectoriesAreCreatedAtBackslashesOnly) {

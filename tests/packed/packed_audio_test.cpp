@@ -4,39 +4,31 @@
 
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
+#include "support/files.h"
 #include "support/golden.h"
 #include "support/id3_writer.h"
 #include "ztpinfo/ztpinfo.h"
 
 // Stands in for the analyzer: a test sees how the payload was cut into timeslices and says what each call returns.
-struct FakeAnalyzer {
+struct ZtpInfoContext {
     bool opens = true;
     std::vector<int> results = {};  // of the calls in turn, then 0
     std::vector<ZtpProgramSummary> programs = {{}};
-    std::string calls = {};  // the sizes that were handed over
+    std::vector<size_t> calls = {};  // the sizes that were handed over
 };
 
-struct ZtpInfoContext {
-    size_t call_count = 0;
-};
-
-static FakeAnalyzer fake;
+static ZtpInfoContext fake;
 
 ZtpInfoContext* ztpinfo_open() {
-    return fake.opens ? new ZtpInfoContext : nullptr;
+    return fake.opens ? &fake : nullptr;
 }
 
-void ztpinfo_close(ZtpInfoContext* handle) {
-    delete handle;
-}
+void ztpinfo_close(ZtpInfoContext*) {}
 
-int ztpinfo_process(std::span<const uint8_t> bytes, ZtpStreamSummary& summary, ZtpInfoContext* handle) {
-    fake.calls += " " + std::to_string(bytes.size());
-    const size_t call = handle->call_count++;
-    const int result = call < fake.results.size() ? fake.results[call] : 0;
+int ztpinfo_process(std::span<const uint8_t> bytes, ZtpStreamSummary& summary, ZtpInfoContext*) {
+    fake.calls.push_back(bytes.size());
+    const int result = fake.calls.size() <= fake.results.size() ? fake.results[fake.calls.size() - 1] : 0;
     summary = {};
     if (result == 2) return result;
     summary.num_programs = static_cast<uint32_t>(fake.programs.size());
@@ -66,58 +58,43 @@ Bytes frame(uint8_t strmtyp, uint8_t substreamid, uint32_t size = 6, uint8_t bsi
     return writer.bytes;
 }
 
-// An AC-4 sync frame whose table of contents has no presentation: "ac-4.02.01.00".
-Bytes ac4_frame(bool b_iframe_global = true, bool long_size = false) {
-    BitWriter writer;
-    writer.put(16, 0xAC40);
-    if (long_size) writer.put(16, 0xFFFF);
-    writer.put(long_size ? 24 : 16, 4);
-    writer.put(13, 2 << 11);  // bitstream_version, sequence_counter, b_wait_frames
-    writer.put(5, 0);         // fs_index, frame_rate_index
-    writer.put(1, b_iframe_global);
-    writer.put(4, 0);       // b_single_presentation, b_more_presentations, b_payload_base, b_program_id
-    writer.put(9, 1 << 7);  // n_substreams, b_size_present, fill
-    return writer.bytes;
-}
+// AC-4 sync frames whose table of contents has no presentation: "ac-4.02.01.00".
+const Bytes AC4 = {0xAC, 0x40, 0, 4, 0x80, 0, 0x20, 0x80};
+const Bytes AC4_LONG_SIZE = {0xAC, 0x40, 0xFF, 0xFF, 0, 0, 4, 0x80, 0, 0x20, 0x80};
+const Bytes AC4_NO_IFRAME = {0xAC, 0x40, 0, 4, 0x80, 0, 0, 0x80};
 
 struct Case {
     const char* name;
     Bytes payload;
     const char* codecs = nullptr;  // null: no attributes
-    FakeAnalyzer analyzer = {};
+    ZtpInfoContext analyzer = {};
     std::optional<std::array<uint32_t, 4>> programs = {};
     Id3Tag tag = {};
 };
 
-// Through a buffer that puts a seam into every header.
-int validate(Bytes segment, const PlaylistAttributes* attrs, bool first_segment = true) {
-    FileReader reader;
-    reader.file.reset(fmemopen(segment.data(), segment.size(), "rb"));
-    reader.chunk_size = 5;
-    reader_start(reader);
-    SegmentEntry entry;
-    entry.uri = "%d.aac";
-    return validate_packed_audio(reader, entry, testing::TempDir(), "quorlin_packed", first_segment, attrs);
+std::string output_directory() {
+    const std::string directory = testing::TempDir() + "quorlin_packed";
+    std::filesystem::create_directory(directory);
+    return directory;
 }
 
-// What was written, in hexadecimal digits, or the size of a long file; removes the file.
-std::string written() {
-    std::string text;
-    for (const std::string extension : {"", ".aac", ".ac3", ".ac4", ".ec3"}) {
-        const std::string path = testing::TempDir() + "/quorlin_packed" + extension;
-        std::ifstream file(path, std::ios::binary);
-        if (!file) continue;
-        const Bytes bytes{std::istreambuf_iterator<char>(file), {}};
-        text += "written" + extension + ": ";
-        char digits[3];
-        for (size_t i = 0; bytes.size() <= 64 && i < bytes.size(); ++i) {
-            std::snprintf(digits, sizeof digits, "%02x", bytes[i]);
-            text += digits;
-        }
-        text += bytes.size() > 64 ? std::to_string(bytes.size()) + " bytes\n" : "\n";
-        std::filesystem::remove(path);
+// Through a buffer that puts a seam into every header.
+int validate(const Bytes& segment, const PlaylistAttributes* attrs, bool first_segment = true) {
+    FileReader reader = open_bytes(segment, "", 5);
+    SegmentEntry entry;
+    entry.uri = "%d.aac";
+    return validate_packed_audio(reader, entry, output_directory(), "s", first_segment, attrs);
+}
+
+// What was written, in hexadecimal digits, or the size of a long file.
+void print_files() {
+    for (const auto& [name, content] : take_files(output_directory())) {
+        std::printf("%s: ", name.c_str());
+        if (content.size() > 64) std::printf("%zu bytes", content.size());
+        for (size_t i = 0; content.size() <= 64 && i < content.size(); ++i)
+            std::printf("%02x", static_cast<uint8_t>(content[i]));
+        std::printf("\n");
     }
-    return text;
 }
 
 void expect_report(const std::string& golden, const std::vector<Case>& cases) {
@@ -127,12 +104,13 @@ void expect_report(const std::string& golden, const std::vector<Case>& cases) {
         PlaylistAttributes attrs;
         attrs.codecs = test.codecs != nullptr ? test.codecs : "";
         attrs.programs = test.programs;
-        const Bytes segment = packed_segment(test.tag, test.payload);
-        int status = 1;
-        report += std::string("== ") + test.name + "\n";
-        report += printed_by([&] { status = validate(segment, test.codecs != nullptr ? &attrs : nullptr); });
-        if (!fake.calls.empty()) report += "analysed:" + fake.calls + "\n";
-        report += written() + "result: " + std::to_string(status) + "\n";
+        report += transcript_entry(test.name, [&] {
+            const int status =
+                validate(packed_segment(test.tag, test.payload), test.codecs != nullptr ? &attrs : nullptr);
+            for (size_t size : fake.calls) std::printf("analysed: %zu\n", size);
+            print_files();
+            return status;
+        });
     }
     expect_golden(golden, report);
 }
@@ -142,7 +120,6 @@ TEST(PackedAudio, TagsFormatsAndCodecs) {
     expect_report(
         "golden/formats.txt",
         {
-            {.name = "33 bits", .payload = aac, .codecs = "mp4a", .tag = {.timestamp = 0x1FFFFFFFF}},
             {.name = "signed timestamp", .payload = aac, .codecs = "mp4a", .tag = {.timestamp = ~0ull}},
             {.name = "more frames in the tag", .payload = aac, .codecs = "mp4a", .tag = {.padding = 9000}},
             {.name = "timestamp cut", .payload = aac, .tag = {.size = 62}},
@@ -153,7 +130,6 @@ TEST(PackedAudio, TagsFormatsAndCodecs) {
             {"AC-3, bsid 8", frame(0, 0, 6, 8), "mp4a,ac-3"},
             {"AC-3 missing in CODECS", frame(0, 0, 6, 0), "ec-3"},
             {"bsid 9", frame(0, 0, 6, 9)},
-            {"bsid 10", frame(0, 0, 6, 10)},
             {"bsid 11", frame(0, 0, 6, 11), "ec-3"},
             {"bsid 16 without attributes", frame(0, 0, 6, 16)},
             {"bsid 17", frame(0, 0, 6, 17)},
@@ -162,15 +138,15 @@ TEST(PackedAudio, TagsFormatsAndCodecs) {
             {"AAC, every byte", aac + Bytes(40000, 7), "xmp4a"},
             {"MPEG-2 AAC", {0xFF, 0xF9, 1}, "mp4a"},
             {"one byte", {0xAC}, "ac-4"},
-            {"AC-4 without attributes", ac4_frame()},
-            {"AC-4", ac4_frame() + ac4_frame(false) + ac4_frame(true, true), "ac-4.02.01.00"},
-            {"other AC-4 codec", ac4_frame() + ac4_frame(), "ac-4.02.01.01"},
-            {"first AC-4 frame dependent", ac4_frame(false) + ac4_frame(false), "ac-4.02.01.00"},
-            {"AC-4 with CRC ends the walk", ac4_frame() + Bytes{0xAC, 0x41} + ac4_frame(), "ac-4.02.01.00"},
-            {"AC-4 of size 0, then dependent", Bytes{0xAC, 0x40, 0, 0} + ac4_frame(false), "ac-4.02.01.00"},
+            {"AC-4 without attributes", AC4},
+            {"AC-4", AC4 + AC4_NO_IFRAME + AC4_LONG_SIZE, "ac-4.02.01.00"},
+            {"other AC-4 codec", AC4 + AC4, "ac-4.02.01.01"},
+            {"first AC-4 frame dependent", AC4_NO_IFRAME + AC4_NO_IFRAME, "ac-4.02.01.00"},
+            {"AC-4 with CRC ends the walk", AC4 + Bytes{0xAC, 0x41} + AC4, "ac-4.02.01.00"},
+            {"AC-4 of size 0, then dependent", Bytes{0xAC, 0x40, 0, 0} + AC4_NO_IFRAME, "ac-4.02.01.00"},
             {"AC-4 cut in its table", Bytes{0xAC, 0x40, 0, 4, 0x80, 0}, "ac-4.02.01.00"},
-            {"AC-4 cut in its header", ac4_frame() + Bytes{0xAC, 0x40, 0xFF, 0xFF, 1}, "ac-4.02.01.00"},
-            {"AC-4 too large", Bytes{0xAC, 0x40, 0xFF, 0xFF, 0xA0, 0, 1} + ac4_frame(), "ac-4.02.01.00"},
+            {"AC-4 cut in its header", AC4 + Bytes{0xAC, 0x40, 0xFF, 0xFF, 1}, "ac-4.02.01.00"},
+            {"AC-4 too large", Bytes{0xAC, 0x40, 0xFF, 0xFF, 0xA0, 0, 1} + AC4, "ac-4.02.01.00"},
         });
 }
 
@@ -208,8 +184,10 @@ ZtpProgramSummary program(uint32_t bsmod, uint32_t acmod, uint32_t dependent = 0
 
 TEST(PackedAudio, ProgramAttributes) {
     const std::vector<ZtpProgramSummary> programs = {program(0, 7, 1), program(7, 1), program(5, 2), program(6, 7)};
-    const auto first = [&](size_t count) -> FakeAnalyzer { return {.programs = {&programs[0], &programs[0] + count}}; };
-    const auto twice = [&](const ZtpProgramSummary& p) -> FakeAnalyzer { return {.programs = {p, p}}; };
+    const auto first = [&](size_t count) -> ZtpInfoContext {
+        return {.programs = {&programs[0], &programs[0] + count}};
+    };
+    const auto twice = [&](const ZtpProgramSummary& p) -> ZtpInfoContext { return {.programs = {p, p}}; };
     const Bytes small = frame(0, 0);
     expect_report("golden/programs.txt",
                   {
@@ -218,9 +196,10 @@ TEST(PackedAudio, ProgramAttributes) {
                       {"no values", small, "ec-3", first(4)},
                       {"first timeslice alone", small + small, "ec-3", first(2), {{0x85, 0xB9, 0, 0}}},
                       {"three programs", small, "ec-3", first(3), {{0xC5, 0xB8, 0xA8, 0}}},
-                      {"the fourth against the third's", small, "ec-3", first(4), {{0xC5, 0xB8, 0xB0, 0xB0}}},
+                      {"the fourth against the third's", small, "ec-3", first(4), {{0xC5, 0xB8, 0xB0, 0xA8}}},
                       {"everything wrong", small, "mp4a", first(4), {{0, 0, 0, 0}}},
                       {"stereo, service 7", small, "ec-3", twice(program(7, 2)), {{0xFA, 0xBA, 0, 0}}},
+                      {"mono, service 7", small, "ec-3", twice(program(7, 1)), {{0xB8, 0xB8, 0, 0}}},
                       {"three channels, service 6", small, "ec-3", twice(program(6, 3)), {{0xF0, 0xB0, 0, 0}}},
                       {"four channels, service 1", small, "ec-3", twice(program(1, 6)), {{0x8C, 0x8C, 0, 0}}},
                       {"dual mono", small, "ec-3", twice(program(2, 0, 1)), {{0x97, 0x97, 0, 0}}},
@@ -233,7 +212,7 @@ TEST(PackedAudio, SegmentsAppendAndPrefixesFail) {
     PlaylistAttributes attrs;
     attrs.codecs = "mp4a";
     for (const bool first_segment : {false, true, false, false}) EXPECT_EQ(validate(segment, &attrs, first_segment), 0);
-    EXPECT_EQ(written(), "written.aac: fff1fff1fff1\n");
+    EXPECT_EQ(take_files(output_directory()).at("s.aac"), "\xFF\xF1\xFF\xF1\xFF\xF1");
     for (auto end = segment.end() - 2; --end != segment.begin();)
         EXPECT_EQ(validate(Bytes(segment.begin(), end), &attrs), -1);
 }

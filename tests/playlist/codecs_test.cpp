@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "playlist/byte_range.h"
 #include "playlist/ztp_program.h"
 
 namespace {
@@ -10,7 +11,7 @@ TEST(Codecs, Filter) {
     const char* const cases[][3] = {
         // the value, its audio, its video entries
         {"avc1.4d,ec-3", "ec-3", "avc1.4d"},
-        {"avc3, ec-3,xmp4ax,,hvc1", " ec-3,xmp4ax", "avc3,hvc1"},
+        {"avc3, ec-3,xmp4ax,,hev1", " ec-3,xmp4ax", "avc3,hev1"},
         {"ac-4.02.01.03,ac-3", "ac-4.02.01.03,ac-3", "ac-4.02.01.03,ac-3"},
         {"EC-3,lmhe.08.06,lma1", "EC-3,lmhe.08.06,lma1", "lmhe.08.06,lma1"},
         {",", ",", ","},
@@ -28,6 +29,19 @@ TEST(Codecs, LumoraEntry) {
     EXPECT_EQ(lumora_codecs_entry("lma1,avc1,xlmh1", entry), 1);
     EXPECT_EQ(entry, "lma1,xlmh1");
     EXPECT_EQ(lumora_codecs_entry("avc1.64001", entry), 0);
+    EXPECT_EQ(lumora_codecs_entry("lmhe.08.06,lma1.08.06", entry), 0);
+}
+
+TEST(ByteRanges, FollowOneAnother) {
+    ByteRangeEnds ends;
+    std::string spans;
+    for (const ByteRange& range : std::initializer_list<ByteRange>{
+             {"10", "5"}, {"3", {}}, {" 4", {}}, {"0", "7"}, {"2x", {}}, {"-1", "0"}, {"1", "x"}, {"1", {}}}) {
+        ByteSpan span;
+        const int status = resolve_byte_range(range, "a", ends, span);
+        spans += status == 0 ? std::to_string(span.offset) + "+" + std::to_string(span.length) + " " : "none ";
+    }
+    EXPECT_EQ(spans, "5+10 15+3 18+4 0+0 22+2 none none 24+1 ");
 }
 
 TEST(ZtpProgram, Numbers) {

@@ -30,7 +30,7 @@ TEST(PlaylistChecks, FindingsAndMarks) {
         media(fine + ",GROUP-ID=\"b\"") + media(fine + ",TYPE=VIDEO") + ec3,
         ec3 + variant("hvc1,ec-3", "a", "w") + variant("mp4a", "a", "x") + variant("ec-3", "a", "y") +
             variant("ac-3", "b", "z"),
-        ec3 + "#EXT-X-STREAM-INF:AUDIO=\"a\"\nw\n",
+        "#EXT-X-STREAM-INF:AUDIO=\"a\"\nv\n" + ec3,
         variant("lmav.09.02,avc3"),
         variant("lmav.09.02,lma1.09.05,avc1"),
         variant("lma1.09.05,lmhe.08.01"),

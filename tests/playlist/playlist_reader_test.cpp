@@ -1,6 +1,7 @@
 #include "playlist/playlist_reader.h"
 
 #include "playlist/playlist_writer.h"
+#include "support/golden.h"
 
 namespace {
 
@@ -11,92 +12,69 @@ std::string show(const Text& text) {
     return text->starts_with(directory) ? "@/" + text->substr(directory.size()) : *text;
 }
 
-std::string show(const SegmentEntry& entry) {
-    std::string text = std::to_string(entry.kind) + " " + show(entry.duration) + " " + show(entry.uri);
-    if (entry.byte_range) text += " " + entry.byte_range->length + "|" + show(entry.byte_range->offset);
-    return text + "\n";
-}
-
 std::string show(const VariantStream& v) {
     return show(v.codecs) + " " + show(v.audio) + " " + show(v.bandwidth) + " " + show(v.subtitle) + " " + show(v.uri);
 }
 
-struct Case {
-    const char* name;
+// A line an element.
+std::string show(const Playlist& playlist) {
     std::string text;
-    std::string expected;
-};
+    for (const SegmentEntry& entry : playlist.entries) {
+        text += "entry of kind " + std::to_string(entry.kind) + " " + show(entry.duration) + " " + show(entry.uri);
+        if (entry.byte_range) text += " " + entry.byte_range->length + "|" + show(entry.byte_range->offset);
+        text += "\n";
+    }
+    for (const VariantStream& variant : playlist.variants) text += "variant " + show(variant) + "\n";
+    for (const VariantStream& variant : playlist.iframe_variants) text += "i-frame variant " + show(variant) + "\n";
+    for (const MediaEntry& media : playlist.media)
+        text += "media " + show(media.type) + " " + show(media.name) + " " + show(media.characteristics) + " " +
+                show(media.ztp_program[3]) + " " + show(media.uri) + "\n";
+    return text;
+}
 
-TEST(PlaylistReader, SegmentEntries) {
+TEST(PlaylistReader, Elements) {
     const std::string long_name(4095 * 2 + 5, 'n');
-    const Case cases[] = {
-        {"plain", "#EXTM3U\n#EXTINF:4.0,title\na.ts\n#EXT-X-ENDLIST\n", "1 4.0 @/a.ts\n5 - -\n"},
-        {"trimmed", " \t#EXTINF:4\r\n \ta b.ts \t\r\r\n", "1 4 @/a b.ts\n"},
-        {"absolute", "#EXTINF:,\nhttps://h/a\n#EXTINF:,\nx-http://h\n", "1  https://h/a\n1  @/x-http://h\n"},
-        {"byte range", "#EXTINF:1,\n#EXT-X-BYTERANGE:1000@2000@3\na.ts\n", "2 1 @/a.ts 1000|2000@3\n"},
-        {"byte range without offset", "#EXTINF:1,\n#EXT-X-BYTERANGE: 9\na.ts\n", "2 1 @/a.ts  9|-\n"},
-        {"byte range without colon", "#EXTINF:1,\n#EXT-X-BYTERANGE\na.ts\n", "2 1 @/a.ts |-\n"},
-        {"byte range elsewhere", "#EXT-X-BYTERANGE:5\n#EXTINF:1,\na.ts\n", "1 1 @/a.ts\n"},
-        {"address missing at the end", "#EXTINF:1,\n#EXT-X-BYTERANGE:1@2", "2 1 @/ 1|2\n"},
-        {"empty line is the address", "#EXTINF:1,\n\na.ts\n", "1 1 @/\n"},
-        {"a swallowed tag leaves an empty entry", "#EXTINF:1,\n#EXTINF:2,\n#EXT-X-ENDLIST\n",
-         "1 1 @/#EXTINF:2,\n5 - -\n0 - -\n"},
-        {"discontinuity by prefix", "#EXT-X-DISCONTINUITY-SEQUENCE:1\n#EXT-X-DISCONTINUITY\n", "4 - -\n4 - -\n"},
-        {"init section", "#EXT-X-MAP: URI=\"https://h/i.mp4\",BYTERANGE=\"7@\"8\"\n", "3 - @/https://h/i.mp4 7|8\n"},
-        {"init section without address", "#EXT-X-MAP:BYTERANGE=7\n", "3 - @/ 7|-\n"},
-        {"zero byte ends a line", std::string("#EXTINF:1,\na\0.ts\n#EXT-X-ENDLIST\0\n", 33), "1 1 @/a\n5 - -\n"},
-        {"over-long line in pieces", "#EXTINF:1,\n" + long_name, "1 1 @/" + std::string(4095, 'n') + "\n"},
-        {"a piece is a line", "#" + std::string(4094, ' ') + "#EXT-X-ENDLIST\n", "5 - -\n"},
-        {"ignored", "a.ts\n#EXT-X-KEY:METHOD=NONE\n#ext-x-endlist\n#EXTINF 4\n#EXT-X-MEDIA:TYPE=AUDIO\n", ""},
+    const std::string stream = "#EXT-X-STREAM-INF:";
+    const std::pair<const char*, std::string> cases[] = {
+        {"plain", "#EXTM3U\n#EXTINF:4.0,title\na.ts\n#EXT-X-ENDLIST\n"},
+        {"trimmed", " \t#EXTINF:4\r\n \ta b.ts \t\r\r\n"},
+        {"absolute", "#EXTINF:,\nhttps://h/a\n#EXTINF:,\nx-http://h\n"},
+        {"byte range", "#EXTINF:1,\n#EXT-X-BYTERANGE:1000@2000@3\na.ts\n"},
+        {"byte range without offset", "#EXTINF:1,\n#EXT-X-BYTERANGE: 9\na.ts\n"},
+        {"byte range without colon", "#EXTINF:1,\n#EXT-X-BYTERANGE\na.ts\n"},
+        {"byte range elsewhere", "#EXT-X-BYTERANGE:5\n#EXTINF:1,\na.ts\n"},
+        {"address missing at the end", "#EXTINF:1,\n#EXT-X-BYTERANGE:1@2"},
+        {"empty line is the address", "#EXTINF:1,\n\na.ts\n"},
+        {"a swallowed tag leaves an empty entry", "#EXTINF:1,\n#EXTINF:2,\n#EXT-X-ENDLIST\n"},
+        {"discontinuity by prefix", "#EXT-X-DISCONTINUITY-SEQUENCE:1\n#EXT-X-DISCONTINUITY\n"},
+        {"init section", "#EXT-X-MAP: URI=\"https://h/i.mp4\",BYTERANGE=\"7@\"8\"\n"},
+        {"init section without address", "#EXT-X-MAP:BYTERANGE=7\n"},
+        {"zero byte ends a line", std::string("#EXTINF:1,\na\0.ts\n#EXT-X-ENDLIST\0\n", 33)},
+        {"over-long line in pieces", "#EXTINF:1,\n" + long_name},
+        {"a piece is a line", "#" + std::string(4094, ' ') + "#EXT-X-ENDLIST\n"},
+        {"ignored", "a.ts\n#EXT-X-KEY:METHOD=NONE\n#ext-x-endlist\n#EXTINF 4\n#EXT-X-MEDIA:TYPE=AUDIO\n"},
+        {"all", stream + "CODECS=\"avc1,ec-3\",AUDIO=\"a\",BANDWIDTH=\"1\",SUBTITLES=\"s\",URI=\"u\"\nv\n"},
+        {"blanks", stream + "\tCODECS =\"a , b\" , AUDIO=\"a\" \n v\n"},
+        {"leading blanks stay", stream + "AUDIO= \"a\",BANDWIDTH= 1\n"},
+        {"first and last characters go", stream + "AUDIO=xay,SUBTITLE=,CODECS=\"\"\n"},
+        {"short values", stream + "AUDIO=\",SUBTITLE=x,BANDWIDTH=\n"},
+        {"open CODECS takes the rest", stream + "AUDIO=\"a\",CODECS=\"x,AUDIO=b\n"},
+        {"a lone quote opens", stream + "CODECS=\",b\",BANDWIDTH=1\n"},
+        {"the last one wins", stream + "AUDIO=\"a\",audio=\"b\",AUDIO=\"c\",,=,nonsense\n"},
+        {"a tag in place of the address is lost", stream + "AUDIO=\"a\"\n#EXT-X-I-FRAME-STREAM-INF:\n"},
+        {"empty address", stream + "AUDIO=\"a\"\n\n"},
+        {"renditions",
+         "#EXT-X-MEDIA:TYPE=AUDIO,NAME=\"n,CHARACTERISTICS=\"c\",ZTP_PROGRAM3=\"40\",URI=\"x-http://h\"\n"},
+        {"a swallowed rendition", stream + "X\n#EXT-X-MEDIA:URI=\"swallowed\"\n#EXT-X-MEDIA:URI=\"\"\n"},
+        {"i-frame variant", "#EXT-X-I-FRAME-STREAM-INF:CODECS=\"a,b\",URI=\"i\"\nnot.its.address\n"},
     };
-    for (const Case& test : cases) {
+    std::string transcript;
+    for (const auto& c : cases) {
         Playlist playlist;
-        EXPECT_EQ(read_playlist_text(test.text, playlist), 0);
-        std::string entries;
-        for (const SegmentEntry& entry : playlist.entries) entries += show(entry);
-        EXPECT_EQ(entries, test.expected) << test.name;
+        transcript += transcript_entry(c.first, [&] { return read_playlist_text(c.second, playlist); });
+        transcript += show(playlist);
     }
-}
-
-TEST(PlaylistReader, StreamAttributes) {
-    const Case cases[] = {
-        // CODECS, AUDIO, BANDWIDTH, SUBTITLE, the address
-        {"all", "CODECS=\"avc1,ec-3\",AUDIO=\"a\",BANDWIDTH=\"1\",SUBTITLES=\"s\",URI=\"u\"\nv\n",
-         "avc1,ec-3 a \"1\" - @/v"},
-        {"blanks", "\tCODECS =\"a , b\" , AUDIO=\"a\" \n v\n", "a , b a - - @/v"},
-        {"leading blanks stay", "AUDIO= \"a\",BANDWIDTH= 1\n", "- \"a  1 - -"},
-        {"first and last characters go", "AUDIO=xay,SUBTITLE=,CODECS=\"\"\n", " a -  -"},
-        {"short values", "AUDIO=\",SUBTITLE=x,BANDWIDTH=\n", "-    -"},
-        {"open CODECS takes the rest", "AUDIO=\"a\",CODECS=\"x,AUDIO=b\n", "x,AUDIO=b a - - -"},
-        {"a lone quote opens", "CODECS=\",b\",BANDWIDTH=1\n", ",b - 1 - -"},
-        {"the last one wins", "AUDIO=\"a\",audio=\"b\",AUDIO=\"c\",,=,nonsense\n", "- c - - -"},
-        {"a tag in place of the address is lost", "AUDIO=\"a\"\n#EXT-X-I-FRAME-STREAM-INF:\n", "- a - - -"},
-        {"empty address", "AUDIO=\"a\"\n\n", "- a - - @/"},
-    };
-    for (const Case& test : cases) {
-        Playlist playlist;
-        EXPECT_EQ(read_playlist_text("#EXT-X-STREAM-INF:" + test.text, playlist), 0);
-        EXPECT_TRUE(playlist.is_master);
-        ASSERT_EQ(playlist.variants.size(), 1u);
-        EXPECT_EQ(show(playlist.variants[0]), test.expected) << test.name;
-    }
-}
-
-TEST(PlaylistReader, RenditionsAndIFrameVariants) {
-    Playlist playlist;
-    read_playlist_text(
-        "#EXT-X-MEDIA:TYPE=AUDIO,NAME=\"n,CHARACTERISTICS=\"c\",ZTP_PROGRAM3=\"40\",URI=\"x-http://h\"\n"
-        "#EXT-X-STREAM-INF:X\n#EXT-X-MEDIA:URI=\"swallowed\"\n#EXT-X-MEDIA:URI=\"\"\n"
-        "#EXT-X-I-FRAME-STREAM-INF:CODECS=\"a,b\",URI=\"i\"\nnot.its.address\n",
-        playlist);
-    ASSERT_EQ(playlist.media.size(), 3u);
-    const MediaEntry& media = playlist.media[0];
-    EXPECT_EQ(show(media.type) + show(media.name) + show(media.characteristics) + show(media.ztp_program[3]),
-              "AUDIO\"c\"\"40\"");
-    EXPECT_EQ(show(media.uri) + " " + show(playlist.media[1].uri) + " " + show(playlist.media[2].uri),
-              "x-http://h @/ -");
-    ASSERT_EQ(playlist.iframe_variants.size(), 1u);
-    EXPECT_EQ(show(playlist.iframe_variants[0]), "a,b - - - @/i");
+    expect_golden("golden/elements.txt", transcript);
 }
 
 TEST(PlaylistReader, Failures) {

@@ -19,10 +19,8 @@ void write_file(const std::filesystem::path& path, const std::string& text) {
 // Audio and pictures from `first` on (90 kHz), `pictures` of them 3000 ticks apart.
 std::string segment(uint64_t first, int pictures, uint8_t audio_stream_id = 0xC0) {
     TsWriter writer;
-    writer.pat({});
-    PmtSpec pmt;
-    pmt.streams = {{0x0F, 0x101}, {0x1B, 0x102}};
-    writer.pmt(pmt);
+    writer.pat();
+    writer.pmt({.streams = {{0x0F, 0x101}, {0x1B, 0x102}}});
     for (int i = 0; i < pictures; ++i) {
         PesSpec pes;
         pes.pts = first + 3000 * static_cast<uint64_t>(i);
@@ -68,6 +66,8 @@ class Program : public testing::Test {
         // A stream that goes to a full disk.
         std::filesystem::create_directory(folder / "full");
         std::filesystem::create_symlink("/dev/full", folder / "full/a_pid_258.h264");
+        // A stream whose file cannot be created.
+        std::filesystem::create_directories(folder / "blocked/a_pid_257.adts");
     }
 
     void TearDown() override { std::filesystem::remove_all(folder); }
@@ -106,6 +106,7 @@ TEST_F(Program, Transcripts) {
         "-i a.ts -o out/deep",
         "-i private_id.ts -o out",
         "-i a.ts -o full",
+        "-i a.ts -o blocked",
         "-i s_%d.ts -o out",
         "-i s_%d.ts -s 5 -o out",
         "-i s_%d.ts -s 4x -o out",

@@ -4,7 +4,8 @@
 
 #include <cstdlib>
 #include <fstream>
-#include <sstream>
+
+#include "support/files.h"
 
 std::string printed_by(const std::function<void()>& run) {
     testing::internal::CaptureStdout();
@@ -23,7 +24,5 @@ void expect_golden(const std::string& path, const std::string& text) {
         std::ofstream(path, std::ios::binary) << text;
         return;
     }
-    std::stringstream expected;
-    expected << std::ifstream(path, std::ios::binary).rdbuf();
-    EXPECT_EQ(expected.str(), text) << path;
+    EXPECT_EQ(file_text(path), text) << path;
 }

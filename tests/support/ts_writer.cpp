@@ -8,119 +8,45 @@ namespace {
 
 constexpr size_t PAYLOAD_MAX = 184;
 
-// ISO/IEC 13818-1, annex A.
-uint32_t mpeg_crc32(const Bytes& bytes) {
-    uint32_t crc = 0xFFFFFFFF;
-    for (uint8_t byte : bytes) {
-        crc ^= static_cast<uint32_t>(byte) << 24;
-        for (int bit = 0; bit < 8; ++bit) crc = (crc << 1) ^ ((crc >> 31) != 0 ? 0x04C11DB7u : 0u);
-    }
-    return crc;
-}
-
-// The header up to section_length, whatever stands between it and the CRC, and the CRC.
-Bytes psi_section(uint8_t table_id, const Bytes& body, std::optional<uint16_t> length, std::optional<uint32_t> crc) {
+// One section behind its pointer_field, its last packet filled up with 0xFF.
+Bytes psi_payload(uint8_t table_id, uint16_t id, const Bytes& body, uint8_t pointer_field) {
     BitWriter w;
+    w.put(8, pointer_field);
+    w.put_bytes(Bytes(pointer_field, 0xFF));
     w.put(8, table_id);
-    w.put(1, 1);  // section_syntax_indicator
-    w.put(1, 0);
-    w.put(2, 3);  // reserved
-    w.put(12, length.value_or(static_cast<uint16_t>(body.size() + 4)));
+    w.put(4, 0xB);               // section_syntax_indicator, reserved
+    w.put(12, body.size() + 9);  // section_length
+    w.put(16, id);               // transport_stream_id or program_number
+    w.put(8, 0xC1);              // reserved, version_number, current_next_indicator
+    w.put(16, 0);                // section_number, last_section_number
     w.put_bytes(body);
-    w.put(32, crc.value_or(mpeg_crc32(w.bytes)));
+    w.put(32, 0);  // CRC_32
+    w.bytes.resize((w.bytes.size() + PAYLOAD_MAX - 1) / PAYLOAD_MAX * PAYLOAD_MAX, 0xFF);
     return w.bytes;
-}
-
-template <typename Spec>
-void put_version(BitWriter& w, const Spec& spec) {
-    w.put(2, 3);  // reserved
-    w.put(5, spec.version_number);
-    w.put(1, spec.current_next_indicator);
-    w.put(8, spec.section_number);
-    w.put(8, spec.last_section_number);
 }
 
 void put_timestamp(BitWriter& w, uint8_t prefix, uint64_t ticks) {
     w.put(4, prefix);
-    w.put(3, ticks >> 30);
-    w.put(1, 1);  // marker_bit
-    w.put(15, ticks >> 15);
-    w.put(1, 1);
-    w.put(15, ticks);
-    w.put(1, 1);
+    for (uint32_t shift : {30u, 15u, 0u}) {
+        w.put(shift == 30 ? 3 : 15, ticks >> shift);
+        w.put(1, 1);  // marker_bit
+    }
 }
 
-void put_adaptation_field(BitWriter& w, const TsPacketSpec& spec, size_t field_bytes) {
-    w.put(8, spec.adaptation_field_length.value_or(static_cast<uint8_t>(field_bytes)));
-    const size_t end = w.bytes.size() + field_bytes;
-    if (field_bytes > 0) w.put(8, spec.pcr_base ? 0x10 : 0);
-    if (spec.pcr_base) {
-        w.put(33, *spec.pcr_base);
-        w.put(6, 0x3F);  // reserved
-        w.put(9, spec.pcr_extension);
-    }
-    while (w.bytes.size() < end) w.put(8, 0xFF);
+void put_descriptors(BitWriter& w, const Bytes& descriptors) {
+    w.put(4, 15);  // reserved
+    w.put(12, descriptors.size());
+    w.put_bytes(descriptors);
 }
 
 }  // namespace
 
-Bytes ts_packet(const TsPacketSpec& spec) {
-    const size_t payload = std::min(spec.payload.size(), PAYLOAD_MAX - (spec.pcr_base ? 8 : 0));
-    const bool fill = payload < PAYLOAD_MAX;
-    BitWriter w;
-    w.put(8, spec.sync_byte);
-    w.put(1, spec.transport_error_indicator);
-    w.put(1, spec.payload_unit_start_indicator);
-    w.put(1, spec.transport_priority);
-    w.put(13, spec.pid);
-    w.put(2, 0);  // transport_scrambling_control
-    w.put(2, spec.adaptation_field_control.value_or(static_cast<uint8_t>((fill ? 2 : 0) + (payload > 0 ? 1 : 0))));
-    w.put(4, spec.continuity_counter);
-    if (fill) put_adaptation_field(w, spec, PAYLOAD_MAX - payload - 1);
-    w.put_bytes(std::span(spec.payload).first(payload));
-    return w.bytes;
-}
-
-Bytes pat_section(const PatSpec& spec) {
-    BitWriter w;
-    w.put(16, spec.transport_stream_id);
-    put_version(w, spec);
-    for (const PatSpec::Program& program : spec.programs) {
-        w.put(16, program.program_number);
-        w.put(3, 7);  // reserved
-        w.put(13, program.program_map_PID);
-    }
-    return psi_section(0x00, w.bytes, spec.section_length, spec.CRC_32);
-}
-
-Bytes pmt_section(const PmtSpec& spec) {
-    BitWriter w;
-    w.put(16, spec.program_number);
-    put_version(w, spec);
-    w.put(3, 7);  // reserved
-    w.put(13, spec.PCR_PID);
-    w.put(4, 15);  // reserved
-    w.put(12, spec.program_info_length.value_or(static_cast<uint16_t>(spec.program_info.size())));
-    w.put_bytes(spec.program_info);
-    for (const PmtSpec::Stream& stream : spec.streams) {
-        w.put(8, stream.stream_type);
-        w.put(3, 7);  // reserved
-        w.put(13, stream.elementary_PID);
-        w.put(4, 15);  // reserved
-        w.put(12, stream.ES_info_length.value_or(static_cast<uint16_t>(stream.descriptors.size())));
-        w.put_bytes(stream.descriptors);
-    }
-    return psi_section(0x02, w.bytes, spec.section_length, spec.CRC_32);
-}
-
 Bytes ts_descriptor(uint8_t tag, const Bytes& body, std::optional<uint8_t> length) {
-    Bytes bytes = {tag, length.value_or(static_cast<uint8_t>(body.size()))};
-    bytes.insert(bytes.end(), body.begin(), body.end());
-    return bytes;
+    return Bytes{tag, length.value_or(static_cast<uint8_t>(body.size()))} + body;
 }
 
 Bytes pes_packet(const PesSpec& spec) {
-    const uint8_t flags = spec.PTS_DTS_flags.value_or(static_cast<uint8_t>((spec.pts ? 2 : 0) + (spec.dts ? 1 : 0)));
+    const uint8_t flags = static_cast<uint8_t>((spec.pts ? 2 : 0) + (spec.dts ? 1 : 0));
     BitWriter times;
     if (spec.pts) put_timestamp(times, flags, *spec.pts);
     if (spec.dts) put_timestamp(times, 1, *spec.dts);
@@ -138,27 +64,46 @@ Bytes pes_packet(const PesSpec& spec) {
     return w.bytes;
 }
 
-void TsWriter::packet(TsPacketSpec spec) {
-    uint8_t& counter = continuity[spec.pid];
-    spec.continuity_counter = counter++ & 15;
-    const Bytes packet_bytes = ts_packet(spec);
-    bytes.insert(bytes.end(), packet_bytes.begin(), packet_bytes.end());
+void TsWriter::packet(const TsPacketSpec& spec) {
+    const size_t fill = PAYLOAD_MAX - spec.payload.size();
+    BitWriter w;
+    w.put(8, 0x47);  // sync_byte
+    w.put(2, spec.payload_unit_start_indicator);
+    w.put(14, spec.pid);
+    w.put(3, fill > 0);               // transport_scrambling_control, adaptation field
+    w.put(1, !spec.payload.empty());  // payload
+    w.put(4, 0);                      // continuity_counter
+    if (fill > 0) w.put(8, spec.adaptation_field_length.value_or(static_cast<uint8_t>(fill - 1)));
+    if (fill > 1) w.put(8, 0);  // flags
+    if (fill > 2) w.put_bytes(Bytes(fill - 2, 0xFF));
+    w.put_bytes(spec.payload);
+    bytes.insert(bytes.end(), w.bytes.begin(), w.bytes.end());
 }
 
-void TsWriter::section(uint16_t pid, const Bytes& section_bytes) {
-    Bytes payload(1, 0);  // pointer_field
-    payload.insert(payload.end(), section_bytes.begin(), section_bytes.end());
-    payload.resize((payload.size() + PAYLOAD_MAX - 1) / PAYLOAD_MAX * PAYLOAD_MAX, 0xFF);
-    for (size_t at = 0; at < payload.size(); at += PAYLOAD_MAX) {
-        const std::span<const uint8_t> part = std::span(payload).subspan(at, PAYLOAD_MAX);
+void TsWriter::payload(uint16_t pid, const Bytes& unit) {
+    for (size_t at = 0; at < unit.size(); at += PAYLOAD_MAX) {
+        const std::span<const uint8_t> part = std::span(unit).subspan(at, std::min(PAYLOAD_MAX, unit.size() - at));
         packet({.pid = pid, .payload_unit_start_indicator = at == 0, .payload = Bytes(part.begin(), part.end())});
     }
 }
 
-void TsWriter::pes(uint16_t pid, const PesSpec& spec) {
-    const Bytes data = pes_packet(spec);
-    for (size_t at = 0; at < data.size(); at += PAYLOAD_MAX) {
-        const std::span<const uint8_t> part = std::span(data).subspan(at, std::min(PAYLOAD_MAX, data.size() - at));
-        packet({.pid = pid, .payload_unit_start_indicator = at == 0, .payload = Bytes(part.begin(), part.end())});
+void TsWriter::pat(const PatPrograms& programs, uint8_t pointer_field) {
+    BitWriter w;
+    for (const auto& [program_number, program_map_PID] : programs) {
+        w.put(16, program_number);
+        w.put(16, 0xE000u | program_map_PID);
     }
+    payload(0, psi_payload(0x00, 1, w.bytes, pointer_field));
+}
+
+void TsWriter::pmt(const PmtSpec& spec, uint16_t pid, uint8_t pointer_field) {
+    BitWriter w;
+    w.put(16, 0xE000u | spec.PCR_PID);
+    put_descriptors(w, spec.program_info);
+    for (const PmtSpec::Stream& stream : spec.streams) {
+        w.put(8, stream.stream_type);
+        w.put(16, 0xE000u | stream.elementary_PID);
+        put_descriptors(w, stream.descriptors);
+    }
+    payload(pid, psi_payload(0x02, spec.program_number, w.bytes, pointer_field));
 }

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <span>
+#include <string>
+
+#include "bits/file_reader.h"
+
+// A started reader on `bytes`, which must stay, as on a file at `path`.
+inline FileReader open_bytes(std::span<const uint8_t> bytes, const std::string& path,
+                             uint32_t chunk_size = READER_CHUNK_SIZE) {
+    FileReader reader;
+    // The stream only reads.
+    reader.file.reset(fmemopen(const_cast<uint8_t*>(bytes.data()), bytes.size(), "rb"));
+    reader.path = path;
+    reader.chunk_size = chunk_size;
+    reader_start(reader);
+    return reader;
+}
+
+// What a file holds; empty when it cannot be read.
+inline std::string file_text(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// The files of a directory by name, with what they hold; the directory is removed.
+inline std::map<std::string, std::string> take_files(const std::string& directory) {
+    std::map<std::string, std::string> files;
+    for (const auto& file : std::filesystem::directory_iterator(directory))
+        files[file.path().filename().string()] = file_text(file.path().string());
+    std::filesystem::remove_all(directory);
+    return files;
+}
