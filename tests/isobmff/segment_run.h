@@ -1,11 +1,13 @@
 #pragma once
 
+#include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <optional>
-#include <span>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -14,6 +16,7 @@
 #include "isobmff/segment_validation.h"
 #include "support/box_writer.h"
 #include "support/golden.h"
+#include "support/named_texts.h"
 
 // A reader on `bytes` as on a file.
 inline FileReader open_bytes(const Bytes& bytes, uint32_t chunk_size = READER_CHUNK_SIZE) {
@@ -26,42 +29,100 @@ inline FileReader open_bytes(const Bytes& bytes, uint32_t chunk_size = READER_CH
     return reader;
 }
 
-// Validates an init section and the segments that belong to it, in one context.
-struct SegmentRun {
-    std::vector<int> statuses;  // of each segment, and of the release
-    std::string out;
-    std::filesystem::path directory;
-
-    // What was written for a track, as text.
-    std::string track(const std::string& name = "track_id_1.data") const {
-        std::ifstream file(directory / ("s_i_" + name), std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-};
-
-struct SegmentRunOptions {
-    const PlaylistAttributes* attrs = nullptr;
-    uint32_t chunk_size = READER_CHUNK_SIZE;
-    bool keep_files = false;
+// An init section and the segments that belong to it, with their ranges, and what the playlist says.
+struct SegmentCase {
+    std::string name;
+    std::vector<Bytes> sections;
     std::vector<std::optional<ByteRange>> ranges = {};
+    std::optional<PlaylistAttributes> attrs = {};
 };
 
-inline SegmentRun run_segments(const std::vector<Bytes>& sections, const SegmentRunOptions& options = {}) {
+struct SegmentRun {
+    std::vector<int> statuses;  // of each section, and of the release
+    std::string out;            // the findings; the reasons on standard error, where there are none
+};
+
+inline const std::filesystem::path& output_directory() {
+    static const std::filesystem::path directory = std::filesystem::path(testing::TempDir()) / "isobmff_test_out";
+    return directory;
+}
+
+// What was written for a track.
+inline std::string track_file(const std::string& name) {
+    std::ifstream file(output_directory() / ("s_i_" + name), std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// Validates the sections in one context; files of an earlier run stay.
+inline SegmentRun run_over_files(const SegmentCase& c, uint32_t chunk_size = READER_CHUNK_SIZE) {
+    std::filesystem::create_directories(output_directory());
     SegmentRun run;
-    run.directory = std::filesystem::path(testing::TempDir()) / "isobmff_test_out";
-    if (!options.keep_files) std::filesystem::remove_all(run.directory);
-    std::filesystem::create_directories(run.directory);
+    testing::internal::CaptureStderr();
     run.out = printed_by([&] {
-        MediaContextPtr context = create_init_context(run.directory.string(), "s", "i", options.attrs);
-        for (size_t i = 0; i < sections.size(); ++i) {
-            FileReader reader = open_bytes(sections[i], options.chunk_size);
+        MediaContextPtr context =
+            create_init_context(output_directory().string(), "s", "i", c.attrs ? &*c.attrs : nullptr);
+        for (size_t i = 0; i < c.sections.size(); ++i) {
+            FileReader reader = open_bytes(c.sections[i], chunk_size);
             SegmentEntry entry;
-            if (i < options.ranges.size()) entry.byte_range = options.ranges[i];
+            if (i < c.ranges.size()) entry.byte_range = c.ranges[i];
             run.statuses.push_back(validate_mp4_segment(reader, entry, context.get()));
         }
         run.statuses.push_back(release_init_context(context));
     });
+    const std::string reasons = testing::internal::GetCapturedStderr();
+    if (run.out.empty()) run.out = reasons;
     return run;
+}
+
+inline SegmentRun run_segments(const SegmentCase& c, uint32_t chunk_size = READER_CHUNK_SIZE) {
+    std::filesystem::remove_all(output_directory());
+    return run_over_files(c, chunk_size);
+}
+
+// The bytes as text: "." for a zero, "?" for what cannot be printed; only their number when they are many.
+inline std::string printable(std::string bytes) {
+    if (bytes.size() > 200) return std::to_string(bytes.size()) + " bytes";
+    std::replace(bytes.begin(), bytes.end(), '\0', '.');
+    std::replace_if(
+        bytes.begin(), bytes.end(), [](unsigned char c) { return std::isprint(c) == 0; }, '?');
+    return bytes;
+}
+
+// Statuses, findings and files of a case.
+inline std::string segment_report(const SegmentCase& c, uint32_t chunk_size = READER_CHUNK_SIZE) {
+    const SegmentRun run = run_segments(c, chunk_size);
+    std::string report = "== " + c.name + ":";
+    for (const int status : run.statuses) report += " " + std::to_string(status);
+    report += "\n" + run.out;
+    std::set<std::string> names;
+    for (const auto& file : std::filesystem::directory_iterator(output_directory()))
+        names.insert(file.path().filename().string().substr(4));
+    for (const std::string& name : names) report += name + ": " + printable(track_file(name)) + "\n";
+    return report;
+}
+
+// Compares the reports of the cases, which are the same with a small buffer, with a golden file.
+inline void expect_golden_cases(const std::string& path, const std::vector<SegmentCase>& cases) {
+    std::string report;
+    for (const SegmentCase& c : cases) {
+        const std::string one = segment_report(c);
+        for (const uint32_t chunk_size : {1u, 7u}) EXPECT_EQ(segment_report(c, chunk_size), one) << chunk_size;
+        report += one;
+    }
+    expect_golden(path, report);
+}
+
+// The cases of a file of texts.
+template <class MakeCase>
+std::vector<SegmentCase> cases_from(const std::string& path, MakeCase make_case) {
+    std::vector<SegmentCase> cases;
+    for (const auto& [name, text] : read_texts(path)) cases.push_back(make_case(name, text));
+    return cases;
+}
+
+// tfhd and trun boxes from a text, and data.
+inline Bytes fragment(const std::string& boxes, const std::string& data) {
+    return join({box("moof", {box("traf", {text_boxes(boxes)})}), box("mdat", {text_bytes(data)})});
 }
 
 // An init section with one track of this sample entry.

@@ -16,6 +16,26 @@ const std::map<std::string, std::string> PIECES = {
     {"@tail", "b_pre_virtualized:1=0 b_add_emdf:1=0 b_alternative:1=0 b_pres_ndot:1=0 substream_index:e2.2=3"},
     {"@no_sizes", "n_substreams:2=1 b_size_present:1=0"},
     {"@bitrate", "bit_rate_mode:2=2 bit_rate:32=0 bit_rate_precision:32=0xFFFFFFFF align"},
+    // Up to the presentations; a presentation of one or two groups, or of one that is rendered for headphones.
+    {"@header",
+     "bitstream_version:2=2 sequence_counter:10=1 b_wait_frames:1=0 fs_index:1=1 frame_rate_index:4=13 "
+     "b_iframe_global:1=1 b_single_presentation:1=1 b_payload_base:1=0 b_program_id:1=0"},
+    {"@v1", "mdcompat:3=1 b_presentation_id:1=0 @emdf b_presentation_filter:1=0"},
+    {"@one_group", "b_single_substream_group:1=1 presentation_version:2=2 @v1 group_index:e3.2=0 @tail"},
+    {"@two_groups",
+     "b_single_substream_group:1=0 config:3=0 presentation_version:2=2 @v1 b_multi_pid:1=0 "
+     "group_index:e3.2=0,1 @tail"},
+    {"@rendered", "b_single_substream_group:1=1 presentation_version:3=6 @v1 group_index:e3.2=0 @tail"},
+    // The begin of a group, and of one with a substream of advanced joint object coding; its end.
+    {"@channels", "b_substreams_present:1=1 b_hsf_ext:1=0 b_single_substream:1=1 b_channel_coded:1=1"},
+    {"@two_channel_substreams",
+     "b_substreams_present:1=1 b_hsf_ext:1=0 b_single_substream:1=0 n:2=0 b_channel_coded:1=1"},
+    {"@objects",
+     "b_substreams_present:1=1 b_hsf_ext:1=0 b_single_substream:1=1 b_channel_coded:1=0 b_oamd_substream:1=0"},
+    {"@upmix", "@objects b_ajoc:1=1 b_lfe:1=0 b_static_dmx:1=1 b_oamd_common_data_present:1=0"},
+    {"@upmix_5.1", "@objects b_ajoc:1=1 b_lfe:1=1 b_static_dmx:1=1 b_oamd_common_data_present:1=0"},
+    {"@rates_and_index", "@rates b_audio_ndot:1=1 substream_index:2=0"},
+    {"@end", "@rates_and_index b_content_type:1=0"},
 };
 
 // ETSI TS 103 190-1, variable_bits: the groups that lead to `value`, each with the flag that another one follows.
@@ -60,7 +80,7 @@ void put_fields(BitWriter& writer, const std::string& text) {
             writer.put(8, 0);
         } else if (field == "}") {
             writer.align();
-            writer.bytes[pres_bytes] = static_cast<uint8_t>(writer.bytes.size() - pres_bytes - 1);
+            if (pres_bytes != 0) writer.bytes[pres_bytes] = static_cast<uint8_t>(writer.bytes.size() - pres_bytes - 1);
         } else if (field == "align") {
             writer.align();
         } else if (field[0] == '@') {

@@ -1,5 +1,7 @@
 #include "support/box_writer.h"
 
+#include <sstream>
+
 #include "support/bit_writer.h"
 
 namespace {
@@ -12,16 +14,11 @@ Bytes length_prefixed(const Bytes& unit) {
     return join({big_endian(2, {unit.size()}), unit});
 }
 
-Bytes trun(const RunSpec& run, int32_t data_offset) {
-    Bytes fields = big_endian(4, {run.sample_count.value_or(static_cast<uint32_t>(run.samples.size()))});
-    if ((run.trun_flags & 0x1) != 0)
-        append(fields, big_endian(4, {static_cast<uint32_t>(run.data_offset.value_or(data_offset))}));
-    if ((run.trun_flags & 0x4) != 0) append(fields, big_endian(4, {0x02000000}));
+Bytes trun(const RunSpec& run, size_t data_offset) {
+    Bytes fields = big_endian(4, {run.samples.size(), data_offset});
     for (const Bytes& sample : run.samples) {
         if ((run.trun_flags & 0x100) != 0) append(fields, big_endian(4, {1024}));
-        if ((run.trun_flags & 0x200) != 0) append(fields, big_endian(4, {sample.size()}));
-        if ((run.trun_flags & 0x400) != 0) append(fields, big_endian(4, {0x01010000}));
-        if ((run.trun_flags & 0x800) != 0) append(fields, big_endian(4, {512}));
+        append(fields, big_endian(4, {sample.size()}));
     }
     return full_box("trun", 0, run.trun_flags, {fields});
 }
@@ -30,8 +27,8 @@ Bytes moof(const std::vector<RunSpec>& runs, size_t first_data_offset) {
     Bytes trafs;
     size_t data_offset = first_data_offset;
     for (const RunSpec& run : runs) {
-        const Bytes tfhd = full_box("tfhd", 0, run.tfhd_flags, {big_endian(4, {run.track_ID}), run.tfhd_fields});
-        append(trafs, box("traf", {tfhd, trun(run, static_cast<int32_t>(data_offset))}));
+        const Bytes tfhd = full_box("tfhd", 0, 0x020000, {big_endian(4, {run.track_ID})});
+        append(trafs, box("traf", {tfhd, trun(run, data_offset)}));
         for (const Bytes& sample : run.samples) data_offset += sample.size();
     }
     return box("moof", {full_box("mfhd", 0, 0, {big_endian(4, {1})}), trafs});
@@ -68,8 +65,18 @@ Bytes full_box(std::string_view type, uint8_t version, uint32_t flags, std::init
     return box(type, {big_endian(1, {version}), big_endian(3, {flags}), join(parts)});
 }
 
-Bytes table_box(std::string_view type, uint32_t count, std::initializer_list<uint64_t> numbers) {
-    return full_box(type, 0, 0, {big_endian(4, {count}), big_endian(4, numbers)});
+Bytes text_boxes(const std::string& text) {
+    Bytes boxes;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        std::istringstream words(line.substr(5));
+        uint32_t width = 0;
+        words >> width;
+        BitWriter writer;
+        for (std::string number; words >> number;) writer.put(width, std::stoull(number, nullptr, 0));
+        append(boxes, box(line.substr(0, 4), {writer.bytes}));
+    }
+    return boxes;
 }
 
 Bytes visual_entry(std::string_view format, std::initializer_list<Bytes> boxes) {
@@ -86,7 +93,7 @@ Bytes trak(const TrakSpec& spec) {
                  {zero_bytes(spec.tkhd_version == 1 ? 16 : 8), big_endian(4, {spec.track_ID}), zero_bytes(60)});
     const Bytes mdhd = full_box("mdhd", spec.mdhd_version, 0,
                                 {zero_bytes(spec.mdhd_version == 1 ? 16 : 8), big_endian(4, {spec.timescale}),
-                                 zero_bytes(spec.mdhd_version == 1 ? 8 : 4), big_endian(2, {0x55C4, 0})});
+                                 zero_bytes(spec.mdhd_version == 1 ? 8 : 4), big_endian(2, {0x15C7, 0})});
     const Bytes hdlr = full_box("hdlr", 0, 0, {zero_bytes(4), text_bytes(spec.handler_type), zero_bytes(13)});
     const Bytes stsd = full_box("stsd", 0, 0, {big_endian(4, {spec.entry_count}), spec.entry});
     const Bytes minf = box("minf", {box("stbl", {stsd, spec.tables})});
@@ -128,16 +135,4 @@ Bytes hvcC(uint8_t length_size, const std::vector<HevcArray>& arrays) {
         for (const Bytes& unit : array.units) append(payload, length_prefixed(unit));
     }
     return box("hvcC", {payload});
-}
-
-Bytes lmcC(const LumoraSpec& spec) {
-    BitWriter writer;
-    writer.put(8, spec.version_major);
-    writer.put(8, spec.version_minor);
-    writer.put(7, spec.profile);
-    writer.put(6, spec.level);
-    writer.put(3, spec.flags);
-    writer.put(4, 0);  // compatibility id
-    writer.align();
-    return box("lmcC", {writer.bytes, zero_bytes(19)});
 }

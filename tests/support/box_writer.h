@@ -7,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
-// Writes ISO base media files: the mirror of src/isobmff. Sizes, counts and offsets are filled in; an optional field
-// that is set is written as it is, right or wrong.
+// Writes ISO base media files: the mirror of src/isobmff. Sizes, counts and offsets are filled in; what is to be
+// wrong is written with `size` or from a text.
 using Bytes = std::vector<uint8_t>;
 
 Bytes join(std::initializer_list<Bytes> parts);
@@ -20,8 +20,8 @@ Bytes big_endian(uint32_t byte_count, std::initializer_list<uint64_t> values);
 Bytes box(std::string_view type, std::initializer_list<Bytes> parts, std::optional<uint32_t> size = {});
 Bytes full_box(std::string_view type, uint8_t version, uint32_t flags, std::initializer_list<Bytes> parts);
 
-// A full box with a count and then its entries as 32-bit numbers.
-Bytes table_box(std::string_view type, uint32_t count, std::initializer_list<uint64_t> numbers);
+// Boxes from a text, one a line: "stsz:32 0 0 2 100 200" is the type, the width of its numbers in bits, the numbers.
+Bytes text_boxes(const std::string& text);
 
 Bytes visual_entry(std::string_view format, std::initializer_list<Bytes> boxes);
 Bytes audio_entry(std::string_view format, uint16_t channelcount, std::initializer_list<Bytes> boxes);
@@ -43,15 +43,11 @@ Bytes trak(const TrakSpec& spec);
 // ftyp and moov; a trex for every track.
 Bytes init_section(const std::vector<TrakSpec>& tracks, std::initializer_list<Bytes> more_in_moov = {});
 
-// One traf with one trun; sizes per sample unless `flags` says otherwise.
+// One traf with one trun; the samples have sizes and, with flag 0x100, durations.
 struct RunSpec {
     uint32_t track_ID = 1;
     std::vector<Bytes> samples = {};
-    uint32_t trun_flags = 0x201;  // data offset, sizes
-    std::optional<uint32_t> sample_count = {};
-    std::optional<int32_t> data_offset = {};  // from the moof; else the place of the samples
-    uint32_t tfhd_flags = 0x020000;
-    Bytes tfhd_fields = {};
+    uint32_t trun_flags = 0x201;
 };
 
 // moof and mdat with the runs' samples one behind the other.
@@ -64,11 +60,3 @@ struct HevcArray {
     std::vector<Bytes> units = {};
 };
 Bytes hvcC(uint8_t length_size, const std::vector<HevcArray>& arrays);
-struct LumoraSpec {
-    uint8_t version_major = 1;
-    uint8_t version_minor = 0;
-    uint8_t profile = 0;
-    uint8_t level = 1;
-    uint8_t flags = 0;  // 4 RPU, 2 EL, 1 BL
-};
-Bytes lmcC(const LumoraSpec& spec);
