@@ -1,8 +1,8 @@
 // Throughput of the E-AC-3 / AC-3 analyzer under its default settings, wanted at 1.5 GB/s on one core for real streams.
 // What limits it: about 130 ns of fixed work per frame (header, BSI, comparison with the timeslice before), so that
-// frames of 256 bytes come to about 1.7 GB/s; from 1 KiB on, the copy into word order and the CRC. A call costs about as
-// much as two frames, most of it for clearing the summary. A real stream can be given with ZTPINFO_BENCH_FILE; without
-// one, a stream of frames with correct check words is made here.
+// frames of 256 bytes come to about 1.7 GB/s; from 1 KiB on, the copy into word order and the CRC. A call costs about
+// as much as two frames, most of it for clearing the summary. A real stream can be given with ZTPINFO_BENCH_FILE;
+// without one, a stream of frames with correct check words is made here.
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
