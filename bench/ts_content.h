@@ -15,6 +15,13 @@ struct TsContent {
     static constexpr uint64_t PICTURE_90KHZ = 3600;
     static constexpr uint64_t AUDIO_90KHZ = 2880;
 
+    // Parameter sets (320x180, baseline) and the header of an intra slice: enough for a reader that looks for the
+    // format.
+    static inline const std::vector<uint8_t> PICTURE_START = {
+        0x00, 0x00, 0x00, 0x01, 0x67, 0x42, 0xC0, 0x1E, 0xD9, 0x01, 0x41, 0x9F, 0x9E, 0x10, 0x00,
+        0x00, 0x03, 0x00, 0x10, 0x00, 0x00, 0x03, 0x03, 0x20, 0xF1, 0x62, 0xE4, 0x80, 0x00, 0x00,
+        0x00, 0x01, 0x68, 0xCB, 0x83, 0xCB, 0x20, 0x00, 0x00, 0x00, 0x01, 0x65, 0x88, 0x84};
+
     uint64_t video_pts = 90000;
     uint64_t audio_pts = 90000;
     uint32_t noise = 1;
@@ -32,8 +39,10 @@ struct TsContent {
         video.stream_id = 0xE0;
         video.pts = video_pts;
         video.PES_packet_length = 0;
-        video.payload.resize(PICTURE_BYTES);
-        for (uint8_t& byte : video.payload) byte = static_cast<uint8_t>((noise = noise * 1664525 + 1013904223) >> 24);
+        video.payload = PICTURE_START;
+        // No zero byte, so no start code inside the slice.
+        while (video.payload.size() < PICTURE_BYTES)
+            video.payload.push_back(static_cast<uint8_t>((noise = noise * 1664525 + 1013904223) >> 24 | 1));
         writer.pes(VIDEO_PID, video);
         video_pts += PICTURE_90KHZ;
 
