@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "bits/file.h"
+#include "bits/page_buffer.h"
 
 constexpr uint32_t READER_CHUNK_SIZE = 0x100000;
 
@@ -15,7 +16,7 @@ struct FileReader {
     File file;
     std::string path;                         // for messages; the file is open already
     uint64_t position = 0;                    // absolute offset of the next byte to be delivered
-    std::vector<uint8_t> buffer;              // allocated by reader_start
+    PageBuffer buffer;                        // allocated by reader_start
     uint32_t valid = 0;                       // bytes now in the buffer
     uint32_t cursor = 0;                      // index of the next byte to deliver
     bool limited = false;                     // a byte limit is in force

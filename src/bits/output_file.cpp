@@ -4,7 +4,7 @@
 
 namespace {
 
-// Large aligned writes cost the kernel about half of what the size of a PES packet or a sample costs.
+// Large writes from aligned memory cost the kernel about half of what the size of a PES packet or a sample costs.
 constexpr size_t OUTPUT_BUFFER_SIZE = 256 * 1024;
 
 // Prints the failure once per file: `failed_before` is the state before the step that returned `status`.
@@ -25,8 +25,8 @@ int output_open(OutputFile& output, const std::string& path, const char* mode) {
     output.failed = false;
     output.file.reset(std::fopen(path.c_str(), mode));
     if (!output.file) return -1;
-    output.buffer = std::make_unique_for_overwrite<char[]>(OUTPUT_BUFFER_SIZE);
-    std::setvbuf(output.file.get(), output.buffer.get(), _IOFBF, OUTPUT_BUFFER_SIZE);
+    output.buffer.resize(OUTPUT_BUFFER_SIZE);
+    std::setvbuf(output.file.get(), reinterpret_cast<char*>(output.buffer.data()), _IOFBF, OUTPUT_BUFFER_SIZE);
     return 0;
 }
 

@@ -1,15 +1,15 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <span>
 #include <string>
 
 #include "bits/file.h"
+#include "bits/page_buffer.h"
 
 // An elementary-stream file being written. After the first failed write nothing more is written to it.
 struct OutputFile {
-    std::unique_ptr<char[]> buffer;  // of the stream: outlives it
+    PageBuffer buffer;  // of the stream: outlives it
     File file;
     std::string path;
     bool failed = false;
