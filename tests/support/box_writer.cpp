@@ -87,17 +87,17 @@ Bytes audio_entry(std::string_view format, uint16_t channelcount, std::initializ
     return box(format, {zero_bytes(16), big_endian(2, {channelcount, 16, 0, 0, 48000, 0}), join(boxes)});
 }
 
-Bytes trak(const TrakSpec& spec) {
+Bytes trak(const TrakSpec& track) {
     const Bytes tkhd =
-        full_box("tkhd", spec.tkhd_version, 7,
-                 {zero_bytes(spec.tkhd_version == 1 ? 16 : 8), big_endian(4, {spec.track_ID}), zero_bytes(60)});
-    const Bytes mdhd = full_box("mdhd", spec.mdhd_version, 0,
-                                {zero_bytes(spec.mdhd_version == 1 ? 16 : 8), big_endian(4, {spec.timescale}),
-                                 zero_bytes(spec.mdhd_version == 1 ? 8 : 4), big_endian(2, {0x15C7, 0})});
-    const Bytes hdlr = full_box("hdlr", 0, 0, {zero_bytes(4), text_bytes(spec.handler_type), zero_bytes(13)});
-    const Bytes stsd = full_box("stsd", 0, 0, {big_endian(4, {spec.entry_count}), spec.entry});
-    const Bytes minf = box("minf", {box("stbl", {stsd, spec.tables})});
-    return box("trak", {tkhd, spec.before_mdia, box("mdia", {mdhd, hdlr, minf})});
+        full_box("tkhd", track.tkhd_version, 7,
+                 {zero_bytes(track.tkhd_version == 1 ? 16 : 8), big_endian(4, {track.track_ID}), zero_bytes(60)});
+    const Bytes mdhd = full_box("mdhd", track.mdhd_version, 0,
+                                {zero_bytes(track.mdhd_version == 1 ? 16 : 8), big_endian(4, {track.timescale}),
+                                 zero_bytes(track.mdhd_version == 1 ? 8 : 4), big_endian(2, {0x15C7, 0})});
+    const Bytes hdlr = full_box("hdlr", 0, 0, {zero_bytes(4), text_bytes(track.handler_type), zero_bytes(13)});
+    const Bytes stsd = full_box("stsd", 0, 0, {big_endian(4, {track.entry_count}), track.entry});
+    const Bytes minf = box("minf", {box("stbl", {stsd, track.tables})});
+    return box("trak", {tkhd, track.before_mdia, box("mdia", {mdhd, hdlr, minf})});
 }
 
 Bytes init_section(const std::vector<TrakSpec>& tracks, std::initializer_list<Bytes> more_in_moov) {
