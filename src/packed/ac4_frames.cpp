@@ -5,16 +5,15 @@
 #include <span>
 #include <vector>
 
+#include "ac4/ac4_sync_frame.h"
 #include "ac4/ac4_toc.h"
 #include "bits/byte_order.h"
 #include "bits/report.h"
-#include "packed/sync_words.h"
 
 namespace {
 
-constexpr size_t AC4_SHORT_HEADER_SIZE = 4;
-constexpr size_t AC4_LONG_HEADER_SIZE = 7;
-constexpr uint16_t AC4_LONG_SIZE = 0xFFFF;  // a 24-bit size follows
+constexpr uint32_t AC4_SHORT_SIZE_BYTES = 2;
+constexpr uint32_t AC4_LONG_SIZE_BYTES = 3;  // behind the escape
 constexpr uint32_t AC4_MAX_FRAME_SIZE = 10485760;
 constexpr uint32_t READ_PIECE_SIZE = 65536;
 
@@ -41,21 +40,21 @@ void append_bytes(FileReader& reader, uint32_t count, std::vector<uint8_t>& byte
 // False at the end of the file and where the frames end.
 bool read_frame_header(FileReader& reader, SyncFrame& frame) {
     frame.bytes.clear();
-    append_bytes(reader, 2, frame.bytes);
+    append_bytes(reader, AC4_SYNC_WORD_BYTES, frame.bytes);
     if (frame.bytes.empty()) return false;
     if (frame.bytes.size() < 2 || load_be16(frame.bytes, 0) != AC4_SYNC_WORD) {
         report_reason(reader.path, "no AC-4 sync word 0xAC40 at byte %llu: the rest is not looked at",
                       static_cast<unsigned long long>(reader.position - frame.bytes.size()));
         return false;
     }
-    append_bytes(reader, 2, frame.bytes);
-    frame.header_size = AC4_SHORT_HEADER_SIZE;
-    frame.frame_size = load_be16(frame.bytes, 2);
-    if (frame.frame_size == AC4_LONG_SIZE) {
-        append_bytes(reader, 3, frame.bytes);
-        frame.header_size = AC4_LONG_HEADER_SIZE;
-        frame.frame_size = static_cast<uint32_t>(load_be(frame.bytes, AC4_SHORT_HEADER_SIZE, 3));
-    }
+    append_bytes(reader, AC4_SHORT_SIZE_BYTES, frame.bytes);
+    frame.header_size = AC4_SYNC_WORD_BYTES;
+    frame.frame_size = read_ac4_frame_size(frame.bytes, frame.header_size);
+    if (frame.header_size == AC4_SYNC_WORD_BYTES + AC4_SHORT_SIZE_BYTES) return true;
+    // The escape: the size is read again with the bytes that it announces.
+    append_bytes(reader, AC4_LONG_SIZE_BYTES, frame.bytes);
+    frame.header_size = AC4_SYNC_WORD_BYTES;
+    frame.frame_size = read_ac4_frame_size(frame.bytes, frame.header_size);
     return true;
 }
 

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <span>
 
+#include "ac4/ac4_sync_frame.h"
 #include "bits/byte_order.h"
 #include "bits/output_file.h"
 #include "bits/report.h"

@@ -3,28 +3,13 @@
 #include <cstdio>
 #include <string>
 
+#include "ac4/ac4_sync_frame.h"
 #include "bits/byte_order.h"
 #include "bits/report.h"
 #include "ts/pes_checks.h"
 #include "ts/ts_status.h"
 
 namespace {
-
-constexpr uint8_t SYNC_BYTE = 0xAC;
-constexpr uint8_t SYNC_WITHOUT_CRC = 0x40;
-constexpr uint8_t SYNC_WITH_CRC = 0x41;
-constexpr size_t SYNC_WORD_BYTES = 2;
-constexpr size_t CRC_WORD_BYTES = 2;
-
-// ETSI TS 103 190-2, annex C: frame_size, 16 bits or 24 behind an escape; `position` moves behind it.
-uint32_t read_frame_size(std::span<const uint8_t> payload, size_t& position) {
-    constexpr uint32_t LARGE_FRAME = 0xFFFF;
-    const uint32_t frame_size = load_be16(payload, position);
-    position += 2;
-    if (frame_size != LARGE_FRAME) return frame_size;
-    position += 3;
-    return static_cast<uint32_t>(load_be(payload, position - 3, 3));
-}
 
 // The part of the frame that is there.
 std::span<const uint8_t> frame_bytes(std::span<const uint8_t> payload, size_t position, uint32_t frame_size) {
@@ -39,12 +24,12 @@ bool starts_segment(const TsStreamTable& table) {
 }
 
 int check_sync_word(std::span<const uint8_t> payload) {
-    if (load_u8(payload, 0) != SYNC_BYTE) {
+    const uint16_t sync_word = load_be16(payload, 0);
+    if (sync_word >> 8 != AC4_SYNC_WORD >> 8) {
         std::printf("ERROR: No AC-4 sync word found in the elementary stream.\n");
         return TS_CHECK_FAILED;
     }
-    const uint8_t crc_byte = load_u8(payload, 1);
-    if (crc_byte != SYNC_WITHOUT_CRC && crc_byte != SYNC_WITH_CRC) {
+    if (sync_word != AC4_SYNC_WORD && sync_word != AC4_SYNC_WORD_WITH_CRC) {
         std::printf("ERROR: An unsupported CRC word found in the elementary stream.\n");
         return TS_CHECK_FAILED;
     }
@@ -69,11 +54,11 @@ int check_toc(const ac4_toc& toc, bool first_frame, const TsStreamTable& table, 
 int check_ac4_pes(const PesCheckInput& pes, TsAudioStream& stream, const TsStreamTable& table,
                   const PlaylistAttributes* attrs) {
     if (check_sync_word(pes.payload) != 0) return TS_CHECK_FAILED;
-    const bool has_crc = pes.payload[1] == SYNC_WITH_CRC;
-    const size_t usable = pes.payload.size() - (has_crc ? CRC_WORD_BYTES : 0);
-    size_t position = SYNC_WORD_BYTES;
+    const bool has_crc = load_be16(pes.payload, 0) == AC4_SYNC_WORD_WITH_CRC;
+    const size_t usable = pes.payload.size() - (has_crc ? AC4_CRC_WORD_BYTES : 0);
+    size_t position = AC4_SYNC_WORD_BYTES;
     for (uint32_t frame_count = 1;; ++frame_count) {
-        const uint32_t frame_size = read_frame_size(pes.payload, position);
+        const uint32_t frame_size = read_ac4_frame_size(pes.payload, position);
         if (frame_size == 0) {
             report_reason(table.path, "PID %d: AC-4 frame %u of a PES has the size 0", pes.pid, frame_count);
             return TS_UNREADABLE_FRAME;
@@ -86,9 +71,9 @@ int check_ac4_pes(const PesCheckInput& pes, TsAudioStream& stream, const TsStrea
         }
         if (check_toc(stream.toc, frame_count == 1, table, attrs) != 0) return TS_CHECK_FAILED;
         position += frame_size;
-        if (position + SYNC_WORD_BYTES < usable) {
+        if (position + AC4_SYNC_WORD_BYTES < usable) {
             // The sync word between two frames is skipped without a look, and no room is left for a CRC: deliberate.
-            position += SYNC_WORD_BYTES;
+            position += AC4_SYNC_WORD_BYTES;
         } else if (position <= usable) {
             stream.frames_in_pes = frame_count;
             return 0;
