@@ -3,6 +3,7 @@
 
 #include <csignal>
 #include <cstdio>
+#include <exception>
 #include <new>
 
 #include "driver/run.h"
@@ -18,11 +19,25 @@ void open_standard_descriptors() {
     if (descriptor >= 0) close(descriptor);
 }
 
+int report_out_of_memory() {
+    std::fflush(stdout);
+    std::fprintf(stderr, "quorlin: out of memory\n");
+    return EXIT_FAILED_RUN;
+}
+
+// Where memory is so short that not even the exception that says so can be made, the library ends the program.
+[[noreturn]] void end_without_memory() {
+    _exit(report_out_of_memory());
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     open_standard_descriptors();
+    // A reader that is gone and a file that may not grow are failed writes, not the end of the program.
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+    std::set_terminate(end_without_memory);
     // Findings appear when they are found, into a file or a pipe too.
     std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
 
@@ -31,9 +46,7 @@ int main(int argc, char** argv) {
         exit_code = run(argc, argv);
     } catch (const std::bad_alloc&) {
         // The one exception that the library throws at us; nothing in the program throws.
-        std::fflush(stdout);
-        std::fprintf(stderr, "quorlin: out of memory\n");
-        return EXIT_FAILED_RUN;
+        return report_out_of_memory();
     }
 
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
