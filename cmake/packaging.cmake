@@ -1,0 +1,42 @@
+# What is installed beside the programs, and the Debian package of it (scripts/package; cpack -G DEB).
+
+install(DIRECTORY man/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 FILES_MATCHING PATTERN "*.1")
+install(DIRECTORY completion/ DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} OPTIONAL FILES_MATCHING PATTERN "*.md")
+
+set(QUORLIN_MAINTAINER "quorlin developers <developers@quorlin.example>" CACHE STRING "Maintainer of the Debian package")
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME quorlin)
+set(CPACK_PACKAGE_CONTACT "${QUORLIN_MAINTAINER}")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "validator for HTTP Live Streaming content")
+set(CPACK_PACKAGE_DESCRIPTION "quorlin walks everything that a local HLS playlist names: playlists, MPEG-2
+transport streams, fragmented MP4 and packed audio, down to the AC-3, E-AC-3
+and AC-4 bitstreams. It prints what breaks a rule, writes every elementary
+stream to a file and ends with PASSED or FAILED.
+.
+ztpinfo analyses raw AC-3 and E-AC-3 streams.")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+# Whatever the umask of who builds it.
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+  OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
+set(CPACK_DEBIAN_PACKAGE_SECTION video)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
+# Runs over the installed tree before it is packed.
+set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/debian/documents.cmake)
+
+if(EXISTS ${PROJECT_SOURCE_DIR}/batch)
+  string(APPEND CPACK_PACKAGE_DESCRIPTION "
+.
+quorlin-batch validates a catalogue of titles with GNU parallel and writes a
+report of it.")
+  # The validator itself needs neither.
+  set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "parallel, python3")
+endif()
+include(CPack)
