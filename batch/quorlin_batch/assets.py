@@ -1,0 +1,97 @@
+"""Finds the assets of folders, lists and playlists given on the command line, always in the same order."""
+
+import os
+import sys
+from collections.abc import Iterable
+from dataclasses import dataclass, field
+
+from .playlists import read_playlist
+
+PLAYLIST_NAMES = (".m3u8", ".m3u")
+ASSET_NAMES = (*PLAYLIST_NAMES, ".ts", ".trp")
+
+
+class UsageError(Exception):
+    """What the user has to mend before a batch can begin."""
+
+
+@dataclass
+class Found:
+    """Absolute paths in order, each once; and what could not be searched."""
+    assets: dict[str, None] = field(default_factory=dict)
+    problems: list[str] = field(default_factory=list)
+
+
+def find_assets(arguments: Iterable[str], null: bool, leave_out: Iterable[str]) -> Found:
+    """Assets of all arguments; the folders `leave_out` (reports, streams) are not searched."""
+    found = Found()
+    skipped = {os.path.abspath(folder) for folder in leave_out}
+    for argument in arguments:
+        if argument == "-" or (os.path.isfile(argument) and not is_asset_name(argument)):
+            for entry in read_list(argument, null):
+                add_entry(found, entry, skipped)
+        elif os.path.isdir(argument) or is_asset_name(argument):
+            add_entry(found, argument, skipped)
+        else:
+            raise UsageError(f"{argument}: there is no such folder, list or playlist")
+    return found
+
+
+def is_asset_name(path: str) -> bool:
+    return path.lower().endswith(ASSET_NAMES)
+
+
+def read_list(path: str, null: bool) -> list[str]:
+    """Lines of a list, without empty ones and comments; or the names between zero bytes, as they are."""
+    if path == "-":
+        content = sys.stdin.buffer.read()
+    else:
+        with open(path, "rb") as file:
+            content = file.read()
+    if null:
+        return [os.fsdecode(name) for name in content.split(b"\0") if name]
+    if b"\0" in content:
+        raise UsageError(f"{path}: not a list of lines (for names between zero bytes use --null)")
+    lines = [line.removesuffix(b"\r") for line in content.split(b"\n")]
+    return [os.fsdecode(line) for line in lines if line and not line.startswith(b"#")]
+
+
+def add_entry(found: Found, path: str, skipped: set[str]) -> None:
+    """A folder is searched. Anything else is an asset, even when it is not there: its run then says so."""
+    path = os.path.abspath(path)
+    if os.path.isdir(path):
+        found.assets.update(dict.fromkeys(search_folder(path, skipped, found.problems)))
+    else:
+        found.assets[path] = None
+
+
+def search_folder(top: str, skipped: set[str], problems: list[str]) -> list[str]:
+    """Every master playlist, and every media playlist that no master playlist found here names."""
+    media, masters, named = set(), set(), set()
+    for path in walk_playlists(top, skipped, problems):
+        playlist = read_playlist(path)
+        if playlist.is_master:
+            masters.add(path)
+            named.update(playlist.playlists)
+        else:
+            media.add(path)
+    return sorted(masters | (media - named))
+
+
+def walk_playlists(top: str, skipped: set[str], problems: list[str]) -> Iterable[str]:
+    """Playlists below a folder. Symbolic links are followed, a folder is entered once."""
+    seen = set()
+
+    def report(error: OSError) -> None:
+        problems.append(f"{error.filename}: cannot be searched: {error.strerror}")
+
+    for folder, subfolders, files in os.walk(top, onerror=report, followlinks=True):
+        status = os.stat(folder)
+        if folder in skipped or (status.st_dev, status.st_ino) in seen:
+            subfolders.clear()
+            continue
+        seen.add((status.st_dev, status.st_ino))
+        subfolders.sort()
+        for name in files:
+            if name.lower().endswith(PLAYLIST_NAMES):
+                yield os.path.join(folder, name)

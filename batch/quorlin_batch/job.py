@@ -1,0 +1,110 @@
+"""One job of GNU parallel: runs quorlin on one asset and stores its report when the run has come to its end."""
+
+import base64
+import contextlib
+import json
+import os
+import shutil
+import signal
+import socket
+import subprocess
+import sys
+import time
+
+from .findings import Output, read_stderr, read_stdout
+from .reports import (FORMAT, RESULT, STDERR, STDOUT, Settings, is_final, is_playlist, load_result, look_at, nested,
+                      report_folder)
+from .text import printable, write_whole
+from .verdict import Run, judge
+
+EXIT_DONE, EXIT_TRY_AGAIN, EXIT_INTERRUPTED = 0, 75, 130
+# A run that somebody ended from outside is no crash of quorlin: there is no report of it.
+OUTSIDE_SIGNALS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
+
+
+class Interrupted(Exception):
+    """The job was asked to end, or somebody ended quorlin."""
+
+
+def run_job(encoded_reports: str, index: str) -> int:
+    """Entry of the job: the reports folder (base64, so that no shell on the way can harm it), the asset's number."""
+    for number in OUTSIDE_SIGNALS:
+        signal.signal(number, interrupt)
+    reports = os.fsdecode(base64.urlsafe_b64decode(encoded_reports))
+    settings = Settings.load(reports)
+    with open(Settings.path(reports, "assets"), "rb") as file:
+        asset = os.fsdecode(file.read().split(b"\0")[int(index)])
+    try:
+        result = validate(settings, asset)
+    except Interrupted:
+        return EXIT_INTERRUPTED
+    except OSError as error:
+        print(f"quorlin-batch: {printable(asset)}: {error}", file=sys.stderr)
+        return EXIT_TRY_AGAIN
+    return EXIT_DONE if is_final(result) else EXIT_TRY_AGAIN
+
+
+def interrupt(*_: object) -> None:
+    raise Interrupted
+
+
+def validate(settings: Settings, asset: str) -> dict:
+    """Runs quorlin and stores the report. Attempts count over calls of the batch, while the asset stays as it is."""
+    folder = report_folder(settings.reports, asset)
+    os.makedirs(folder, exist_ok=True)
+    before = load_result(settings, asset)
+    look = look_at(asset)
+    beside = [os.path.join(folder, name + ".new") for name in (STDOUT, STDERR)]
+    try:
+        run = run_quorlin(settings, asset, *beside)
+        output = Output()
+        read_stdout(beside[0], output)
+        read_stderr(beside[1], output)
+        state, reason = judge(run, output, is_playlist(asset), look.segments)
+        result = {
+            "format": FORMAT, "asset": printable(asset), "state": state, "reason": reason, "verdict": output.verdict,
+            "exit_code": run.exit_code, "timed_out": run.timed_out, "retriable": run.retriable(),
+            "attempts": before["attempts"] + 1 if before else 1, "seconds": round(run.seconds, 3), "limit": run.limit,
+            "host": socket.gethostname(), "quorlin": settings.version, "streams": settings.streams, "files": look.digest,
+            "findings": [{"level": level, "count": count, "text": text}
+                         for (level, text), count in output.texts.items()],
+            "more_findings": output.more,
+        }
+        for path in beside:
+            os.replace(path, path.removesuffix(".new"))
+        write_whole(os.path.join(folder, RESULT), json.dumps(result, indent=1).encode())
+        return result
+    finally:
+        for path in beside:
+            with contextlib.suppress(FileNotFoundError):
+                os.remove(path)
+
+
+def run_quorlin(settings: Settings, asset: str, stdout_path: str, stderr_path: str) -> Run:
+    command = [settings.quorlin, "-i", asset]
+    if settings.streams is not None:
+        command += ["-o", make_stream_folder(settings.streams, asset)]
+    started = time.monotonic()
+    timed_out = False
+    with open(stdout_path, "wb") as stdout, open(stderr_path, "wb") as stderr:
+        # A group of its own: --quorlin may name a script, whose children have to go with it.
+        process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=stdout, stderr=stderr, process_group=0)
+        try:
+            process.wait(settings.limit or None)
+        except subprocess.TimeoutExpired:
+            timed_out = True
+        finally:
+            if process.poll() is None:
+                os.killpg(process.pid, signal.SIGKILL)
+            exit_code = process.wait()
+    if not timed_out and -exit_code in OUTSIDE_SIGNALS:
+        raise Interrupted
+    return Run(exit_code, timed_out, time.monotonic() - started, settings.limit)
+
+
+def make_stream_folder(streams: str, asset: str) -> str:
+    """An empty folder for the elementary streams of one asset; quorlin itself makes no nested ones."""
+    folder = nested(streams, asset)
+    shutil.rmtree(folder, ignore_errors=True)
+    os.makedirs(folder)
+    return folder

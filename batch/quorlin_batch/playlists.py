@@ -1,0 +1,54 @@
+"""A quick look into playlists: what they name. Addresses are joined with the folder as quorlin joins them."""
+
+import os
+import re
+from collections.abc import Iterator
+from dataclasses import dataclass, field
+
+LINE_SIZE = 4096
+URI = re.compile(rb'[:,]\s*URI="([^"]*)"')
+
+
+@dataclass
+class Playlist:
+    """The files that a playlist names, by what they are."""
+    is_master: bool = False
+    playlists: list[str] = field(default_factory=list)
+    segments: list[str] = field(default_factory=list)
+    init_sections: list[str] = field(default_factory=list)
+
+
+def lines_of(path: str) -> Iterator[bytes]:
+    """Trimmed lines; over-long ones come in pieces. A file that cannot be read has none."""
+    try:
+        with open(path, "rb") as file:
+            while line := file.readline(LINE_SIZE):
+                yield line.strip()
+    except OSError:
+        return
+
+
+def read_playlist(path: str) -> Playlist:
+    playlist = Playlist()
+    folder = os.path.dirname(path)
+    expected: list[str] | None = None  # the list that the next line's address goes to
+
+    def add(addresses: list[str], address: bytes) -> None:
+        if b"://" not in address:
+            addresses.append(os.path.normpath(folder + "/" + os.fsdecode(address)))
+
+    for line in lines_of(path):
+        if expected is not None and not line.startswith(b"#"):
+            if line:
+                add(expected, line)
+            expected = None
+        elif line.startswith(b"#EXT-X-STREAM-INF:"):
+            playlist.is_master = True
+            expected = playlist.playlists
+        elif line.startswith(b"#EXTINF:"):
+            expected = playlist.segments
+        elif line.startswith((b"#EXT-X-MEDIA:", b"#EXT-X-I-FRAME-STREAM-INF:", b"#EXT-X-MAP:")):
+            is_map = line.startswith(b"#EXT-X-MAP:")
+            if found := URI.search(line):
+                add(playlist.init_sections if is_map else playlist.playlists, found[1])
+    return playlist

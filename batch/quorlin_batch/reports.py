@@ -1,0 +1,135 @@
+"""The folder of reports: where each asset's report lies, whether it is still current, how it is stored.
+
+An asset's report is report.txt and stderr.txt (what quorlin printed) and result.json (what became of it), in a folder named
+by the asset's absolute path. result.json is written last: without it there is no report.
+"""
+
+import contextlib
+import hashlib
+import json
+import os
+from dataclasses import asdict, dataclass
+
+from .playlists import read_playlist
+
+FORMAT = 1
+MAX_ATTEMPTS = 2
+RESULT_KEYS = {"format", "asset", "state", "reason", "verdict", "exit_code", "timed_out", "retriable", "attempts", "seconds",
+               "limit", "host", "quorlin", "streams", "files", "findings", "more_findings"}
+RESULT, STDOUT, STDERR = "result.json", "report.txt", "stderr.txt"
+
+
+@dataclass
+class Settings:
+    """What a batch and its jobs, on whatever host, have in common."""
+    reports: str
+    quorlin: str  # absolute path of the program
+    version: str  # what quorlin -v prints
+    limit: float  # seconds for one run, 0 for none
+    streams: str | None  # folder for elementary streams
+
+    def store(self) -> None:
+        with open(self.path(self.reports, "settings.json"), "w", encoding="utf-8") as file:
+            json.dump(asdict(self), file)
+
+    @classmethod
+    def load(cls, reports: str) -> "Settings":
+        with open(cls.path(reports, "settings.json"), encoding="utf-8") as file:
+            return cls(**json.load(file))
+
+    @staticmethod
+    def path(reports: str, name: str) -> str:
+        """A file of the batch itself."""
+        return os.path.join(reports, "batch", name)
+
+
+def nested(top: str, asset: str) -> str:
+    """The folder of an asset below `top`."""
+    return os.path.join(top, asset.lstrip("/"))
+
+
+def report_folder(reports: str, asset: str) -> str:
+    return nested(os.path.join(reports, "assets"), asset)
+
+
+@dataclass
+class Look:
+    """An asset's files, as they are on the disk at one moment."""
+    digest: str  # of their names, sizes and times
+    segments: int  # segment files that are there
+
+
+def look_at(asset: str) -> Look:
+    """The playlist, the playlists it names and all their segments; a numbered series is every file that may be of it."""
+    playlist = read_playlist(asset) if is_playlist(asset) else None
+    if playlist is None:
+        others, segments = [], series_files(asset)
+    elif playlist.is_master:
+        media = [read_playlist(path) for path in playlist.playlists]
+        others = playlist.playlists + [path for each in media for path in each.init_sections]
+        segments = [path for each in media for path in each.segments]
+    else:
+        others, segments = playlist.init_sections, playlist.segments
+    digest = hashlib.sha256()
+    for path in sorted({asset, *others}):
+        stamp(path, digest)
+    present = sum(stamp(path, digest) for path in sorted(set(segments)))
+    return Look(digest.hexdigest(), present)
+
+
+def is_playlist(asset: str) -> bool:
+    return asset.endswith((".m3u8", ".m3u"))
+
+
+def stamp(path: str, digest: "hashlib._Hash") -> bool:
+    """Adds a file's name, size and time to the digest; True when it is there."""
+    try:
+        status = os.stat(path)
+        text, present = f"{status.st_size} {status.st_mtime_ns}", True
+    except (OSError, ValueError):
+        text, present = "missing", False
+    digest.update(os.fsencode(path) + b"\0" + text.encode() + b"\0")
+    return present
+
+
+def series_files(asset: str) -> list[str]:
+    """The file itself, or, where its name is that of a series, every file with the same ending beside it."""
+    folder, name = os.path.split(asset)
+    if "%" not in name or os.path.exists(asset):
+        return [asset]
+    start, ending = name[:name.index("%")], os.path.splitext(name)[1]
+    try:
+        return sorted(os.path.join(folder, other) for other in os.listdir(folder)
+                      if other.startswith(start) and other.endswith(ending))
+    except OSError:
+        return []
+
+
+def load_result(settings: Settings, asset: str) -> dict | None:
+    """The result of an asset whose run came to its end; None when there is none or it cannot be read."""
+    try:
+        with open(os.path.join(report_folder(settings.reports, asset), RESULT), encoding="utf-8") as file:
+            result = json.load(file)
+        return result if result.keys() >= RESULT_KEYS and result["format"] == FORMAT else None
+    except (OSError, ValueError, AttributeError):
+        return None
+
+
+def is_current(result: dict, asset: str, settings: Settings) -> bool:
+    """True when a run now would be given the same files, the same quorlin and no more time."""
+    same = result["quorlin"] == settings.version and result["streams"] == settings.streams
+    more_time = result["timed_out"] and (settings.limit == 0 or settings.limit > result["limit"])
+    return same and not more_time and result["files"] == look_at(asset).digest
+
+
+def remove_report(settings: Settings, asset: str) -> None:
+    """Takes an old report away, its result first."""
+    folder = report_folder(settings.reports, asset)
+    for name in (RESULT, STDOUT, STDERR):
+        with contextlib.suppress(FileNotFoundError, NotADirectoryError):
+            os.remove(os.path.join(folder, name))
+
+
+def is_final(result: dict) -> bool:
+    """A crash or a time limit is tried once more, everything else is as it is."""
+    return not result["retriable"] or result["attempts"] >= MAX_ATTEMPTS

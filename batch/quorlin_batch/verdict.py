@@ -1,0 +1,60 @@
+"""What became of an asset: the one place that decides it, from how the run ended and what it printed."""
+
+import signal
+from dataclasses import dataclass
+
+from .findings import Output
+from .text import duration
+
+PASSED = "passed"
+INCOMPLETE = "incomplete"  # quorlin says PASSED, but something was not validated
+FAILED = "failed"
+NOTHING = "nothing_validated"  # quorlin says PASSED, but there was nothing that it could validate
+NO_VERDICT = "no_verdict"
+STATES = (PASSED, INCOMPLETE, FAILED, NOTHING, NO_VERDICT)
+TITLES = {PASSED: "passed", INCOMPLETE: "passed in part", FAILED: "failed", NOTHING: "nothing validated",
+          NO_VERDICT: "no verdict"}
+
+EXIT_CODES = {PASSED: 0, INCOMPLETE: 1, FAILED: 1, NOTHING: 2, NO_VERDICT: 2}
+
+REGULAR_EXIT_CODES = (0, 255)
+
+
+@dataclass
+class Run:
+    """How one run of quorlin ended. A negative exit code is the signal that ended it."""
+    exit_code: int
+    timed_out: bool
+    seconds: float
+    limit: float
+
+    def retriable(self) -> bool:
+        """A crash and a time limit may not come again. Findings do, and so does exit code 255."""
+        return self.timed_out or self.exit_code not in REGULAR_EXIT_CODES
+
+
+def judge(run: Run, output: Output, is_playlist: bool, segments: int) -> tuple[str, str]:
+    """State and the reason for it. `segments` is the number of segment files that are there."""
+    if run.timed_out:
+        return NO_VERDICT, f"ran into the time limit of {duration(run.limit)}"
+    if run.retriable():
+        return NO_VERDICT, describe_crash(run.exit_code)
+    if run.exit_code != 0 or output.verdict is None:
+        said = output.first()
+        return NO_VERDICT, "ended without a verdict" + (f": {said}" if said else f" (exit code {run.exit_code})")
+    if output.verdict == "FAILED":
+        return FAILED, ""
+    if segments == 0 or (is_playlist and output.verified <= output.empty_playlists):
+        return NOTHING, "no segment of it could be read"
+    if output.unreadable_segments or output.reasons:
+        return INCOMPLETE, "not everything could be validated"
+    return PASSED, ""
+
+
+def describe_crash(exit_code: int) -> str:
+    if exit_code >= 0:
+        return f"crashed: exit code {exit_code}"
+    try:
+        return f"crashed: {signal.Signals(-exit_code).name}, {signal.strsignal(-exit_code)}"
+    except ValueError:
+        return f"crashed: signal {-exit_code}"
