@@ -5,6 +5,8 @@
 
 #include "ztpinfo/bsi.h"
 
+// The AC-3 side of the unpackers.
+
 // Frame length in 16-bit words (ETSI TS 102 366, table 4.13); 0 when `fscod` is 3 or `frmsizecod` is above 37.
 uint32_t ac3_frame_words(uint32_t fscod, uint32_t frmsizecod);
 

@@ -5,6 +5,8 @@
 
 #include "ztpinfo/bsi.h"
 
+// The E-AC-3 side of the unpackers, and what a frame of either format begins with.
+
 // Codes of the fatal errors in a frame.
 enum FrameError : int {
     FRAME_SHORT = 1,

@@ -17,7 +17,7 @@ constexpr uint16_t FULL_BAND_CHANNELS[8] = {2, 1, 2, 3, 3, 4, 4, 5};
 constexpr uint16_t ACMOD_LOCATIONS[8] = {0xA000, 0x4000, 0xA000, 0xE000, 0xA100, 0xE100, 0xB800, 0xF800};
 constexpr uint16_t LOCATION_LFE = 0x0001;
 
-void set_common(FrameInfo& frame, const Ac3Bsi& bsi) {
+void set_common(ZtpFrameInfo& frame, const Ac3Bsi& bsi) {
     frame.bsid = bsi.bsid;
     frame.strmtyp = 0;
     frame.substreamid = 0;
@@ -31,7 +31,7 @@ void set_common(FrameInfo& frame, const Ac3Bsi& bsi) {
     frame.blocks_per_frame = FRAMESET_BLOCKS;
 }
 
-void set_common(FrameInfo& frame, const Eac3Bsi& bsi) {
+void set_common(ZtpFrameInfo& frame, const Eac3Bsi& bsi) {
     frame.bsid = bsi.bsid;
     frame.strmtyp = bsi.strmtyp;
     frame.substreamid = bsi.substreamid;
@@ -46,13 +46,12 @@ void set_common(FrameInfo& frame, const Eac3Bsi& bsi) {
     frame.blocks_per_frame = eac3_blocks(bsi.numblkscod);
 }
 
-void set_derived(FrameInfo& frame, size_t frame_words) {
+void set_derived(ZtpFrameInfo& frame, size_t frame_words) {
     frame.frame_words = static_cast<uint16_t>(frame_words);
     frame.bytes_per_frame = frame.frame_words * 2u;
     frame.sample_rate = SAMPLE_RATES[frame.fscod];
     frame.full_band_channels = FULL_BAND_CHANNELS[frame.acmod];
     frame.total_channels = static_cast<uint16_t>(frame.full_band_channels + frame.lfeon);
-    frame.dialnorm_sets = frame.acmod == 0 ? 2 : 1;
     frame.locations = static_cast<uint16_t>(ACMOD_LOCATIONS[frame.acmod] | (frame.lfeon != 0 ? LOCATION_LFE : 0));
     const uint32_t samples = frame.blocks_per_frame * SAMPLES_PER_BLOCK;
     frame.data_rate_kbps = static_cast<float>(frame.bytes_per_frame * 8u) * static_cast<float>(frame.sample_rate) /
@@ -72,7 +71,7 @@ uint16_t ac3_crc_status(std::span<const uint16_t> words) {
 
 }  // namespace
 
-int unpack_frame(std::span<const uint16_t> words, FrameInfo& frame) {
+int unpack_frame(std::span<const uint16_t> words, ZtpFrameInfo& frame) {
     if (words.size() < FRAME_HEADER_WORDS) {
         report_fatal("Insufficient data in input frame buffer", SOURCE, __LINE__);
         return FRAME_SHORT;

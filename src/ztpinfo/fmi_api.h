@@ -6,6 +6,8 @@
 
 #include "ztpinfo/bsi.h"
 
+// Frame information: a syncframe of either format, unpacked.
+
 // Result of the CRC check of a frame.
 enum CrcStatus : uint16_t {
     CRC_NO_ERROR = 0,
@@ -17,7 +19,7 @@ enum CrcStatus : uint16_t {
 constexpr uint16_t CONVSYNC_ABSENT = 65535;
 
 // One unpacked syncframe: what both formats have in common, values derived from it, and the complete BSI.
-struct FrameInfo {
+struct ZtpFrameInfo {
     uint16_t bsid = 0;
     uint16_t strmtyp = 0;      // AC-3: 0
     uint16_t substreamid = 0;  // AC-3: 0
@@ -35,7 +37,6 @@ struct FrameInfo {
     uint16_t blocks_per_frame = 0;
     uint16_t full_band_channels = 0;
     uint16_t total_channels = 0;  // with LFE
-    uint16_t dialnorm_sets = 1;   // sets of dialnorm and compr: 2 for acmod 0
     uint16_t locations = 0;       // chanmap form: from the chanmap when there is one, else from acmod and lfeon
     float data_rate_kbps = 0;
     Ac3Bsi ac3{};    // filled when is_ac3_bsid(bsid)
@@ -53,7 +54,7 @@ struct FrameTail {
 
 // Unpacks the frame in `words` (host order, the whole frame) into `frame` and checks its CRC. Returns 0, or the code of
 // the fatal error that was reported: frames shorter than their header are refused, among others.
-[[nodiscard]] int unpack_frame(std::span<const uint16_t> words, FrameInfo& frame);
+[[nodiscard]] int unpack_frame(std::span<const uint16_t> words, ZtpFrameInfo& frame);
 
 // Auxiliary data and encoder information of the frame in `words`. An auxdatal that reaches beyond the frame's begin
 // counts as no auxiliary data.

@@ -9,7 +9,7 @@
 
 namespace {
 
-void print_program_summary(const ProgramRecord& program) {
+void print_program_summary(const ZtpProgramRecord& program) {
     const char* end = line_end(program.crc_status);
     std::printf("    Combined data rate: %2.1f kbps%s", program.data_rate_kbps, end);
     std::printf("    Number of dependent substreams: %d%s", program.num_dep_substreams, end);
@@ -21,13 +21,13 @@ void print_program_summary(const ProgramRecord& program) {
     std::fputs(end, stdout);
 }
 
-void print_substream_details(const FrameInfo& frame, const FrameTail* tail, uint16_t options) {
+void print_substream_details(const ZtpFrameInfo& frame, const FrameTail* tail, uint16_t options) {
     if ((options & ZTP_OPTION_BSI) != 0) print_bsi_listing(frame);
     if ((options & ZTP_OPTION_AUXDATA) != 0) print_auxdata(frame, tail);
     if ((options & ZTP_OPTION_ENCODER_INFO) != 0) print_encoder_info(frame, tail);
 }
 
-void print_program(const ProgramRecord& program, const ProgramTails* tails, uint16_t options) {
+void print_program(const ZtpProgramRecord& program, const ProgramTails* tails, uint16_t options) {
     if ((options & ZTP_OPTION_PROGRAMS) != 0) print_program_summary(program);
     if ((options & ZTP_OPTION_INDEPENDENT) != 0) {
         std::printf("        INDEPENDENT SUBSTREAM INFORMATION:\n");
@@ -35,7 +35,7 @@ void print_program(const ProgramRecord& program, const ProgramTails* tails, uint
     }
     print_substream_details(program.independent.frame, tails != nullptr ? &tails->independent : nullptr, options);
     for (size_t id = 0; id < program.dependent.size(); ++id) {
-        const SubstreamRecord& substream = program.dependent[id];
+        const ZtpSubstreamRecord& substream = program.dependent[id];
         if (!substream.present) continue;
         if ((options & ZTP_OPTION_DEPENDENT) != 0) {
             std::printf("        DEPENDENT SUBSTREAM %d INFORMATION:\n", static_cast<int>(id));
@@ -49,12 +49,12 @@ void print_program(const ProgramRecord& program, const ProgramTails* tails, uint
 
 void print_timeslice(const TimesliceRecord& timeslice, const TimesliceTails* tails, uint16_t options) {
     for (size_t i = 0; i < timeslice.programs.size(); ++i) {
-        const ProgramRecord& program = timeslice.programs[i];
+        const ZtpProgramRecord& program = timeslice.programs[i];
         if (program.independent.present) print_program(program, tails != nullptr ? &(*tails)[i] : nullptr, options);
     }
 }
 
-void print_totals(const StreamTotals& totals) {
+void print_totals(const ZtpStreamTotals& totals) {
     const char* end = line_end(totals.crc_status);
     std::printf("Total number of timeslices: %" PRIu64 "\n", totals.timeslices);
     std::printf("Total number of frames: %" PRIu64 "\n", totals.frames);

@@ -11,4 +11,4 @@
 void print_timeslice(const TimesliceRecord& timeslice, const TimesliceTails* tails, uint16_t options);
 
 // The totals of a handle, which end a call under ZTP_OPTION_TOTALS.
-void print_totals(const StreamTotals& totals);
+void print_totals(const ZtpStreamTotals& totals);

@@ -19,7 +19,7 @@ double compr_db(uint16_t compr) {
 
 }  // namespace
 
-void print_bsi_listing(const FrameInfo& frame) {
+void print_bsi_listing(const ZtpFrameInfo& frame) {
     const char* end = line_end(frame.crc_status);
     if (is_ac3_bsid(frame.bsid)) {
         std::printf("            Zentra Bitstream Information:\n");

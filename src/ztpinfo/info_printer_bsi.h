@@ -8,7 +8,7 @@
 
 // The full listing of a frame's bit stream information: a heading, one line per field that the frame carries, and the
 // defaults of fields that it does not carry.
-void print_bsi_listing(const FrameInfo& frame);
+void print_bsi_listing(const ZtpFrameInfo& frame);
 
 // The listings of the two formats, without their headings; `end` ends the line of a field.
 void print_ac3_fields(const Ac3Bsi& bsi, const char* end);

@@ -17,7 +17,7 @@ const char* format_of_bsid(uint32_t bsid) {
     return is_ac3_bsid(bsid) ? " (Zentra)" : "";
 }
 
-void print_identity(const FrameInfo& frame, const char* end) {
+void print_identity(const ZtpFrameInfo& frame, const char* end) {
     std::printf("            BSID: %d%s%s", frame.bsid, format_of_bsid(frame.bsid), end);
     if (frame.strmtyp == STRMTYP_TRANSCODED) std::printf("            Stream type: Transcoded%s", end);
     if (frame.strmtyp == STRMTYP_RESERVED) std::printf("            Stream type: Reserved%s", end);
@@ -27,7 +27,7 @@ void print_identity(const FrameInfo& frame, const char* end) {
         std::printf("            Converter sync flag: %s%s", yes_no(frame.convsync != 0), end);
 }
 
-void print_channels(const FrameInfo& frame, const char* end) {
+void print_channels(const ZtpFrameInfo& frame, const char* end) {
     std::printf("            Number of coded channels: %d.%d%s", frame.full_band_channels, frame.lfeon, end);
     std::printf("            Audio coding mode: %s%s", value_name(ACMOD_NAMES, frame.acmod), end);
     std::printf("            LFE on: %s%s", yes_no(frame.lfeon != 0), end);
@@ -37,7 +37,7 @@ void print_channels(const FrameInfo& frame, const char* end) {
 }
 
 // E-AC-3 frames have a bit of their own at the end; AC-3 has one in the second group of Annex D.
-std::optional<uint16_t> find_encinfo(const FrameInfo& frame, const FrameTail* tail) {
+std::optional<uint16_t> find_encinfo(const ZtpFrameInfo& frame, const FrameTail* tail) {
     if (is_ac3_bsid(frame.bsid) && frame.ac3.xbsi2e != 0) return frame.ac3.encinfo;
     if (tail != nullptr && tail->has_encinfo) return tail->encinfo;
     return std::nullopt;
@@ -45,7 +45,7 @@ std::optional<uint16_t> find_encinfo(const FrameInfo& frame, const FrameTail* ta
 
 }  // namespace
 
-void print_substream_summary(const FrameInfo& frame) {
+void print_substream_summary(const ZtpFrameInfo& frame) {
     const char* end = line_end(frame.crc_status);
     print_identity(frame, end);
     std::printf("            Number of blocks per frame: %d%s", frame.blocks_per_frame, end);
@@ -59,7 +59,7 @@ void print_substream_summary(const FrameInfo& frame) {
     std::printf("            Frame status: %s%s\n", crc_status_name(frame.crc_status), end);
 }
 
-void print_auxdata(const FrameInfo& frame, const FrameTail* tail) {
+void print_auxdata(const ZtpFrameInfo& frame, const FrameTail* tail) {
     if (tail == nullptr || !tail->auxdatae) {
         std::printf("No Auxdata information exists\n");
         return;
@@ -70,7 +70,7 @@ void print_auxdata(const FrameInfo& frame, const FrameTail* tail) {
     std::fputs(line_end(frame.crc_status), stdout);
 }
 
-void print_encoder_info(const FrameInfo& frame, const FrameTail* tail) {
+void print_encoder_info(const ZtpFrameInfo& frame, const FrameTail* tail) {
     const std::optional<uint16_t> encinfo = find_encinfo(frame, tail);
     if (!encinfo) {
         std::printf("No Encinfo information exists\n");

@@ -9,21 +9,21 @@ namespace {
 
 constexpr const char* SOURCE = "tsc";
 
-using SubstreamRules = void(ComplianceFlags& compliance, const FrameInfo& frame);
+using SubstreamRules = void(ComplianceFlags& compliance, const ZtpFrameInfo& frame);
 
 // The rule sets for secondary audio cover independent substreams only.
 void check_each_substream(TimesliceRecord& timeslice, SubstreamRules& rules, bool with_dependent) {
-    for (const ProgramRecord& program : timeslice.programs) {
+    for (const ZtpProgramRecord& program : timeslice.programs) {
         if (!program.independent.present) continue;
         rules(timeslice.compliance, program.independent.frame);
         if (!with_dependent || program.num_dep_substreams == 0) continue;
-        for (const SubstreamRecord& dependent : program.dependent)
+        for (const ZtpSubstreamRecord& dependent : program.dependent)
             if (dependent.present) rules(timeslice.compliance, dependent.frame);
     }
 }
 
-const FrameInfo& frame_or_cleared(const SubstreamRecord& substream) {
-    static constexpr FrameInfo CLEARED{};
+const ZtpFrameInfo& frame_or_cleared(const ZtpSubstreamRecord& substream) {
+    static constexpr ZtpFrameInfo CLEARED{};
     return substream.present ? substream.frame : CLEARED;
 }
 
@@ -76,8 +76,8 @@ void check_end_of_data(TimesliceRecord& timeslice, uint16_t rule_set) {
 }
 
 ProgramPair pair_first_programs(const TimesliceRecord& timeslice, const TimesliceRecord& previous) {
-    const ProgramRecord& now = timeslice.programs[0];
-    const ProgramRecord& before = previous.programs[0];
+    const ZtpProgramRecord& now = timeslice.programs[0];
+    const ZtpProgramRecord& before = previous.programs[0];
     return {now,
             before,
             frame_or_cleared(now.independent),
@@ -87,7 +87,7 @@ ProgramPair pair_first_programs(const TimesliceRecord& timeslice, const Timeslic
             frame_or_cleared(before.dependent[0])};
 }
 
-const Eac3Bsi& eac3_or_cleared(const FrameInfo& frame) {
+const Eac3Bsi& eac3_or_cleared(const ZtpFrameInfo& frame) {
     static constexpr Eac3Bsi CLEARED{};
     return is_eac3_bsid(frame.bsid) ? frame.eac3 : CLEARED;
 }
@@ -97,15 +97,15 @@ uint32_t chanmap_channels(uint16_t chanmap) {
     return static_cast<uint32_t>(std::popcount(chanmap) + std::popcount(chanmap & PAIRS));
 }
 
-bool channels_differ(const FrameInfo& a, const FrameInfo& b) {
+bool channels_differ(const ZtpFrameInfo& a, const ZtpFrameInfo& b) {
     return a.full_band_channels != b.full_band_channels || a.lfeon != b.lfeon;
 }
 
-bool program_channels_differ(const ProgramRecord& a, const ProgramRecord& b) {
+bool program_channels_differ(const ZtpProgramRecord& a, const ZtpProgramRecord& b) {
     return a.full_band_channels != b.full_band_channels || a.lfe_channels != b.lfe_channels;
 }
 
-bool has_surplus_substreams(const ProgramRecord& program) {
+bool has_surplus_substreams(const ZtpProgramRecord& program) {
     if (!program.independent.present) return true;
     return program.num_dep_substreams > (program.dependent[0].present ? 1 : 0);
 }

@@ -10,7 +10,7 @@ constexpr uint32_t D0_MAX_BYTES = 4096;
 constexpr float D0_MAX_DATA_RATE_KBPS = 4736.0f;
 constexpr uint32_t SECONDARY_MAX_BYTES = 1024;
 
-void check_primary_ac3(ComplianceFlags& compliance, const FrameInfo& frame) {
+void check_primary_ac3(ComplianceFlags& compliance, const ZtpFrameInfo& frame) {
     fail_if(compliance, frame.bsid != BSID_ALTERNATE && frame.bsid != BSID_AC3, 119);
     fail_if(compliance, frame.substreamid != 0, 121);
     fail_if(compliance, frame.acmod == ACMOD_DUAL_MONO, 124);
@@ -20,7 +20,7 @@ void check_primary_ac3(ComplianceFlags& compliance, const FrameInfo& frame) {
     fail_if(compliance, frame.bytes_per_frame < MIN_BYTES, 129);
 }
 
-void check_primary_dependent(ComplianceFlags& compliance, const FrameInfo& frame) {
+void check_primary_dependent(ComplianceFlags& compliance, const ZtpFrameInfo& frame) {
     fail_if(compliance, frame.substreamid != 0, 189);
     fail_if(compliance, frame.total_channels != chanmap_channels(frame.chanmap), 133);
     fail_if(compliance, frame.acmod == ACMOD_DUAL_MONO, 135);
@@ -64,7 +64,7 @@ void check_secondary_mixing(ComplianceFlags& compliance, const Eac3Bsi& bsi) {
 
 }  // namespace
 
-void check_blu_ray_primary_substream(ComplianceFlags& compliance, const FrameInfo& frame) {
+void check_blu_ray_primary_substream(ComplianceFlags& compliance, const ZtpFrameInfo& frame) {
     const bool dependent = frame.strmtyp == STRMTYP_DEPENDENT;
     if (is_ac3_bsid(frame.bsid)) {
         check_primary_ac3(compliance, frame);
@@ -94,7 +94,7 @@ void check_blu_ray_primary_programs(ComplianceFlags& compliance, const Timeslice
     fail_if(compliance, programs.d0.frame_words != programs.previous_d0.frame_words, 139);
 }
 
-void check_blu_ray_secondary_substream(ComplianceFlags& compliance, const FrameInfo& frame) {
+void check_blu_ray_secondary_substream(ComplianceFlags& compliance, const ZtpFrameInfo& frame) {
     fail_if(compliance, frame.bsid != BSID_EAC3, 142);
     fail_if(compliance, frame.strmtyp == STRMTYP_DEPENDENT, 177);
     fail_if(compliance, frame.strmtyp > STRMTYP_DEPENDENT, 188);

@@ -11,19 +11,19 @@ bool is_accepted_bsid(uint32_t bsid) {
 }
 
 // Returns false when the bsid is not accepted.
-bool check_bsid(ComplianceFlags& compliance, const FrameInfo& frame) {
+bool check_bsid(ComplianceFlags& compliance, const ZtpFrameInfo& frame) {
     if (is_accepted_bsid(frame.bsid)) return true;
     fail_if(compliance, true, frame.strmtyp == STRMTYP_INDEPENDENT ? 68 : 84);
     return false;
 }
 
-void check_independent(ComplianceFlags& compliance, const FrameInfo& frame) {
+void check_independent(ComplianceFlags& compliance, const ZtpFrameInfo& frame) {
     fail_if(compliance, frame.substreamid > 3, 70);
     fail_if(compliance, frame.acmod == ACMOD_DUAL_MONO, 73);
     fail_if(compliance, frame.sample_rate != RATE_48000, 74);
 }
 
-void check_dependent(ComplianceFlags& compliance, const FrameInfo& frame) {
+void check_dependent(ComplianceFlags& compliance, const ZtpFrameInfo& frame) {
     fail_if(compliance, frame.substreamid != 0, 85);
     fail_if(compliance, frame.total_channels != chanmap_channels(frame.chanmap), 88);
     fail_if(compliance, frame.acmod == ACMOD_DUAL_MONO, 90);
@@ -45,8 +45,8 @@ void check_convsync(ComplianceFlags& compliance, const ProgramPair& programs) {
 }
 
 void check_i0(ComplianceFlags& compliance, const ProgramPair& programs) {
-    const FrameInfo& i0 = programs.i0;
-    const FrameInfo& before = programs.previous_i0;
+    const ZtpFrameInfo& i0 = programs.i0;
+    const ZtpFrameInfo& before = programs.previous_i0;
     fail_if(compliance, programs.current.num_dep_substreams != programs.previous.num_dep_substreams, 69);
     fail_if(compliance, channels_differ(i0, before), 71);
     fail_if(compliance, i0.acmod != before.acmod, 72);
@@ -58,8 +58,8 @@ void check_i0(ComplianceFlags& compliance, const ProgramPair& programs) {
 
 void check_d0(ComplianceFlags& compliance, const ProgramPair& programs) {
     if (!programs.d0_present) return;
-    const FrameInfo& d0 = programs.d0;
-    const FrameInfo& before = programs.previous_d0;
+    const ZtpFrameInfo& d0 = programs.d0;
+    const ZtpFrameInfo& before = programs.previous_d0;
     fail_if(compliance, d0.blocks_per_frame != programs.i0.blocks_per_frame, 95);
     fail_if(compliance, d0.sample_rate != programs.i0.sample_rate || d0.double_rate != programs.i0.double_rate, 93);
     fail_if(compliance, channels_differ(d0, before), 86);
@@ -70,7 +70,7 @@ void check_d0(ComplianceFlags& compliance, const ProgramPair& programs) {
 
 }  // namespace
 
-void check_generic_substream(ComplianceFlags& compliance, const FrameInfo& frame) {
+void check_generic_substream(ComplianceFlags& compliance, const ZtpFrameInfo& frame) {
     if (!check_bsid(compliance, frame)) return;
     if (frame.strmtyp == STRMTYP_INDEPENDENT) check_independent(compliance, frame);
     if (frame.strmtyp == STRMTYP_DEPENDENT) check_dependent(compliance, frame);
@@ -81,7 +81,7 @@ void check_generic_substream(ComplianceFlags& compliance, const FrameInfo& frame
 bool check_generic_program_form(ComplianceFlags& compliance, const TimesliceRecord& timeslice,
                                 const TimesliceRecord& previous) {
     const ProgramPair programs = pair_first_programs(timeslice, previous);
-    const ProgramRecord& program = programs.current;
+    const ZtpProgramRecord& program = programs.current;
     fail_if(compliance, timeslice.num_programs != previous.num_programs, 61);
     // Beyond the number of programs only the first one is looked at, on purpose.
     if (!check_bsid(compliance, programs.i0)) return false;
@@ -104,7 +104,7 @@ void check_generic_programs(ComplianceFlags& compliance, const TimesliceRecord& 
 }
 
 void check_generic_end_of_data(ComplianceFlags& compliance, const TimesliceRecord& timeslice) {
-    const SubstreamRecord& i0 = timeslice.programs[0].independent;
+    const ZtpSubstreamRecord& i0 = timeslice.programs[0].independent;
     if (!is_accepted_bsid(i0.frame.bsid)) return;
     const uint32_t blocks = i0.frame.blocks_per_frame;
     if (blocks == FRAMESET_BLOCKS) return;

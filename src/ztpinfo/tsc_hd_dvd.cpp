@@ -21,7 +21,7 @@ uint32_t min_bytes(uint32_t blocks_per_frame) {
 
 }  // namespace
 
-void check_hd_dvd_secondary_substream(ComplianceFlags& compliance, const FrameInfo& frame) {
+void check_hd_dvd_secondary_substream(ComplianceFlags& compliance, const ZtpFrameInfo& frame) {
     const Eac3Bsi& bsi = eac3_or_cleared(frame);
     fail_if(compliance, frame.bsid != BSID_EAC3, 100);
     fail_if(compliance, frame.strmtyp == STRMTYP_DEPENDENT, 101);

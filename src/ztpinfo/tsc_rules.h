@@ -22,40 +22,40 @@ inline void warn_if(ComplianceFlags& compliance, bool condition, uint32_t number
 
 // The first program of a timeslice beside that of the one before. A D0 that is not there is a cleared frame.
 struct ProgramPair {
-    const ProgramRecord& current;
-    const ProgramRecord& previous;
-    const FrameInfo& i0;
-    const FrameInfo& previous_i0;
+    const ZtpProgramRecord& current;
+    const ZtpProgramRecord& previous;
+    const ZtpFrameInfo& i0;
+    const ZtpFrameInfo& previous_i0;
     bool d0_present;
-    const FrameInfo& d0;
-    const FrameInfo& previous_d0;
+    const ZtpFrameInfo& d0;
+    const ZtpFrameInfo& previous_d0;
 };
 ProgramPair pair_first_programs(const TimesliceRecord& timeslice, const TimesliceRecord& previous);
 
 // The BSI of an E-AC-3 frame, for an AC-3 frame a cleared one.
-const Eac3Bsi& eac3_or_cleared(const FrameInfo& frame);
+const Eac3Bsi& eac3_or_cleared(const ZtpFrameInfo& frame);
 
 // Channels that a chanmap names (ETSI TS 102 366, E.1.3.1.8): a pair location stands for two.
 uint32_t chanmap_channels(uint16_t chanmap);
 
-bool channels_differ(const FrameInfo& a, const FrameInfo& b);
-bool program_channels_differ(const ProgramRecord& a, const ProgramRecord& b);
+bool channels_differ(const ZtpFrameInfo& a, const ZtpFrameInfo& b);
+bool program_channels_differ(const ZtpProgramRecord& a, const ZtpProgramRecord& b);
 
 // True when the program is anything but I0 alone or I0 with D0.
-bool has_surplus_substreams(const ProgramRecord& program);
+bool has_surplus_substreams(const ZtpProgramRecord& program);
 
 // Rule sets, by the name of what they check.
-void check_generic_substream(ComplianceFlags& compliance, const FrameInfo& frame);
+void check_generic_substream(ComplianceFlags& compliance, const ZtpFrameInfo& frame);
 void check_generic_programs(ComplianceFlags& compliance, const TimesliceRecord& timeslice,
                             const TimesliceRecord& previous);
 void check_generic_end_of_data(ComplianceFlags& compliance, const TimesliceRecord& timeslice);
-void check_blu_ray_primary_substream(ComplianceFlags& compliance, const FrameInfo& frame);
+void check_blu_ray_primary_substream(ComplianceFlags& compliance, const ZtpFrameInfo& frame);
 void check_blu_ray_primary_programs(ComplianceFlags& compliance, const TimesliceRecord& timeslice,
                                     const TimesliceRecord& previous);
-void check_blu_ray_secondary_substream(ComplianceFlags& compliance, const FrameInfo& frame);
+void check_blu_ray_secondary_substream(ComplianceFlags& compliance, const ZtpFrameInfo& frame);
 void check_blu_ray_secondary_programs(ComplianceFlags& compliance, const TimesliceRecord& timeslice,
                                       const TimesliceRecord& previous);
-void check_hd_dvd_secondary_substream(ComplianceFlags& compliance, const FrameInfo& frame);
+void check_hd_dvd_secondary_substream(ComplianceFlags& compliance, const ZtpFrameInfo& frame);
 void check_hd_dvd_secondary_programs(ComplianceFlags& compliance, const TimesliceRecord& timeslice,
                                      const TimesliceRecord& previous);
 

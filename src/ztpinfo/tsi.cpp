@@ -14,11 +14,11 @@ TimesliceRecord& current_record(TimesliceAccumulator& accumulator) {
 
 void clear_record(TimesliceRecord& record) {
     record.num_programs = 0;
-    for (ProgramRecord& program : record.programs) {
+    for (ZtpProgramRecord& program : record.programs) {
         program.independent.present = false;
         if (program.num_dep_substreams == 0) continue;
         program.num_dep_substreams = 0;
-        for (SubstreamRecord& dependent : program.dependent) dependent.present = false;
+        for (ZtpSubstreamRecord& dependent : program.dependent) dependent.present = false;
     }
 }
 
@@ -32,8 +32,8 @@ uint16_t count_convsync(uint16_t& counter, uint16_t convsync) {
     return before;
 }
 
-void add_substream(ProgramRecord& program, const SubstreamRecord& substream) {
-    const FrameInfo& frame = substream.frame;
+void add_substream(ZtpProgramRecord& program, const ZtpSubstreamRecord& substream) {
+    const ZtpFrameInfo& frame = substream.frame;
     program.full_band_channels = static_cast<uint16_t>(program.full_band_channels + frame.full_band_channels);
     program.lfe_channels = static_cast<uint16_t>(program.lfe_channels + frame.lfeon);
     program.locations |= frame.locations;
@@ -42,7 +42,7 @@ void add_substream(ProgramRecord& program, const SubstreamRecord& substream) {
     if (program.crc_status == CRC_NO_ERROR) program.crc_status = frame.crc_status;
 }
 
-void summarise_program(ProgramRecord& program) {
+void summarise_program(ZtpProgramRecord& program) {
     program.full_band_channels = 0;
     program.lfe_channels = 0;
     program.locations = 0;
@@ -52,12 +52,12 @@ void summarise_program(ProgramRecord& program) {
     program.blocks_per_frame = program.independent.frame.blocks_per_frame;
     add_substream(program, program.independent);
     if (program.num_dep_substreams == 0) return;
-    for (const SubstreamRecord& dependent : program.dependent)
+    for (const ZtpSubstreamRecord& dependent : program.dependent)
         if (dependent.present) add_substream(program, dependent);
 }
 
 void summarise_programs(TimesliceRecord& record) {
-    for (ProgramRecord& program : record.programs)
+    for (ZtpProgramRecord& program : record.programs)
         if (program.independent.present) summarise_program(program);
 }
 
@@ -77,7 +77,7 @@ uint32_t free_record(const TimesliceAccumulator& accumulator) {
 void keep_current(TimesliceAccumulator& accumulator) {
     const TimesliceRecord& record = current_record(accumulator);
     merge_flags(accumulator.compliance, record.compliance);
-    for (const ProgramRecord& program : record.programs) {
+    for (const ZtpProgramRecord& program : record.programs) {
         if (program.independent.present && accumulator.totals.crc_status == CRC_NO_ERROR)
             accumulator.totals.crc_status = program.crc_status;
     }
@@ -87,8 +87,8 @@ void keep_current(TimesliceAccumulator& accumulator) {
 
 // Adds the record that is done to the totals and starts an empty one.
 void count_timeslice(TimesliceAccumulator& accumulator) {
-    const FrameInfo& first = last_completed(accumulator).programs[0].independent.frame;
-    StreamTotals& totals = accumulator.totals;
+    const ZtpFrameInfo& first = last_completed(accumulator).programs[0].independent.frame;
+    ZtpStreamTotals& totals = accumulator.totals;
     ++totals.timeslices;
     totals.frames += accumulator.current_frames;
     totals.bits += accumulator.current_bits;
@@ -116,7 +116,7 @@ int close_timeslice(TimesliceAccumulator& accumulator, uint16_t rule_set, Timesl
 }
 
 // The slot of an independent frame in `record`, or null after a fatal block.
-SubstreamRecord* independent_slot(TimesliceRecord& record, uint32_t number) {
+ZtpSubstreamRecord* independent_slot(TimesliceRecord& record, uint32_t number) {
     if (record.programs[number].independent.present) {
         report_fatal("Invalid bitstream detected.  Multiple independent frames exist for the same program.", SOURCE,
                      __LINE__);
@@ -132,7 +132,7 @@ SubstreamRecord* independent_slot(TimesliceRecord& record, uint32_t number) {
 }
 
 // The slot of a dependent frame in `program`, or null after a fatal block.
-SubstreamRecord* dependent_slot(const TimesliceRecord& record, ProgramRecord& program, uint32_t number) {
+ZtpSubstreamRecord* dependent_slot(const TimesliceRecord& record, ZtpProgramRecord& program, uint32_t number) {
     if (program.dependent[number].present) {
         report_fatal("Invalid bitstream detected.  Multiple dependent frames exist with same substream ID.", SOURCE,
                      __LINE__);
@@ -145,28 +145,28 @@ SubstreamRecord* dependent_slot(const TimesliceRecord& record, ProgramRecord& pr
     return &program.dependent[number];
 }
 
-void store_frame(TimesliceAccumulator& accumulator, SubstreamRecord& slot, const FrameInfo& frame) {
+void store_frame(TimesliceAccumulator& accumulator, ZtpSubstreamRecord& slot, const ZtpFrameInfo& frame) {
     slot.present = true;
     slot.frame = frame;
     accumulator.current_bits += frame.bytes_per_frame * uint64_t{8};
     ++accumulator.current_frames;
 }
 
-void store_tail(TimesliceAccumulator& accumulator, std::span<const uint16_t> words, const FrameInfo& frame) {
+void store_tail(TimesliceAccumulator& accumulator, std::span<const uint16_t> words, const ZtpFrameInfo& frame) {
     if (accumulator.tails == nullptr) return;
     ProgramTails& tails = (*accumulator.tails)[accumulator.current][accumulator.current_program];
     FrameTail& tail = frame.strmtyp == STRMTYP_DEPENDENT ? tails.dependent[frame.substreamid] : tails.independent;
     unpack_frame_tail(words, frame.bsid, tail);
 }
 
-int add_independent_frame(TimesliceAccumulator& accumulator, const FrameInfo& frame, uint16_t rule_set,
+int add_independent_frame(TimesliceAccumulator& accumulator, const ZtpFrameInfo& frame, uint16_t rule_set,
                           TimesliceEvent& event) {
     if (frame.substreamid == 0 && current_record(accumulator).num_programs > 0) {
         const int status = close_timeslice(accumulator, rule_set, event);
         if (status != 0) return status;
     }
     TimesliceRecord& record = current_record(accumulator);
-    SubstreamRecord* slot = independent_slot(record, frame.substreamid);
+    ZtpSubstreamRecord* slot = independent_slot(record, frame.substreamid);
     if (slot == nullptr) return TIMESLICE_INVALID;
     ++record.num_programs;
     accumulator.current_program = frame.substreamid;
@@ -175,15 +175,15 @@ int add_independent_frame(TimesliceAccumulator& accumulator, const FrameInfo& fr
     return 0;
 }
 
-int add_dependent_frame(TimesliceAccumulator& accumulator, const FrameInfo& frame) {
+int add_dependent_frame(TimesliceAccumulator& accumulator, const ZtpFrameInfo& frame) {
     TimesliceRecord& record = current_record(accumulator);
     if (record.num_programs == 0) {
         report_fatal("Invalid bitstream detected.  Dependent stream type has no associated independent frames.", SOURCE,
                      __LINE__);
         return TIMESLICE_INVALID;
     }
-    ProgramRecord& program = record.programs[accumulator.current_program];
-    SubstreamRecord* slot = dependent_slot(record, program, frame.substreamid);
+    ZtpProgramRecord& program = record.programs[accumulator.current_program];
+    ZtpSubstreamRecord* slot = dependent_slot(record, program, frame.substreamid);
     if (slot == nullptr) return TIMESLICE_INVALID;
     ++program.num_dep_substreams;
     slot->convsync_counter = CONVSYNC_ABSENT;  // dependent frames never carry the flag
@@ -193,16 +193,16 @@ int add_dependent_frame(TimesliceAccumulator& accumulator, const FrameInfo& fram
 
 }  // namespace
 
-double playing_time_seconds(const StreamTotals& totals) {
+double playing_time_seconds(const ZtpStreamTotals& totals) {
     return static_cast<double>(totals.playing_time) / static_cast<double>(PLAYING_TIME_UNITS);
 }
 
-double overall_data_rate_kbps(const StreamTotals& totals) {
+double overall_data_rate_kbps(const ZtpStreamTotals& totals) {
     if (totals.playing_time == 0) return 0;
     return static_cast<double>(totals.bits) / playing_time_seconds(totals) / 1000;
 }
 
-int add_frame(TimesliceAccumulator& accumulator, const FrameInfo& frame, std::span<const uint16_t> words,
+int add_frame(TimesliceAccumulator& accumulator, const ZtpFrameInfo& frame, std::span<const uint16_t> words,
               uint16_t rule_set, TimesliceEvent& event) {
     event = TimesliceEvent::NONE;
     if (frame.strmtyp > STRMTYP_TRANSCODED) {

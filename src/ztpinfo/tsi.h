@@ -20,14 +20,14 @@ struct ComplianceFlags {
     std::bitset<COMPLIANCE_NUMBERS> warnings;
 };
 
-struct SubstreamRecord {
+struct ZtpSubstreamRecord {
     bool present = false;  // when false, nothing else in the record has a meaning
     // Frames since the last converter sync flag, before this frame itself was counted.
     uint16_t convsync_counter = CONVSYNC_ABSENT;
-    FrameInfo frame;
+    ZtpFrameInfo frame;
 };
 
-struct ProgramRecord {
+struct ZtpProgramRecord {
     uint16_t num_dep_substreams = 0;
     uint16_t full_band_channels = 0;  // over all substreams, like the next two
     uint16_t lfe_channels = 0;
@@ -36,14 +36,14 @@ struct ProgramRecord {
     uint32_t words_between_syncs = 0;  // the program's frame lengths together
     float data_rate_kbps = 0;
     uint16_t crc_status = CRC_NO_ERROR;  // the first error of its substreams
-    SubstreamRecord independent;
-    std::array<SubstreamRecord, ZTP_MAX_DEPENDENT_SUBSTREAMS> dependent;  // by substreamid
+    ZtpSubstreamRecord independent;
+    std::array<ZtpSubstreamRecord, ZTP_MAX_DEPENDENT_SUBSTREAMS> dependent;  // by substreamid
 };
 
 struct TimesliceRecord {
     uint16_t num_programs = 0;
     ComplianceFlags compliance;
-    std::array<ProgramRecord, ZTP_MAX_PROGRAMS> programs;  // by program number; there when independent.present
+    std::array<ZtpProgramRecord, ZTP_MAX_PROGRAMS> programs;  // by program number; there when independent.present
 };
 
 // Frame ends of one program; filled only when the options ask for auxiliary data or encoder information.
@@ -54,7 +54,7 @@ struct ProgramTails {
 using TimesliceTails = std::array<ProgramTails, ZTP_MAX_PROGRAMS>;
 
 // All completed timeslices of a handle.
-struct StreamTotals {
+struct ZtpStreamTotals {
     uint64_t timeslices = 0;
     uint64_t frames = 0;
     uint64_t bits = 0;
@@ -62,19 +62,19 @@ struct StreamTotals {
     uint16_t crc_status = CRC_NO_ERROR;  // the first error of any program
 };
 
-// Units per second of StreamTotals::playing_time: the least common multiple of 48000, 44100 and 32000, so that the sum
-// is exact.
+// Units per second of ZtpStreamTotals::playing_time: the least common multiple of 48000, 44100 and 32000, so that the
+// sum is exact.
 constexpr uint64_t PLAYING_TIME_UNITS = 14112000;
 
-double playing_time_seconds(const StreamTotals& totals);
-double overall_data_rate_kbps(const StreamTotals& totals);
+double playing_time_seconds(const ZtpStreamTotals& totals);
+double overall_data_rate_kbps(const ZtpStreamTotals& totals);
 
 constexpr uint32_t NO_RECORD = 3;
 
 // Timeslices of a handle: the one being assembled, the last completed one and the last reported one, which may be the
 // completed one. Everything lasts for the life of the handle; an unfinished timeslice waits for the next buffer.
 struct TimesliceAccumulator {
-    StreamTotals totals;
+    ZtpStreamTotals totals;
     ComplianceFlags compliance;  // of all timeslices; never cleared
     std::array<TimesliceRecord, 3> records;
     uint32_t current = 0;
@@ -97,8 +97,8 @@ constexpr int TIMESLICE_INVALID = 6913;
 // Places a frame, whose words are `words`, in the timeslice being assembled. A frame that starts a new one closes the
 // one before: it is checked against `rule_set` and becomes the last completed one. Returns 0, or the code of the fatal
 // error that was reported; the frame is not taken then.
-[[nodiscard]] int add_frame(TimesliceAccumulator& accumulator, const FrameInfo& frame, std::span<const uint16_t> words,
-                            uint16_t rule_set, TimesliceEvent& event);
+[[nodiscard]] int add_frame(TimesliceAccumulator& accumulator, const ZtpFrameInfo& frame,
+                            std::span<const uint16_t> words, uint16_t rule_set, TimesliceEvent& event);
 
 // Closes the timeslice being assembled, if there is one, at the end of a buffer. Returns like add_frame.
 [[nodiscard]] int finish_timeslice(TimesliceAccumulator& accumulator, uint16_t rule_set);

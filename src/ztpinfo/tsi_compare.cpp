@@ -12,7 +12,7 @@ bool same_bytes(const Bsi& a, const Bsi& b) {
 }
 
 // Everything else of a frame derives from its BSI and its CRC status, the frame length included.
-bool same_substream(const SubstreamRecord& a, const SubstreamRecord& b) {
+bool same_substream(const ZtpSubstreamRecord& a, const ZtpSubstreamRecord& b) {
     if (a.present != b.present) return false;
     if (!a.present) return true;
     if (a.convsync_counter != b.convsync_counter || a.frame.crc_status != b.frame.crc_status) return false;
@@ -48,7 +48,7 @@ bool same_layout_bsi(Eac3Bsi a, Eac3Bsi b) {
     return same_bytes(a, b);
 }
 
-bool same_layout_substream(const SubstreamRecord& a, const SubstreamRecord& b) {
+bool same_layout_substream(const ZtpSubstreamRecord& a, const ZtpSubstreamRecord& b) {
     if (a.present != b.present) return false;
     if (!a.present) return true;
     if (a.frame.bsid != b.frame.bsid || !within_one(a.frame.frame_words, b.frame.frame_words)) return false;
@@ -56,9 +56,9 @@ bool same_layout_substream(const SubstreamRecord& a, const SubstreamRecord& b) {
                                      : same_layout_bsi(a.frame.eac3, b.frame.eac3);
 }
 
-using SubstreamComparison = bool(const SubstreamRecord& a, const SubstreamRecord& b);
+using SubstreamComparison = bool(const ZtpSubstreamRecord& a, const ZtpSubstreamRecord& b);
 
-bool same_substreams(const ProgramRecord& a, const ProgramRecord& b, SubstreamComparison& same) {
+bool same_substreams(const ZtpProgramRecord& a, const ZtpProgramRecord& b, SubstreamComparison& same) {
     if (a.num_dep_substreams != b.num_dep_substreams || !same(a.independent, b.independent)) return false;
     if (a.num_dep_substreams == 0) return true;
     for (uint32_t i = 0; i < ZTP_MAX_DEPENDENT_SUBSTREAMS; ++i)
@@ -66,17 +66,17 @@ bool same_substreams(const ProgramRecord& a, const ProgramRecord& b, SubstreamCo
     return true;
 }
 
-bool same_layout_program(const ProgramRecord& a, const ProgramRecord& b) {
+bool same_layout_program(const ZtpProgramRecord& a, const ZtpProgramRecord& b) {
     return a.full_band_channels == b.full_band_channels && a.lfe_channels == b.lfe_channels &&
            a.crc_status == b.crc_status && within_one(a.words_between_syncs, b.words_between_syncs) &&
            same_substreams(a, b, same_layout_substream);
 }
 
-bool same_program(const ProgramRecord& a, const ProgramRecord& b) {
+bool same_program(const ZtpProgramRecord& a, const ZtpProgramRecord& b) {
     return same_substreams(a, b, same_substream);
 }
 
-using ProgramComparison = bool(const ProgramRecord& a, const ProgramRecord& b);
+using ProgramComparison = bool(const ZtpProgramRecord& a, const ZtpProgramRecord& b);
 
 bool same_programs(const TimesliceRecord& a, const TimesliceRecord& b, ProgramComparison& same) {
     if (a.num_programs != b.num_programs) return false;

@@ -12,7 +12,7 @@ constexpr uint8_t SYNC_BYTE_LOW = 0x77;
 
 constexpr const char* SOURCE = "zit_fio";
 
-void set_byte_order(WordInput& input, ByteOrder order) {
+void set_byte_order(WordInput& input, ZtpByteOrder order) {
     if (input.byte_order != BYTE_ORDER_UNKNOWN && input.byte_order != order)
         report_warning("FIO: Byte order status changed");
     input.byte_order = order;
@@ -35,7 +35,7 @@ void swap_word_bytes(std::span<uint16_t> words) {
 }
 
 // Copies words.size() words from `bytes` into host order.
-void load_words(const uint8_t* bytes, ByteOrder order, std::span<uint16_t> words) {
+void load_words(const uint8_t* bytes, ZtpByteOrder order, std::span<uint16_t> words) {
     std::memcpy(words.data(), bytes, words.size_bytes());
     const bool host_order = (order == BYTE_ORDER_HIGH_FIRST) == (std::endian::native == std::endian::big);
     if (!host_order) swap_word_bytes(words);

@@ -6,7 +6,7 @@
 
 // Input of the analyzer: a byte buffer taken as 16-bit words, in the order that the sync word of each frame tells.
 
-enum ByteOrder : int16_t {
+enum ZtpByteOrder : int16_t {
     BYTE_ORDER_UNKNOWN = -1,
     BYTE_ORDER_LOW_FIRST = 0,   // words stand low byte first
     BYTE_ORDER_HIGH_FIRST = 1,  // the normal order of a stream
@@ -15,7 +15,7 @@ enum ByteOrder : int16_t {
 struct WordInput {
     std::span<const uint8_t> bytes;
     size_t position = 0;  // of the next unread byte
-    ByteOrder byte_order = BYTE_ORDER_UNKNOWN;
+    ZtpByteOrder byte_order = BYTE_ORDER_UNKNOWN;
     bool end_of_input = false;  // a read found no bytes left
 };
 

@@ -13,7 +13,7 @@ struct ZtpInfoContext {
     ZtpSettings settings;
     WordInput input;
     std::array<uint16_t, MAX_FRAME_WORDS> words{};  // the current frame, in stream order
-    FrameInfo frame;
+    ZtpFrameInfo frame;
     TimesliceAccumulator timeslices;
 };
 
@@ -81,7 +81,7 @@ Walk process_frame(ZtpInfoContext& context) {
     return stop ? Walk::END : Walk::GO_ON;
 }
 
-void fill_substream(ZtpSubstreamSummary& summary, const FrameInfo& frame) {
+void fill_substream(ZtpSubstreamSummary& summary, const ZtpFrameInfo& frame) {
     const bool eac3 = is_eac3_bsid(frame.bsid);
     summary.bsid = frame.bsid;
     summary.bsmod = frame.bsmod;
@@ -97,7 +97,7 @@ void fill_substream(ZtpSubstreamSummary& summary, const FrameInfo& frame) {
     summary.addbsi = eac3 ? frame.eac3.addbsi : frame.ac3.addbsi;
 }
 
-void fill_program(ZtpProgramSummary& summary, const ProgramRecord& program) {
+void fill_program(ZtpProgramSummary& summary, const ZtpProgramRecord& program) {
     summary.num_dep_substreams = program.num_dep_substreams;
     fill_substream(summary.independent, program.independent.frame);
     for (uint32_t i = 0; i < ZTP_MAX_DEPENDENT_SUBSTREAMS; ++i)
@@ -106,7 +106,7 @@ void fill_program(ZtpProgramSummary& summary, const ProgramRecord& program) {
 
 // Fills the cleared `summary` from the last completed timeslice; `completed` is the number of those of this call.
 void fill_summary(ZtpStreamSummary& summary, const ZtpInfoContext& context, uint64_t completed) {
-    const StreamTotals& totals = context.timeslices.totals;
+    const ZtpStreamTotals& totals = context.timeslices.totals;
     if (context.timeslices.completed == NO_RECORD) return;
     const TimesliceRecord& timeslice = last_completed(context.timeslices);
     const uint64_t blocks = timeslice.programs[0].blocks_per_frame * completed;

@@ -28,7 +28,7 @@ TEST(Crc16, AllFormsAgree) {
 }
 
 TEST(Crc16, EveryWrongBitOfAFrameIsFound) {
-    FrameInfo frame;
+    ZtpFrameInfo frame;
     for (const char* text : {"I:words=24", "A:fscod=1,frmsizecod=0"}) {
         std::vector<uint16_t> words = to_words(syncframes(text));
         ASSERT_EQ(unpack_frame(words, frame), 0);
