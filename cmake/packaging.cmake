@@ -31,7 +31,7 @@ set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 # Runs over the installed tree before it is packed.
 set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/debian/documents.cmake)
 
-if(EXISTS ${PROJECT_SOURCE_DIR}/batch)
+if(EXISTS ${PROJECT_SOURCE_DIR}/batch/CMakeLists.txt)
   string(APPEND CPACK_PACKAGE_DESCRIPTION "
 .
 quorlin-batch validates a catalogue of titles with GNU parallel and writes a
