@@ -5,10 +5,15 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
 namespace {
+
+// No open fails with this one: it stands for what the system has no error for.
+constexpr int NOT_A_REGULAR_FILE = ESPIPE;
 
 uint64_t remaining_bytes(const FileReader& reader) {
     return reader.remaining > 0 ? static_cast<uint64_t>(reader.remaining) : 0;
@@ -16,7 +21,7 @@ uint64_t remaining_bytes(const FileReader& reader) {
 
 // One request to the stream: up to `count` bytes into the buffer. A failed read counts as the end of the file.
 uint32_t fill_buffer(FileReader& reader, uint32_t count) {
-    const size_t got = std::fread(reader.buffer.data(), 1, count, reader.file.get());
+    const size_t got = std::fread(reader.buffer.bytes.get(), 1, count, reader.file.get());
     if (std::ferror(reader.file.get()) != 0) reader.read_error = true;
     return static_cast<uint32_t>(got);
 }
@@ -31,7 +36,7 @@ bool at_end_of_stream(const FileReader& reader) {
 }
 
 std::span<const uint8_t> reader_bytes(const FileReader& reader) {
-    return reader.file ? std::span<const uint8_t>(reader.buffer) : reader.memory;
+    return reader.file ? page_buffer_bytes(reader.buffer) : reader.memory;
 }
 
 uint32_t copy_from_buffer(FileReader& reader, uint8_t* destination, uint32_t count) {
@@ -79,15 +84,25 @@ File open_input_file(const std::string& path) {
     struct stat status = {};
     const bool regular = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
     File file(regular ? fdopen(descriptor, "rb") : nullptr);
-    if (!file) close(descriptor);
-    return file;
+    if (file) return file;
+    const int cause = regular ? errno : S_ISDIR(status.st_mode) ? EISDIR : NOT_A_REGULAR_FILE;
+    close(descriptor);
+    errno = cause;
+    return nullptr;
 }
 
 File open_input_stream(const std::string& path) {
     File file(std::fopen(path.c_str(), "rb"));
     struct stat status = {};
-    if (file && fstat(fileno(file.get()), &status) == 0 && S_ISDIR(status.st_mode)) file.reset();
+    if (file && fstat(fileno(file.get()), &status) == 0 && S_ISDIR(status.st_mode)) {
+        file.reset();
+        errno = EISDIR;
+    }
     return file;
+}
+
+const char* open_failure_text() {
+    return errno == NOT_A_REGULAR_FILE ? "not a regular file" : std::strerror(errno);
 }
 
 int reader_start(FileReader& reader) {
@@ -102,7 +117,7 @@ int reader_start(FileReader& reader) {
     }
     // The reader's own buffer is the only one: whole chunks go straight into it.
     std::setvbuf(reader.file.get(), nullptr, _IONBF, 0);
-    reader.buffer.resize(reader.chunk_size);
+    page_buffer_allocate(reader.buffer, reader.chunk_size);
     seek(reader, static_cast<int64_t>(reader.start_offset), SEEK_SET);
     uint32_t count = reader.chunk_size;
     if (reader.limited) count = static_cast<uint32_t>(std::min<uint64_t>(remaining_bytes(reader), count));
@@ -166,7 +181,9 @@ uint64_t read_be64(FileReader& reader) {
 }
 
 void reader_close(FileReader& reader) {
+    PageBuffer buffer = std::move(reader.buffer);
     reader = {};
+    reader.buffer = std::move(buffer);
 }
 
 uint64_t reader_file_size(FileReader& reader) {

@@ -28,12 +28,15 @@ struct FileReader {
 };
 
 // Opens a regular file for reading. Anything else that a playlist may name cannot be opened: a directory, a pipe that
-// nobody writes to, a device without an end. Null on failure, nothing is printed.
+// nobody writes to, a device without an end. Null on failure, nothing is printed (see open_failure_text).
 [[nodiscard]] File open_input_file(const std::string& path);
 
 // Opens what is read only once and from its start, for example a pipe: anything but a directory. Null on failure,
 // nothing is printed.
 [[nodiscard]] File open_input_stream(const std::string& path);
+
+// Why the last of these two calls failed, in words. To be asked before anything else is called.
+const char* open_failure_text();
 
 // Seeks to `start_offset` and fills the buffer. Always 0.
 int reader_start(FileReader& reader);

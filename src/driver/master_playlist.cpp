@@ -17,6 +17,7 @@ namespace {
 
 // A master playlist and its groups, looked up by name.
 struct MasterPlaylist {
+    const std::string& path;
     const Playlist& playlist;
     GroupIndex audio_variants;                          // the first variant of each audio group
     std::unordered_set<std::string_view> media_groups;  // of the renditions to be validated
@@ -52,10 +53,17 @@ std::optional<std::array<uint32_t, 4>> program_attributes(const MediaEntry& entr
 
 int validate_rendition(const MasterPlaylist& master, const MediaEntry& entry,
                        const std::optional<std::string>& output_dir) {
-    if (entry.type != "AUDIO") return 0;
+    if (entry.type != "AUDIO") {
+        report_reason(*entry.uri, "a rendition that is not of TYPE=AUDIO: the playlist is not validated");
+        return 0;
+    }
     const VariantStream* variant = find_group(master.audio_variants, entry.group_id);
     std::string stem;
-    if (variant == nullptr || !take_stem(*entry.uri, stem)) return 0;
+    if (variant == nullptr) {
+        report_reason(*entry.uri, "a rendition without GROUP-ID: the playlist is not validated");
+        return 0;
+    }
+    if (!take_stem(*entry.uri, stem)) return 0;
     PlaylistAttributes attrs;
     attrs.codecs = filter_codecs(variant->codecs.value_or(""), CodecsFilter::AUDIO);
     attrs.channels = entry.channels;
@@ -68,6 +76,10 @@ int validate_rendition(const MasterPlaylist& master, const MediaEntry& entry,
 int validate_variant(const MasterPlaylist& master, const VariantStream& variant,
                      const std::optional<std::string>& output_dir) {
     std::string stem;
+    if (!variant.uri) {
+        report_reason(master.path, "a variant has no URI: no playlist of it is validated");
+        return 0;
+    }
     if (!take_stem(*variant.uri, stem)) return 0;
     const std::string codecs = variant.codecs.value_or("");
     PlaylistAttributes attrs;
@@ -78,15 +90,28 @@ int validate_variant(const MasterPlaylist& master, const VariantStream& variant,
     return error_flag;
 }
 
+// What the checks left out without a word: a playlist that an earlier variant names is validated once, with that one's
+// CODECS; I-frame playlists are only read.
+void report_left_out(const Playlist& playlist) {
+    for (const VariantStream& variant : playlist.variants)
+        if (!variant.selected && variant.codecs && variant.uri)
+            report_reason(*variant.uri,
+                          "an earlier variant has the same URI: validated once, with that variant's CODECS");
+    for (const VariantStream& variant : playlist.iframe_variants)
+        if (variant.uri) report_reason(*variant.uri, "an I-frame playlist: it is not validated");
+}
+
 }  // namespace
 
-int validate_master_playlist(Playlist& playlist, const std::optional<std::string>& output_dir) {
+int validate_master_playlist(const std::string& path, Playlist& playlist,
+                             const std::optional<std::string>& output_dir) {
     int error_flag = check_master_playlist(playlist);
-    const MasterPlaylist master = {playlist, index_groups(playlist, &VariantStream::audio),
+    report_left_out(playlist);
+    const MasterPlaylist master = {path, playlist, index_groups(playlist, &VariantStream::audio),
                                    collect_media_groups(playlist)};
     for (const MediaEntry& entry : playlist.media)
         if (entry.has_uri && entry.uri) error_flag |= validate_rendition(master, entry, output_dir);
     for (const VariantStream& variant : playlist.variants)
-        if (variant.selected && variant.uri) error_flag |= validate_variant(master, variant, output_dir);
+        if (variant.selected) error_flag |= validate_variant(master, variant, output_dir);
     return error_flag;
 }

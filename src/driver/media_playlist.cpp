@@ -35,6 +35,7 @@ int select_segment(SegmentLoop& loop, const std::string& address) {
     reader_close(loop.reader);
     if (is_http_address(address)) {
         std::printf("ERROR: Invalid segment path: %s\n", address.c_str());
+        report_reason(address, "not a local file; the segment is not validated");
         return -1;
     }
     return set_segment(loop.reader, open_input_file(address), address);
@@ -97,11 +98,10 @@ int validate_segment(SegmentLoop& loop, const SegmentEntry& entry, bool first_se
         case FORMAT_UNKNOWN:
             break;
     }
-    report_reason(address, "the segment's container is not recognised from its first 8 bytes");
     return -1;
 }
 
-int validate_entry(SegmentLoop& loop, const SegmentEntry& entry, bool first_segment) {
+int validate_entry(const std::string& path, SegmentLoop& loop, const SegmentEntry& entry, bool first_segment) {
     switch (entry.kind) {
         case SEGMENT_MEDIA:
         case SEGMENT_BYTE_RANGE:
@@ -115,6 +115,7 @@ int validate_entry(SegmentLoop& loop, const SegmentEntry& entry, bool first_segm
             reader_close(loop.reader);
             return release_init_context(loop.init_context);
         default:
+            report_reason(path, "a tag stands where an address belongs: it was read as the address, not as a tag");
             return 0;
     }
 }
@@ -123,21 +124,26 @@ int validate_segments(const std::string& path, const Playlist& playlist, Segment
     int error_flag = 0;
     bool first_entry = true;
     for (const SegmentEntry& entry : playlist.entries) {
-        error_flag |= validate_entry(loop, entry, first_entry);
+        error_flag |= validate_entry(path, loop, entry, first_entry);
         first_entry = false;
         if (std::ferror(stdout) != 0) break;
     }
     error_flag |= release_init_context(loop.init_context);
-    if (loop.segments_named > 0 && loop.segments_opened == 0) report_reason(path, "no segment could be read");
+    if (loop.segments_named == 0)
+        report_reason(path, "the playlist names no segment");
+    else if (loop.segments_opened == 0)
+        report_reason(path, "no segment could be read");
     return error_flag;
 }
 
 }  // namespace
 
 int set_segment(FileReader& reader, File file, const std::string& path) {
+    const char* reason = file ? nullptr : open_failure_text();
     reader_close(reader);
     if (!file) {
         std::printf("ERROR: Invalid segment path: %s\n", path.c_str());
+        report_reason(path, "cannot be opened: %s", reason);
         return 3;
     }
     reader.file = std::move(file);
@@ -151,8 +157,7 @@ void validate_media_playlist(const std::string& path, const std::string& stem,
     std::printf("------------------------------------------------\n%s:\n", path.c_str());
     Playlist playlist;
     if (read_playlist(path, playlist) == 0) {
-        if (playlist.is_master)
-            report_reason(path, "a master playlist where a media playlist is expected: no segments");
+        if (playlist.is_master) report_reason(path, "a master playlist where a media playlist is expected");
         SegmentLoop loop = {stem, output_dir, attrs, {}, nullptr, {}, {}, 0, 0};
         error_flag |= validate_segments(path, playlist, loop);
     } else {

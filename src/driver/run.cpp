@@ -1,5 +1,6 @@
 #include "driver/run.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <limits>
 #include <optional>
@@ -72,13 +73,21 @@ void validate_series_segment(const std::string& name, const std::string& stem,
     series.previous_timing = timing;
 }
 
+// True at an index whose file can be opened. One that is there but cannot be opened ends the series like one that is
+// not, and with it everything behind it goes unseen: that is said.
+bool is_in_series(const std::string& name) {
+    if (open_input_file(name)) return true;
+    if (errno != ENOENT) report_reason(name, "cannot be opened: %s; the series ends here", open_failure_text());
+    return false;
+}
+
 int run_template(const CommandLineOptions& options, const std::optional<std::string>& output_dir) {
     SeriesState series;
     std::string name;
     std::string stem;
     for (int64_t index = options.start_index; index <= std::numeric_limits<int32_t>::max(); ++index) {
         const TemplateKind kind = expand_template(options.input_path, static_cast<int32_t>(index), name);
-        if (kind == TemplateKind::NO_MATCH || !open_input_file(name)) break;
+        if (kind == TemplateKind::NO_MATCH || !is_in_series(name)) break;
         if (file_stem(options.input_path, stem) != 0) {
             print_verdict(series.error_flag);
             return 0;
@@ -101,7 +110,7 @@ int run_playlist(const std::string& path, const std::optional<std::string>& outp
     if (read_status == 1) return -1;
     int error_flag = read_status;
     if (playlist.is_master) {
-        error_flag |= validate_master_playlist(playlist, output_dir);
+        error_flag |= validate_master_playlist(path, playlist, output_dir);
     } else {
         playlist = {};
         std::string stem;

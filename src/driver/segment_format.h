@@ -11,5 +11,6 @@ enum SegmentFormat {
 };
 
 // Recognises the container of a segment from the first 8 bytes of its file (not of its byte range). Prints
-// "ERROR: Invalid file path: ..." and returns FORMAT_UNKNOWN when the file cannot be opened.
+// "ERROR: Invalid file path: ..." and returns FORMAT_UNKNOWN when the file cannot be opened. What is no segment has its
+// reason on standard error.
 SegmentFormat detect_segment_format(const std::string& path);

@@ -208,7 +208,9 @@ int read_playlist(const std::string& path, Playlist& playlist) {
     LineReader lines;
     lines.file = open_input_file(path);
     if (!lines.file) {
+        const char* reason = open_failure_text();
         std::printf("ERROR: Invalid manifest path: %s\n", path.c_str());
+        report_reason(path, "cannot be opened: %s", reason);
         return 1;
     }
     PlaylistParser parser{lines, playlist_directory(path), playlist};
