@@ -105,14 +105,16 @@ PesState start_pes(PesStream& stream, std::span<const uint8_t> bytes, const std:
         // never completes; one that ends with the header is an empty packet, complete at once.
         const int32_t rest = stream.PES_packet_length - stream.PES_header_data_length - 3;
         stream.expected = static_cast<uint32_t>(std::max(rest, 0));
+        if (rest < 0) ++stream.losses.short_lengths;
         if (rest == 0) return PesState::COMPLETE;
     }
     return continue_pes(stream, bytes.subspan(std::min(payload, bytes.size())));
 }
 
 PesState continue_pes(PesStream& stream, std::span<const uint8_t> bytes) {
-    if (stream.expected == 0) return PesState::OPEN;
     const uint32_t count = static_cast<uint32_t>(std::min<size_t>(bytes.size(), stream.expected - stream.length));
+    stream.losses.bytes += bytes.size() - count;
+    if (stream.expected == 0) return PesState::OPEN;
     if (count > 0) {
         grow_storage(stream, stream.length + count);
         std::memcpy(stream.data.data() + stream.length, bytes.data(), count);

@@ -23,6 +23,13 @@ constexpr uint8_t PTS_AND_DTS = 3;
 
 enum class PesKind { AUDIO, VIDEO };
 
+// What of a stream is not read or not checked in this segment, without a finding.
+struct PesLosses {
+    uint64_t bytes = 0;              // payload outside of PES packets, or behind what a packet may hold
+    uint32_t short_lengths = 0;      // PES packets whose length ends inside their header: nothing is collected
+    uint32_t unchecked_packets = 0;  // audio that would be checked, but for its length or stream_id
+};
+
 // One registered stream: the PES packet being collected and the file that its payload goes to.
 struct PesStream {
     uint16_t pid = 0;
@@ -43,10 +50,11 @@ struct PesStream {
     int64_t initial_offset = 0;          // 0 = unset
     uint32_t bytes_total = 0;            // payload bytes of completed or cut packets in this segment
     std::FILE* timestamp_log = nullptr;  // when attached: a line for each time stamp; borrowed
+    PesLosses losses;
 };
 
 enum class PesState {
-    OPEN,       // more packets are expected, or the packet is dropped
+    OPEN,       // more packets are expected, or the packet is dropped (`expected` is 0 then)
     COMPLETE,   // the payload of a whole PES packet is held: check it, then flush it
     CUT_SHORT,  // a finding ended the packet: flush what is held
 };

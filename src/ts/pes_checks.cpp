@@ -42,6 +42,15 @@ int check_by_descriptors(const EsRecord& es, const PesCheckInput& pes, TsAudioSt
 
 }  // namespace
 
+bool has_audio_check(uint16_t pid, const std::vector<ProgramRecord>& programs) {
+    for (const ProgramRecord& program : programs)
+        for (const EsRecord& es : program.streams)
+            if (es.elementary_PID == pid &&
+                (es.stream_type == STREAM_TYPE_ATSC_EAC3 || select_descriptor(es) != nullptr))
+                return true;
+    return false;
+}
+
 int check_audio_pes(const PesCheckInput& pes, const std::vector<ProgramRecord>& programs, TsStreamTable& table,
                     const PlaylistAttributes* attrs) {
     TsAudioStream* stream = find_audio_stream(table, pes.pid);

@@ -15,6 +15,9 @@ struct PesCheckInput {
     std::span<const uint8_t> payload;
 };
 
+// Whether the descriptors of a PID ask for its audio PES packets to be checked.
+bool has_audio_check(uint16_t pid, const std::vector<ProgramRecord>& programs);
+
 // Checks a completed audio PES packet of private_stream_1 by the descriptors of its elementary stream: E-AC-3 against
 // descriptor and analyzer, AC-4 against the playlist's CODECS. The frame counts go to the stream's entry of `table`.
 // Returns 0, or the ORed results of the checks that failed (5, 10 and 11; findings are printed).

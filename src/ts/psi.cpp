@@ -13,7 +13,7 @@ SectionBuffer* section_buffer(PsiTables& tables, uint16_t pid) {
     for (SectionBuffer& buffer : tables.sections)
         if (buffer.pid == pid) return &buffer;
     if (tables.sections.size() >= TS_MAX_PSI_PIDS) return nullptr;
-    tables.sections.push_back({pid, 0, {}});
+    tables.sections.push_back({pid, 0, {}, false});
     return &tables.sections.back();
 }
 
@@ -43,6 +43,10 @@ SectionState collect_section(PsiTables& tables, const TsPacket& packet, std::spa
     // section_length counts from behind itself, so this leaves out the last three bytes of the CRC_32, which nothing
     // checks.
     const size_t missing = buffer->section_length - buffer->data.size();
+    if (bytes.empty() && (packet.payload_unit_start_indicator || missing > 0) &&
+        !std::exchange(buffer->pointer_reported, true))
+        report_reason(tables.path, "PID %u: a pointer_field reaches past its packet: no section is read there",
+                      packet.pid);
     const auto part = bytes.first(std::min(missing, bytes.size()));
     buffer->data.insert(buffer->data.end(), part.begin(), part.end());
     if (buffer->section_length == 0 || buffer->data.size() < buffer->section_length) return SectionState::INCOMPLETE;

@@ -18,6 +18,7 @@ struct SectionBuffer {
     uint16_t pid = 0;
     uint16_t section_length = 0;
     std::vector<uint8_t> data;
+    bool pointer_reported = false;
 };
 
 // ISO/IEC 13818-1, table 2-30: one program of the program association table; program_number 0 is the network.

@@ -100,7 +100,7 @@ int register_audio(TsDemuxContext& context, const EsRecord& es, const char* suff
     if (find_audio_stream(table, es.elementary_PID) != nullptr) return 0;
     if (table.audio_count >= TS_MAX_AUDIO_STREAMS) {
         // The program table comes again and again.
-        if (!std::exchange(context.routes[es.elementary_PID].refused, true))
+        if (!std::exchange(context.routes[es.elementary_PID].reported, true))
             report_reason(context.psi.path, "more than %u audio streams; PID %u is not followed", TS_MAX_AUDIO_STREAMS,
                           es.elementary_PID);
         return TS_CHECK_FAILED;
@@ -128,6 +128,15 @@ int register_video(TsDemuxContext& context, const EsRecord& es, const char* suff
     return 0;
 }
 
+// Unknown stream types have their warning already.
+void report_not_followed(TsDemuxContext& context, const EsRecord& es) {
+    if (es.stream_type != STREAM_TYPE_PES_PRIVATE_DATA && es.stream_type != STREAM_TYPE_RESERVED_40) return;
+    // The program table comes again and again.
+    if (std::exchange(context.routes[es.elementary_PID].reported, true)) return;
+    report_reason(context.psi.path, "PID %u of stream type 0x%02x is neither audio nor video: not followed",
+                  es.elementary_PID, es.stream_type);
+}
+
 }  // namespace
 
 void handle_pat(TsDemuxContext& context, std::span<const uint8_t> section) {
@@ -147,8 +156,11 @@ int register_streams(TsDemuxContext& context, const ProgramRecord& program) {
     int status = 0;
     for (const EsRecord& es : program.streams) {
         const DescriptorMarks marks = scan_descriptors(es);
-        if (const char* suffix = audio_suffix(es, marks)) status |= register_audio(context, es, suffix);
-        if (const char* suffix = video_suffix(es, marks)) status |= register_video(context, es, suffix);
+        const char* audio = audio_suffix(es, marks);
+        const char* video = video_suffix(es, marks);
+        if (audio != nullptr) status |= register_audio(context, es, audio);
+        if (video != nullptr) status |= register_video(context, es, video);
+        if (audio == nullptr && video == nullptr) report_not_followed(context, es);
     }
     return status;
 }

@@ -20,7 +20,7 @@ enum class PidKind : uint8_t { OTHER, PES, PAT, PMT, NETWORK };
 struct PidRoute {
     PidKind kind = PidKind::OTHER;
     uint8_t slot = TS_NO_SLOT;
-    bool refused = false;  // one audio stream too many, already reported
+    bool reported = false;  // not followed, and that has been said
 };
 
 // The state of one segment.

@@ -1,5 +1,6 @@
 #include "ts/ts_segment.h"
 
+#include <cinttypes>
 #include <cstdio>
 #include <memory>
 
@@ -49,12 +50,20 @@ void count_pes(TsStreamTable& table, size_t slot) {
         ++table.audio[slot].audio_pes_count;
 }
 
+// An audio PES packet goes to its file without the checks that are made for its kind of stream.
+void note_unchecked(const TsDemuxContext& context, PesStream& stream) {
+    if (stream.kind == PesKind::AUDIO && stream.length > 0 && has_audio_check(stream.pid, context.psi.programs))
+        ++stream.losses.unchecked_packets;
+}
+
 int handle_complete_pes(TsDemuxContext& context, PesStream& stream) {
     int status = 0;
     if (stream.kind == PesKind::AUDIO && stream.stream_id == STREAM_ID_PRIVATE_STREAM_1) {
         const auto payload = std::span<const uint8_t>(stream.data).first(stream.length);
         status = check_audio_pes({stream.pid, stream.stream_id, payload}, context.psi.programs, context.stream_table,
                                  context.stream_info);
+    } else {
+        note_unchecked(context, stream);
     }
     return status | flush_pes(stream, context.stream_table);
 }
@@ -68,6 +77,7 @@ int handle_pes_packet(TsDemuxContext& context, size_t slot, const TsPacket& pack
         // A PES packet of unknown length ends here, or one was cut short.
         if (stream.length > 0) {
             stream.bytes_total += stream.length;
+            note_unchecked(context, stream);
             status |= flush_pes(stream, context.stream_table);
         }
         state = start_pes(stream, packet.payload, context.psi.programs, context.packets_read, status);
@@ -90,8 +100,10 @@ int handle_packet(TsDemuxContext& context, std::span<const uint8_t> bytes) {
 
 int flush_all(TsDemuxContext& context) {
     int status = 0;
-    for (size_t slot = 0; slot < context.stream_table.audio_count; ++slot)
+    for (size_t slot = 0; slot < context.stream_table.audio_count; ++slot) {
+        note_unchecked(context, context.pes[slot]);
         status |= flush_pes(context.pes[slot], context.stream_table);
+    }
     if (context.video_pid) status |= flush_pes(context.pes[TS_VIDEO_SLOT], context.stream_table);
     return status;
 }
@@ -109,12 +121,47 @@ int run_packet_loop(TsDemuxContext& context, FileReader& reader) {
             std::printf("ERROR: Lost sync, or did not find sync frame where expected.\n");
             return status | TS_LOST_SYNC_OR_SECOND_VIDEO;
         }
-        if (!whole) break;
+        if (!whole) {
+            if (!bytes.empty() && !reader.read_error)
+                report_reason(reader.path, "the last %zu bytes are not a whole packet: not read", bytes.size());
+            break;
+        }
         ++context.packets_read;
         status |= handle_packet(context, bytes);
         in_sync = has_sync;
     }
     return status | flush_all(context);
+}
+
+void report_losses(const std::string& path, const PesStream& stream) {
+    const PesLosses& losses = stream.losses;
+    if (losses.bytes > 0)
+        report_reason(
+            path, "PID %u: %" PRIu64 " bytes are in no PES packet, or behind the %u bytes that one may hold: not read",
+            stream.pid, losses.bytes, PES_MAX_PAYLOAD);
+    if (losses.short_lengths > 0)
+        report_reason(path, "PID %u: %" PRIu32 " PES packets have a length that ends inside their header: not read",
+                      stream.pid, losses.short_lengths);
+    if (losses.unchecked_packets > 0)
+        report_reason(path,
+                      "PID %u: %" PRIu32
+                      " audio PES packets are cut short, have no length or are not of stream_id "
+                      "0xBD: not checked",
+                      stream.pid, losses.unchecked_packets);
+}
+
+// What a segment without a finding holds and nobody has looked at.
+void report_unread(const TsDemuxContext& context, int status) {
+    const std::string& path = context.psi.path;
+    for (size_t slot = 0; slot < context.stream_table.audio_count; ++slot) report_losses(path, context.pes[slot]);
+    if (context.video_pid) report_losses(path, context.pes[TS_VIDEO_SLOT]);
+    if (status != 0 || context.stream_table.audio_count > 0 || context.video_pid) return;
+    if (context.psi.pat.entries.empty())
+        report_reason(path, "no program association table lists a program: nothing is checked");
+    else if (context.psi.programs.empty())
+        report_reason(path, "no program map table is complete: nothing is checked");
+    else
+        report_reason(path, "the program has no audio or video stream that is followed: nothing is checked");
 }
 
 int report_read_error(const FileReader& reader) {
@@ -156,6 +203,7 @@ int ts_process_segment(FileReader& reader, const std::optional<std::string>& out
 
     int status = run_packet_loop(*context, reader);
     status |= report_read_error(reader);
+    report_unread(*context, status);
     if (status == 0 && timing != nullptr) fill_timing(context->stream_table, *timing);
     status |= close_outputs(*context);
     reader_close(reader);
