@@ -26,9 +26,11 @@ constexpr uint64_t OVERRUN_SLACK = uint64_t{MAX_DEPTH} * BOX_HEADER_SIZE;
 struct BoxType {
     uint32_t type;
     BoxHandler handler;
+    bool needs_track = false;  // passed over where no track is the current one
 };
 
 constexpr BoxHandler SKIP = nullptr;
+constexpr bool OF_TRACK = true;
 
 constexpr BoxType BOX_TYPES[] = {
     {fourcc("ftyp"), read_ftyp},
@@ -36,51 +38,51 @@ constexpr BoxType BOX_TYPES[] = {
     {fourcc("moov"), walk_container},
     {fourcc("mvhd"), read_mvhd},
     {fourcc("trak"), read_trak},
-    {fourcc("tkhd"), read_tkhd},
-    {fourcc("edts"), read_edts},
-    {fourcc("stco"), read_stco},
-    {fourcc("co64"), read_co64},
-    {fourcc("stsz"), read_stsz},
-    {fourcc("stsd"), read_stsd},
-    {fourcc("stsc"), read_stsc},
-    {fourcc("stts"), read_stts},
-    {fourcc("stss"), read_stss},
-    {fourcc("ctts"), read_ctts},
-    {fourcc("mdhd"), read_mdhd},
+    {fourcc("tkhd"), read_tkhd, OF_TRACK},
+    {fourcc("edts"), read_edts, OF_TRACK},
+    {fourcc("stco"), read_stco, OF_TRACK},
+    {fourcc("co64"), read_co64, OF_TRACK},
+    {fourcc("stsz"), read_stsz, OF_TRACK},
+    {fourcc("stsd"), read_stsd, OF_TRACK},
+    {fourcc("stsc"), read_stsc, OF_TRACK},
+    {fourcc("stts"), read_stts, OF_TRACK},
+    {fourcc("stss"), read_stss, OF_TRACK},
+    {fourcc("ctts"), read_ctts, OF_TRACK},
+    {fourcc("mdhd"), read_mdhd, OF_TRACK},
     {fourcc("stbl"), walk_container},
-    {fourcc("encv"), read_visual_sample_entry},
-    {fourcc("enca"), read_audio_sample_entry},
+    {fourcc("encv"), read_visual_sample_entry, OF_TRACK},
+    {fourcc("enca"), read_audio_sample_entry, OF_TRACK},
     {fourcc("sinf"), walk_container},
-    {fourcc("frma"), read_frma},
-    {fourcc("mp4a"), read_audio_sample_entry},
-    {fourcc("avc1"), read_visual_sample_entry},
-    {fourcc("avc3"), read_visual_sample_entry},
-    {fourcc("lmav"), read_visual_sample_entry},
-    {fourcc("lma1"), read_visual_sample_entry},
-    {fourcc("hvc1"), read_visual_sample_entry},
-    {fourcc("hev1"), read_visual_sample_entry},
-    {fourcc("lmhe"), read_visual_sample_entry},
-    {fourcc("lmh1"), read_visual_sample_entry},
-    {fourcc("s263"), read_visual_sample_entry},
+    {fourcc("frma"), read_frma, OF_TRACK},
+    {fourcc("mp4a"), read_audio_sample_entry, OF_TRACK},
+    {fourcc("avc1"), read_visual_sample_entry, OF_TRACK},
+    {fourcc("avc3"), read_visual_sample_entry, OF_TRACK},
+    {fourcc("lmav"), read_visual_sample_entry, OF_TRACK},
+    {fourcc("lma1"), read_visual_sample_entry, OF_TRACK},
+    {fourcc("hvc1"), read_visual_sample_entry, OF_TRACK},
+    {fourcc("hev1"), read_visual_sample_entry, OF_TRACK},
+    {fourcc("lmhe"), read_visual_sample_entry, OF_TRACK},
+    {fourcc("lmh1"), read_visual_sample_entry, OF_TRACK},
+    {fourcc("s263"), read_visual_sample_entry, OF_TRACK},
     {fourcc("tx3g"), SKIP},
-    {fourcc("metx"), read_metx},
-    {fourcc("ac-3"), read_audio_sample_entry},
-    {fourcc("ec-3"), read_audio_sample_entry},
-    {fourcc("ac-4"), read_audio_sample_entry},
-    {fourcc("mlpa"), read_audio_sample_entry},
-    {fourcc("esds"), read_esds},
-    {fourcc("d263"), store_configuration},
-    {fourcc("avcC"), read_avcC},
-    {fourcc("avcE"), read_enhancement_layer_configuration},
-    {fourcc("hvcC"), read_hvcC},
-    {fourcc("hvcE"), read_enhancement_layer_configuration},
-    {fourcc("lmcC"), read_lumora_configuration},
-    {fourcc("lmvC"), read_lumora_configuration},
-    {fourcc("dac3"), store_configuration},
-    {fourcc("dec3"), read_dec3},
-    {fourcc("dmlp"), store_configuration},
-    {fourcc("dac4"), store_configuration},
-    {fourcc("hdlr"), read_hdlr},
+    {fourcc("metx"), read_metx, OF_TRACK},
+    {fourcc("ac-3"), read_audio_sample_entry, OF_TRACK},
+    {fourcc("ec-3"), read_audio_sample_entry, OF_TRACK},
+    {fourcc("ac-4"), read_audio_sample_entry, OF_TRACK},
+    {fourcc("mlpa"), read_audio_sample_entry, OF_TRACK},
+    {fourcc("esds"), read_esds, OF_TRACK},
+    {fourcc("d263"), store_configuration, OF_TRACK},
+    {fourcc("avcC"), read_avcC, OF_TRACK},
+    {fourcc("avcE"), read_enhancement_layer_configuration, OF_TRACK},
+    {fourcc("hvcC"), read_hvcC, OF_TRACK},
+    {fourcc("hvcE"), read_enhancement_layer_configuration, OF_TRACK},
+    {fourcc("lmcC"), read_lumora_configuration, OF_TRACK},
+    {fourcc("lmvC"), read_lumora_configuration, OF_TRACK},
+    {fourcc("dac3"), store_configuration, OF_TRACK},
+    {fourcc("dec3"), read_dec3, OF_TRACK},
+    {fourcc("dmlp"), store_configuration, OF_TRACK},
+    {fourcc("dac4"), store_configuration, OF_TRACK},
+    {fourcc("hdlr"), read_hdlr, OF_TRACK},
     {fourcc("mdia"), walk_container},
     {fourcc("minf"), walk_container},
     {fourcc("dinf"), walk_container},
@@ -93,15 +95,15 @@ constexpr BoxType BOX_TYPES[] = {
     {fourcc("traf"), walk_container},
     {fourcc("trex"), read_trex},
     {fourcc("tfhd"), read_tfhd},
-    {fourcc("trun"), read_trun},
+    {fourcc("trun"), read_trun, OF_TRACK},
     {fourcc("mfhd"), read_mfhd},
 };
-static_assert(std::size(BOX_TYPES) == 64);
 
-BoxHandler find_handler(uint32_t type) {
+const BoxType& find_box_type(uint32_t type) {
+    static constexpr BoxType UNKNOWN = {0, SKIP};
     for (const BoxType& row : BOX_TYPES)
-        if (row.type == type) return row.handler;
-    return SKIP;
+        if (row.type == type) return row;
+    return UNKNOWN;
 }
 
 // The type as text, "?" for what cannot be printed.
@@ -121,9 +123,10 @@ bool may_stay_in_front(const MediaContext& context, const FileReader& reader, in
 }
 
 // Memory that a handler does not get ends the walk as a malformed box does.
-int run_handler(MediaContext& context, FileReader& reader, BoxHandler handler, int64_t payload) {
+int run_handler(MediaContext& context, FileReader& reader, const BoxType& box, int64_t payload) {
+    if (box.handler == SKIP || (box.needs_track && context.current_track == nullptr)) return 0;
     try {
-        return handler(context, reader, payload);
+        return box.handler(context, reader, payload);
     } catch (const std::bad_alloc&) {
         return refuse_box(context, reader, "memory is short for what it holds");
     }
@@ -151,10 +154,9 @@ int walk_box(MediaContext& context, FileReader& reader, int64_t& left) {
     if (payload > left) return refuse_box(context, reader, "it is larger than what is left of its container");
 
     const uint64_t end = reader.position + static_cast<uint64_t>(payload);
-    const BoxHandler handler = find_handler(context.box.type);
-    int status = 0;
-    if (handler != SKIP) status = run_handler(context, reader, handler, payload);
-    const bool stay = handler == SKIP && may_stay_in_front(context, reader, left, payload);
+    const BoxType& box = find_box_type(context.box.type);
+    const int status = run_handler(context, reader, box, payload);
+    const bool stay = box.handler == SKIP && may_stay_in_front(context, reader, left, payload);
     if (reader.position != end && !stay) reader_skip(static_cast<int64_t>(end - reader.position), reader);
     left -= size;
     context.box = container;

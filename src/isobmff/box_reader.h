@@ -18,7 +18,7 @@
 
 // Reads a box's payload of `payload_size` bytes from the reader's position; returns 0 to go on, else ends the walk. The
 // walk puts the reader at the end of the box afterwards, whatever the handler read. A handler may run out of memory:
-// that ends the walk, too.
+// that ends the walk, too. The boxes of a track are met only with a current track.
 using BoxHandler = int (*)(MediaContext& context, FileReader& reader, int64_t payload_size);
 
 // Says on standard error which box breaks which rule; returns 1. `rule` is a plain text.

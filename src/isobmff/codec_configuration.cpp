@@ -202,17 +202,15 @@ int start_video_configuration(MediaContext& context, FileReader& reader, int64_t
 }  // namespace
 
 int store_configuration(MediaContext& context, FileReader& reader, int64_t payload_size) {
-    if (context.current_track == nullptr) return 0;
     return read_payload(context, reader, payload_size, context.current_track->config.emplace());
 }
 
 int read_esds(MediaContext& context, FileReader& reader, int64_t payload_size) {
-    if (context.current_track != nullptr) context.current_track->codec_kind = CODEC_AAC;
+    context.current_track->codec_kind = CODEC_AAC;
     return store_configuration(context, reader, payload_size);
 }
 
 int read_dec3(MediaContext& context, FileReader& reader, int64_t payload_size) {
-    if (context.current_track == nullptr) return 0;
     TrackRecord& track = *context.current_track;
     const int status = store_configuration(context, reader, payload_size);
     if (status != 0) return status;
@@ -222,7 +220,6 @@ int read_dec3(MediaContext& context, FileReader& reader, int64_t payload_size) {
 }
 
 int read_avcC(MediaContext& context, FileReader& reader, int64_t payload_size) {
-    if (context.current_track == nullptr) return 0;
     const int status = start_video_configuration(context, reader, payload_size);
     if (status != 0) return status;
     VideoConfiguration& video = context.current_track->video;
@@ -236,7 +233,6 @@ int read_avcC(MediaContext& context, FileReader& reader, int64_t payload_size) {
 }
 
 int read_hvcC(MediaContext& context, FileReader& reader, int64_t payload_size) {
-    if (context.current_track == nullptr) return 0;
     const int status = start_video_configuration(context, reader, payload_size);
     if (status != 0) return status;
     try {
@@ -249,12 +245,11 @@ int read_hvcC(MediaContext& context, FileReader& reader, int64_t payload_size) {
 }
 
 int read_enhancement_layer_configuration(MediaContext& context, FileReader&, int64_t) {
-    if (context.current_track != nullptr) context.current_track->video.has_enhancement_layer_box = true;
+    context.current_track->video.has_enhancement_layer_box = true;
     return 0;
 }
 
 int read_lumora_configuration(MediaContext& context, FileReader& reader, int64_t payload_size) {
-    if (context.current_track == nullptr) return 0;
     std::array<uint8_t, 5> payload{};
     read_payload_start(reader, payload_size, payload);
     LumoraConfiguration& lumora = context.current_track->lumora.emplace();

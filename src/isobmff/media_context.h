@@ -147,6 +147,7 @@ struct TrackOutput {
     OutputFile file;
     bool opened = false;
     bool parameter_sets_written = false;
+    bool unchecked_reported = false;  // that its samples are not checked
     ZtpInfoPtr analyzer;
 };
 
@@ -188,6 +189,7 @@ struct TrackRecord {
     // Seen in the samples of the current segment.
     bool el_seen = false;
     bool rpu_seen = false;
+    uint32_t cut_samples = 0;  // with a rest too short for a NAL unit's length field
 
     TrackOutput output;
 };

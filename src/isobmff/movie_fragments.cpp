@@ -174,7 +174,6 @@ int read_tfhd(MediaContext& context, FileReader& reader, int64_t) {
 }
 
 int read_trun(MediaContext& context, FileReader& reader, int64_t payload_size) {
-    if (context.current_track == nullptr) return 0;
     const TrackRun run = read_run_header(reader);
     const uint32_t entry_size = 4 * static_cast<uint32_t>(std::popcount(run.flags & TRUN_PER_SAMPLE_FIELDS));
     const uint64_t size = uint64_t{run.sample_count} * entry_size;

@@ -62,7 +62,6 @@ std::string_view take_string(std::string_view& strings) {
 }  // namespace
 
 int read_stsd(MediaContext& context, FileReader& reader, int64_t payload_size) {
-    if (context.current_track == nullptr) return 0;
     std::array<uint8_t, STSD_HEADER_SIZE> header{};
     read_fields(reader, header);
     if (load_be32(header, 4) != 1)
@@ -71,7 +70,6 @@ int read_stsd(MediaContext& context, FileReader& reader, int64_t payload_size) {
 }
 
 int read_visual_sample_entry(MediaContext& context, FileReader& reader, int64_t payload_size) {
-    if (context.current_track == nullptr) return 0;
     TrackRecord& track = *context.current_track;
     std::array<uint8_t, VISUAL_ENTRY_SIZE> entry{};
     read_fields(reader, entry);
@@ -82,7 +80,6 @@ int read_visual_sample_entry(MediaContext& context, FileReader& reader, int64_t 
 }
 
 int read_audio_sample_entry(MediaContext& context, FileReader& reader, int64_t payload_size) {
-    if (context.current_track == nullptr) return 0;
     TrackRecord& track = *context.current_track;
     std::array<uint8_t, AUDIO_ENTRY_SIZE> entry{};
     read_fields(reader, entry);
@@ -94,7 +91,6 @@ int read_audio_sample_entry(MediaContext& context, FileReader& reader, int64_t p
 }
 
 int read_frma(MediaContext& context, FileReader& reader, int64_t) {
-    if (context.current_track == nullptr) return 0;
     std::array<uint8_t, 4> data_format{};
     read_fields(reader, data_format);
     const SampleFormat* format = find_format(load_be32(data_format, 0));
@@ -106,7 +102,6 @@ int read_frma(MediaContext& context, FileReader& reader, int64_t) {
 
 // ISO/IEC 14496-12, 12.3.3: content_encoding, namespace, schema_location.
 int read_metx(MediaContext& context, FileReader& reader, int64_t payload_size) {
-    if (context.current_track == nullptr) return 0;
     std::array<uint8_t, METADATA_ENTRY_SIZE + METADATA_STRINGS_SIZE> payload{};
     read_payload_start(reader, payload_size, payload);
     std::string_view strings(reinterpret_cast<const char*>(payload.data()), payload.size());

@@ -129,6 +129,18 @@ void seek_chunk(Extraction& extraction, uint64_t offset) {
     reader.position = extraction.context.file_size;
 }
 
+// What of the samples was not read or not written, without a finding.
+void report_left_over(const Extraction& extraction) {
+    const auto id = static_cast<int32_t>(extraction.track.track_ID);
+    uint32_t size = 0;
+    if (sample_size(extraction.track.samples, extraction.cursor, size))
+        report_reason(extraction.reader.path, "track %d: its last samples lie in no chunk: not read", id);
+    if (extraction.track.cut_samples > 0)
+        report_reason(extraction.reader.path,
+                      "track %d: %" PRIu32 " samples end with bytes too few for a NAL unit's length field: not written",
+                      id, extraction.track.cut_samples);
+}
+
 }  // namespace
 
 void restart_reader(const MediaContext& context, FileReader& reader) {
@@ -144,6 +156,7 @@ void restart_reader(const MediaContext& context, FileReader& reader) {
 
 int extract_samples(MediaContext& context, FileReader& reader, TrackRecord& track) {
     restart_reader(context, reader);
+    track.cut_samples = 0;
     Extraction extraction = {context, reader, track, {}, {}};
     const SampleTables& samples = track.samples;
     int status = 0;
@@ -157,5 +170,6 @@ int extract_samples(MediaContext& context, FileReader& reader, TrackRecord& trac
         }
         ++extraction.cursor.chunk;
     }
+    report_left_over(extraction);
     return status;
 }

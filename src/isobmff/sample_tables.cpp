@@ -44,7 +44,6 @@ int read_table(MediaContext& context, FileReader& reader, int64_t payload_size, 
 }  // namespace
 
 int read_stsz(MediaContext& context, FileReader& reader, int64_t payload_size) {
-    if (context.current_track == nullptr) return 0;
     SampleTables& tables = context.current_track->samples;
     tables.sizes.clear();
     tables.sample_count = 0;
@@ -63,7 +62,6 @@ int read_stsz(MediaContext& context, FileReader& reader, int64_t payload_size) {
 }
 
 int read_stts(MediaContext& context, FileReader& reader, int64_t payload_size) {
-    if (context.current_track == nullptr) return 0;
     context.current_track->samples.time_to_sample.clear();
     return read_table(context, reader, payload_size, 8, [](SampleTables& tables, std::span<const uint8_t> entry) {
         tables.time_to_sample.push_back({load_be32(entry, 0), load_be32(entry, 4)});
@@ -71,7 +69,6 @@ int read_stts(MediaContext& context, FileReader& reader, int64_t payload_size) {
 }
 
 int read_stss(MediaContext& context, FileReader& reader, int64_t payload_size) {
-    if (context.current_track == nullptr) return 0;
     context.current_track->samples.sync_samples.clear();
     return read_table(context, reader, payload_size, 4, [](SampleTables& tables, std::span<const uint8_t> entry) {
         tables.sync_samples.push_back(load_be32(entry, 0));
@@ -79,7 +76,6 @@ int read_stss(MediaContext& context, FileReader& reader, int64_t payload_size) {
 }
 
 int read_ctts(MediaContext& context, FileReader& reader, int64_t payload_size) {
-    if (context.current_track == nullptr) return 0;
     context.current_track->samples.composition_offsets.clear();
     return read_table(context, reader, payload_size, 8, [](SampleTables& tables, std::span<const uint8_t> entry) {
         tables.composition_offsets.push_back({load_be32(entry, 0), load_be32(entry, 4)});
@@ -87,7 +83,6 @@ int read_ctts(MediaContext& context, FileReader& reader, int64_t payload_size) {
 }
 
 int read_stsc(MediaContext& context, FileReader& reader, int64_t payload_size) {
-    if (context.current_track == nullptr) return 0;
     context.current_track->samples.sample_to_chunk.clear();
     return read_table(context, reader, payload_size, 12, [](SampleTables& tables, std::span<const uint8_t> entry) {
         tables.sample_to_chunk.push_back({load_be32(entry, 0), load_be32(entry, 4), load_be32(entry, 8)});
@@ -95,7 +90,6 @@ int read_stsc(MediaContext& context, FileReader& reader, int64_t payload_size) {
 }
 
 int read_stco(MediaContext& context, FileReader& reader, int64_t payload_size) {
-    if (context.current_track == nullptr) return 0;
     context.current_track->samples.chunk_offsets.clear();
     return read_table(context, reader, payload_size, 4, [](SampleTables& tables, std::span<const uint8_t> entry) {
         tables.chunk_offsets.push_back(load_be32(entry, 0));
@@ -103,7 +97,6 @@ int read_stco(MediaContext& context, FileReader& reader, int64_t payload_size) {
 }
 
 int read_co64(MediaContext& context, FileReader& reader, int64_t payload_size) {
-    if (context.current_track == nullptr) return 0;
     context.current_track->samples.chunk_offsets.clear();
     return read_table(context, reader, payload_size, 8, [](SampleTables& tables, std::span<const uint8_t> entry) {
         tables.chunk_offsets.push_back(load_be64(entry, 0));

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cinttypes>
 #include <cstdio>
+#include <utility>
 
 #include "bits/report.h"
+#include "isobmff/audio_sample_checks.h"
 #include "isobmff/box_reader.h"
 #include "isobmff/lumora_checks.h"
 #include "isobmff/media_context.h"
@@ -49,6 +51,15 @@ int apply_byte_range(MediaContext& context, FileReader& reader, const SegmentEnt
     return 0;
 }
 
+// Samples that go to their file without a check: said once for a track.
+void report_unchecked_samples(TrackRecord& track, const std::string& path) {
+    if (track.samples.sample_count == 0) return;
+    if (track.codec_kind == CODEC_AC4) report_uncompared_presentations(track, path);
+    if (track.codec_kind != CODEC_UNKNOWN || std::exchange(track.output.unchecked_reported, true)) return;
+    report_reason(path, "track %d: %s: its samples are not checked", static_cast<int32_t>(track.track_ID),
+                  track.encrypted ? "protected, of a codec not known" : "its sample entry is of no known codec");
+}
+
 // Returns false when the track's file cannot be opened: the tracks behind it are not looked at then.
 bool validate_track(MediaContext& context, FileReader& reader, TrackRecord& track, int& status) {
     status |= check_sample_entry(context, track, reader.path);
@@ -57,8 +68,18 @@ bool validate_track(MediaContext& context, FileReader& reader, TrackRecord& trac
     status |= opened;
     if (opened != 0) return false;
     status |= extract_samples(context, reader, track);
+    report_unchecked_samples(track, reader.path);
     status |= check_lumora_layers(track);
     return true;
+}
+
+// A segment without a finding, in which there was nothing to look at.
+void report_empty_segment(const MediaContext& context, const SegmentEntry& segment, const std::string& path) {
+    const auto has_samples = [](const auto& track) { return track->samples.sample_count > 0; };
+    if (context.tracks.empty())
+        report_reason(path, "it has no track: nothing is validated");
+    else if (segment.kind != SEGMENT_INIT && std::none_of(context.tracks.begin(), context.tracks.end(), has_samples))
+        report_reason(path, "it has no sample: nothing is validated");
 }
 
 }  // namespace
@@ -101,5 +122,6 @@ int validate_mp4_segment(FileReader& reader, const SegmentEntry& segment, MediaC
         report_reason(reader.path, "a read failed before byte %" PRIu64, reader.position);
         status |= SEGMENT_FINDING;
     }
+    if (status == 0) report_empty_segment(*context, segment, reader.path);
     return status;
 }

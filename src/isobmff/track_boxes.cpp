@@ -80,7 +80,6 @@ int read_trak(MediaContext& context, FileReader& reader, int64_t payload_size) {
 }
 
 int read_tkhd(MediaContext& context, FileReader& reader, int64_t) {
-    if (context.current_track == nullptr) return 0;
     std::array<uint8_t, 24> payload{};
     read_fields(reader, payload);
     if (payload[0] > 1) return refuse_box(context, reader, "its version is neither 0 nor 1");
@@ -90,7 +89,6 @@ int read_tkhd(MediaContext& context, FileReader& reader, int64_t) {
 }
 
 int read_mdhd(MediaContext& context, FileReader& reader, int64_t) {
-    if (context.current_track == nullptr) return 0;
     TrackRecord& track = *context.current_track;
     std::array<uint8_t, 36> payload{};
     read_fields(reader, std::span(payload).first(24));
@@ -114,7 +112,6 @@ int read_mdhd(MediaContext& context, FileReader& reader, int64_t) {
 
 // The edit list is read at its fixed place inside edts. An empty list is refused too, deliberately.
 int read_edts(MediaContext& context, FileReader& reader, int64_t) {
-    if (context.current_track == nullptr) return 0;
     TrackRecord& track = *context.current_track;
     std::array<uint8_t, 16> header{};
     read_fields(reader, header);
@@ -138,7 +135,6 @@ int read_edts(MediaContext& context, FileReader& reader, int64_t) {
 }
 
 int read_hdlr(MediaContext& context, FileReader& reader, int64_t) {
-    if (context.current_track == nullptr) return 0;
     std::array<uint8_t, 12> payload{};
     read_fields(reader, payload);
     HandlerKind kind = HANDLER_OTHER;

@@ -52,7 +52,10 @@ int open_track_output(const MediaContext& context, TrackRecord& track) {
 WriteResult write_track_output(TrackOutput& output, std::span<const uint8_t> bytes) {
     const bool failed_before = output.file.failed;
     if (output_write(output.file, bytes) == 0) return WRITE_DONE;
-    return failed_before ? WRITE_FAILED_AGAIN : WRITE_FAILED;
+    if (failed_before) return WRITE_FAILED_AGAIN;
+    // The messages of a failed write name no file.
+    report_reason(output.file.path, "cannot be written: %s", std::strerror(errno));
+    return WRITE_FAILED;
 }
 
 int write_sample_data(TrackOutput& output, std::span<const uint8_t> bytes) {
@@ -65,6 +68,7 @@ int write_sample_data(TrackOutput& output, std::span<const uint8_t> bytes) {
 int close_track_output(TrackOutput& output) {
     const bool failed_before = output.file.failed;
     if (output_close(output.file) == 0) return 0;
-    if (!failed_before) report_reason(output.file.path, "data could not be written when the file was closed");
+    if (!failed_before)
+        report_reason(output.file.path, "data could not be written when the file was closed: %s", std::strerror(errno));
     return SEGMENT_FINDING;
 }

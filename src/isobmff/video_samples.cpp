@@ -112,6 +112,7 @@ void write_sample(ByteStreamWriter& writer, size_t begin, size_t end) {
         if (size > 0) write_unit(writer, begin, size, length_size);
         begin += size;
     }
+    if (begin < end) ++writer.track.cut_samples;
 }
 
 }  // namespace
