@@ -78,8 +78,10 @@ class Program : public testing::Test {
 
     void TearDown() override { std::filesystem::remove_all(folder); }
 
+    // A launcher, such as valgrind, may stand in front of the program.
     ProgramResult run(const std::string& arguments) {
-        return run_program("cd '" + folder.string() + "' && rm -rf out && " QUORLIN_PROGRAM " " + arguments);
+        return run_program("cd '" + folder.string() + "' && rm -rf out && $QUORLIN_LAUNCHER " QUORLIN_PROGRAM " " +
+                           arguments);
     }
 
     std::string written_files() {

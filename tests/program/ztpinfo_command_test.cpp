@@ -13,9 +13,9 @@ const std::string CLEAN = STREAMS + "eac3_51_metadata.ec3";
 const std::string FAILING = STREAMS + "ac3_51_metadata.ac3";  // rule 68: not E-AC-3
 const std::string BSID_FAILURE = "    068 - FAILURE: Zentra Plus: Primary audio: I0: BSID is not 16.\n";
 
-// `$ZTPINFO` in a command is the program under test.
+// `$ZTPINFO` in a command is the program under test, behind a launcher such as valgrind if there is one.
 ProgramResult run(const std::string& command) {
-    return run_program("ZTPINFO='" ZTPINFO_PROGRAM "'; " + command);
+    return run_program("ZTPINFO=\"$QUORLIN_LAUNCHER " ZTPINFO_PROGRAM "\"; " + command);
 }
 
 struct CommandCase {
