@@ -76,10 +76,11 @@ bool validate_track(MediaContext& context, FileReader& reader, TrackRecord& trac
 // A segment without a finding, in which there was nothing to look at.
 void report_empty_segment(const MediaContext& context, const SegmentEntry& segment, const std::string& path) {
     const auto has_samples = [](const auto& track) { return track->samples.sample_count > 0; };
-    if (context.tracks.empty())
-        report_reason(path, "it has no track: nothing is validated");
-    else if (segment.kind != SEGMENT_INIT && std::none_of(context.tracks.begin(), context.tracks.end(), has_samples))
-        report_reason(path, "it has no sample: nothing is validated");
+    const bool is_media = segment.kind == SEGMENT_MEDIA || segment.kind == SEGMENT_BYTE_RANGE;
+    if (segment.kind == SEGMENT_INIT && context.tracks.empty())
+        report_reason(path, "the init section has no track: nothing is validated");
+    else if (is_media && std::none_of(context.tracks.begin(), context.tracks.end(), has_samples))
+        report_reason(path, "no sample of a known track is in it: nothing is validated");
 }
 
 }  // namespace
