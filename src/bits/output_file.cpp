@@ -25,8 +25,8 @@ int output_open(OutputFile& output, const std::string& path, const char* mode) {
     output.failed = false;
     output.file.reset(std::fopen(path.c_str(), mode));
     if (!output.file) return -1;
-    output.buffer.resize(OUTPUT_BUFFER_SIZE);
-    std::setvbuf(output.file.get(), reinterpret_cast<char*>(output.buffer.data()), _IOFBF, OUTPUT_BUFFER_SIZE);
+    page_buffer_allocate(output.buffer, OUTPUT_BUFFER_SIZE);
+    std::setvbuf(output.file.get(), reinterpret_cast<char*>(output.buffer.bytes.get()), _IOFBF, OUTPUT_BUFFER_SIZE);
     return 0;
 }
 

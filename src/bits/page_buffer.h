@@ -2,25 +2,31 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <new>
-#include <vector>
+#include <span>
 
 constexpr size_t PAGE_ALIGNMENT = 4096;
 
-// Allocates at page boundaries. The kernel copies between a file and a buffer that is not aligned at half the speed on
-// some processors.
-template <typename T>
-struct PageAllocator {
-    using value_type = T;
-    PageAllocator() = default;
-    template <typename U>
-    explicit PageAllocator(const PageAllocator<U>&) {}
-    T* allocate(size_t count) {
-        return static_cast<T*>(::operator new (count * sizeof(T), std::align_val_t{PAGE_ALIGNMENT}));
-    }
-    void deallocate(T* pointer, size_t) { ::operator delete (pointer, std::align_val_t{PAGE_ALIGNMENT}); }
-    bool operator==(const PageAllocator&) const { return true; }
+struct PageDeleter {
+    void operator()(uint8_t* bytes) const { ::operator delete (bytes, std::align_val_t{PAGE_ALIGNMENT}); }
 };
 
-// Bytes on their way between a file and the program.
-using PageBuffer = std::vector<uint8_t, PageAllocator<uint8_t>>;
+// Bytes on their way between a file and the program, at a page boundary: the kernel copies between a file and a buffer
+// that is not aligned at half the speed on some processors.
+struct PageBuffer {
+    std::unique_ptr<uint8_t[], PageDeleter> bytes;
+    size_t size = 0;
+};
+
+// Makes room for `size` bytes. They are not cleared: a buffer is large and is filled by what follows.
+inline void page_buffer_allocate(PageBuffer& buffer, size_t size) {
+    if (buffer.size == size) return;
+    buffer = {};
+    buffer.bytes.reset(static_cast<uint8_t*>(::operator new (size, std::align_val_t{PAGE_ALIGNMENT})));
+    buffer.size = size;
+}
+
+inline std::span<uint8_t> page_buffer_bytes(const PageBuffer& buffer) {
+    return {buffer.bytes.get(), buffer.size};
+}
