@@ -57,7 +57,7 @@ uint16_t read_be16(FileReader& reader);
 uint32_t read_be32(FileReader& reader);
 uint64_t read_be64(FileReader& reader);
 
-// Closes the file, frees the buffer and clears the record. Closing twice is harmless.
+// Closes the file and clears the record; the buffer stays for the next file. Closing twice is harmless.
 void reader_close(FileReader& reader);
 
 // Size of the file in bytes (of the block in memory mode). The reader must be started again before it is read on.

@@ -6,9 +6,10 @@
 
 namespace {
 
-bool exists(const std::string& path) {
-    struct stat status = {};
-    return stat(path.c_str(), &status) == 0;
+// Creates a directory that is not there; `status` becomes the outcome of the attempt.
+void create_level(const char* path, int& status) {
+    struct stat existing = {};
+    if (stat(path, &existing) != 0) status = mkdir(path, 0777);
 }
 
 }  // namespace
@@ -28,13 +29,16 @@ int file_stem(const std::string& path, std::string& out) {
 int create_output_dir(const std::string& path) {
     if (path.empty()) return -1;
     int status = 0;
-    const auto create_level = [&status](const std::string& level) {
-        if (!exists(level)) status = mkdir(level.c_str(), 0777);
-    };
-    // Only backslashes separate levels that are created; a missing parent before a '/' is an error.
-    for (size_t at = path.find('\\'); at != std::string::npos; at = path.find('\\', at + 1))
-        create_level(path.substr(0, at));
-    create_level(path);
+    // Only backslashes separate levels that are created; a missing parent before a '/' is an error. Each level is the
+    // text up to its backslash, which a zero takes the place of for that time.
+    std::string level = path;
+    for (size_t at = 0; at < level.size(); ++at) {
+        if (level[at] != '\\') continue;
+        level[at] = '\0';
+        create_level(level.c_str(), status);
+        level[at] = '\\';
+    }
+    create_level(level.c_str(), status);
     return status;
 }
 

@@ -51,13 +51,14 @@ int run_ts_file(const std::string& path, const std::optional<std::string>& outpu
 struct SeriesState {
     int error_flag = 0;
     uint64_t count = 0;
+    FileReader reader;  // its buffer serves all of them
     TsSegmentTiming previous_timing;
 };
 
 void validate_series_segment(const std::string& name, const std::string& stem,
                              const std::optional<std::string>& output_dir, SeriesState& series) {
     TsSegmentTiming timing;
-    FileReader reader;
+    FileReader& reader = series.reader;
     const bool first_segment = series.count == 0;
     ++series.count;
     const int opened = set_segment(reader, open_input_file(name), name);
