@@ -194,9 +194,13 @@ int parse_media(MediaContext& context, FileReader& reader) {
     return status;
 }
 
-int refuse_box(const MediaContext& context, const FileReader& reader, const char* rule) {
+void note_box(const MediaContext& context, const FileReader& reader, const char* rule) {
     report_reason(reader.path, "box '%s' at byte %" PRIu64 ": %s", printable_type(context.box.type).c_str(),
                   context.box.offset, rule);
+}
+
+int refuse_box(const MediaContext& context, const FileReader& reader, const char* rule) {
+    note_box(context, reader, rule);
     return 1;
 }
 

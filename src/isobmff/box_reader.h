@@ -21,7 +21,10 @@
 // that ends the walk, too. The boxes of a track are met only with a current track.
 using BoxHandler = int (*)(MediaContext& context, FileReader& reader, int64_t payload_size);
 
-// Says on standard error which box breaks which rule; returns 1. `rule` is a plain text.
+// Says on standard error which box breaks which rule, where the walk goes on. `rule` is a plain text.
+void note_box(const MediaContext& context, const FileReader& reader, const char* rule);
+
+// The same, where the walk ends; returns 1.
 [[nodiscard]] int refuse_box(const MediaContext& context, const FileReader& reader, const char* rule);
 
 // Reads the fields that a box begins with into `bytes`. Those of a payload that is too short for them are taken from

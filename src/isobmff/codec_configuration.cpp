@@ -89,6 +89,8 @@ Ec3Configuration parse_dec3(std::span<const uint8_t> payload) {
     return ec3;
 }
 
+constexpr const char* OVERRUN_RULE = "a NAL unit runs past its end: this one and those behind it are not read";
+
 // `count` parameter sets, each behind a 16-bit length; false at the first one that runs past the payload.
 bool parse_avc_parameter_sets(std::span<const uint8_t> payload, size_t& position, uint32_t count,
                               std::vector<ParameterSet>& sets) {
@@ -102,15 +104,16 @@ bool parse_avc_parameter_sets(std::span<const uint8_t> payload, size_t& position
     return true;
 }
 
-// ISO/IEC 14496-15, 5.3.3.1.2: AVCDecoderConfigurationRecord.
-void parse_avc_configuration(VideoConfiguration& video) {
+// ISO/IEC 14496-15, 5.3.3.1.2: AVCDecoderConfigurationRecord. False when a set runs past the payload: those in front
+// of it are kept.
+bool parse_avc_configuration(VideoConfiguration& video) {
     const std::span<const uint8_t> payload(video.payload);
     video.length_size_minus_one = load_u8(payload, 4) & 3;
     const uint32_t num_sps = load_u8(payload, 5) & 31;
     size_t position = 6;
-    if (!parse_avc_parameter_sets(payload, position, num_sps, video.sps)) return;
+    if (!parse_avc_parameter_sets(payload, position, num_sps, video.sps)) return false;
     const uint32_t num_pps = load_u8(payload, position++);
-    parse_avc_parameter_sets(payload, position, num_pps, video.pps);
+    return parse_avc_parameter_sets(payload, position, num_pps, video.pps);
 }
 
 constexpr std::string_view PIFF_MARK = "PIFF";
@@ -146,6 +149,9 @@ std::vector<ParameterSet>* parameter_sets_of_type(VideoConfiguration& video, uin
     }
 }
 
+// A unit of another type that runs past the payload, for which there is no message.
+constexpr int UNNAMED_OVERRUN = -1;
+
 int report_overrun(uint32_t nal_unit_type, size_t offset, size_t size, size_t payload_size) {
     const auto from = static_cast<uint32_t>(offset);
     const auto length = static_cast<uint32_t>(size);
@@ -164,11 +170,12 @@ int report_overrun(uint32_t nal_unit_type, size_t offset, size_t size, size_t pa
                         from, length, dsi_size);
             return SEGMENT_FINDING;
         default:
-            return 0;
+            return UNNAMED_OVERRUN;
     }
 }
 
-// ISO/IEC 14496-15, 8.3.3.1.2: HEVCDecoderConfigurationRecord. Returns 0, or 11 when a set runs past the payload.
+// ISO/IEC 14496-15, 8.3.3.1.2: HEVCDecoderConfigurationRecord. Returns 0, or 11 when a set runs past the payload, or
+// UNNAMED_OVERRUN; what lies in front is kept.
 int parse_hevc_configuration(VideoConfiguration& video) {
     const std::span<const uint8_t> payload(video.payload);
     video.length_size_minus_one = load_u8(payload, 21) & 3;
@@ -227,8 +234,8 @@ int read_avcC(MediaContext& context, FileReader& reader, int64_t payload_size) {
         video.payload.begin() + static_cast<ptrdiff_t>(std::min(PIFF_MARK.size(), video.payload.size()));
     if (std::equal(video.payload.begin(), mark_end, PIFF_MARK.begin(), PIFF_MARK.end()))
         parse_piff_configuration(video);
-    else
-        parse_avc_configuration(video);
+    else if (!parse_avc_configuration(video))
+        note_box(context, reader, OVERRUN_RULE);
     return 0;
 }
 
@@ -236,7 +243,11 @@ int read_hvcC(MediaContext& context, FileReader& reader, int64_t payload_size) {
     const int status = start_video_configuration(context, reader, payload_size);
     if (status != 0) return status;
     try {
-        context.status |= parse_hevc_configuration(context.current_track->video);
+        const int parsed = parse_hevc_configuration(context.current_track->video);
+        if (parsed == UNNAMED_OVERRUN)
+            note_box(context, reader, OVERRUN_RULE);
+        else
+            context.status |= parsed;
     } catch (const std::bad_alloc&) {
         std::printf("[SV]   : Allocation failure\n");
         return refuse_box(context, reader, "memory is short for its parameter sets");
