@@ -19,6 +19,7 @@ constexpr int LINE_SIZE = 4096;
 struct LineReader {
     File file;
     char line[LINE_SIZE] = {};
+    bool has_long_line = false;
     size_t media_count = 0;
     size_t variant_count = 0;
     size_t iframe_variant_count = 0;
@@ -46,7 +47,9 @@ void count_tag(LineReader& lines, std::string_view line) {
 bool next_line(LineReader& lines, std::string_view& line) {
     line = {};
     if (std::fgets(lines.line, LINE_SIZE, lines.file.get()) == nullptr) return false;
-    line = trim_right(trim_left(lines.line));
+    const std::string_view text(lines.line);
+    lines.has_long_line |= text.size() == LINE_SIZE - 1 && !text.ends_with('\n');
+    line = trim_right(trim_left(text));
     count_tag(lines, line);
     return true;
 }
@@ -220,6 +223,8 @@ int read_playlist(const std::string& path, Playlist& playlist) {
     }
     const bool read_error = std::ferror(lines.file.get()) != 0;
     if (read_error) report_reason(path, "the playlist cannot be read to its end");
+    if (lines.has_long_line)
+        report_reason(path, "a line is longer than %d characters: its rest is read as the next line", LINE_SIZE - 1);
     if (lines.variant_count > 0 && lines.entry_count > 0) {
         report_reason(path, "the playlist holds both variant streams and segments");
         playlist = {};
