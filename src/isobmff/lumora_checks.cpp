@@ -5,6 +5,7 @@
 
 #include "isobmff/sample_entry_checks.h"
 #include "isobmff/video_samples.h"
+#include "playlist/codecs.h"
 
 namespace {
 

@@ -7,6 +7,7 @@
 #include "ac4/ac4_dsi.h"
 #include "bits/report.h"
 #include "isobmff/video_samples.h"
+#include "playlist/codecs.h"
 
 namespace {
 
@@ -96,10 +97,6 @@ int check_avc_entry(const std::string& codecs) {
 
 const std::string* playlist_codecs(const MediaContext& context) {
     return context.attrs && !context.attrs->codecs.empty() ? &context.attrs->codecs : nullptr;
-}
-
-bool codecs_contain(const std::string& codecs, const std::string& name) {
-    return codecs.find(name) != std::string::npos;
 }
 
 int check_sample_entry(const MediaContext& context, const TrackRecord& track, const std::string& path) {

@@ -8,6 +8,3 @@
 
 // The CODECS value to compare with, null when there is none.
 const std::string* playlist_codecs(const MediaContext& context);
-
-// Whether `codecs` contains `name`.
-bool codecs_contain(const std::string& codecs, const std::string& name);

@@ -9,6 +9,7 @@
 #include "ac4/ac4_toc.h"
 #include "bits/byte_order.h"
 #include "bits/report.h"
+#include "playlist/codecs.h"
 
 namespace {
 
@@ -69,7 +70,7 @@ int check_frame(const SyncFrame& frame, bool is_first, const PlaylistAttributes*
     uint32_t position = 0;
     if (raw_frame.empty() || ac4_toc_parse(raw_frame, position, toc) != 0) return report_unreadable_toc();
     int status = 0;
-    if (attrs == nullptr || attrs->codecs.find(ac4_toc_codec_string(toc)) == std::string::npos) {
+    if (attrs == nullptr || !codecs_contain(attrs->codecs, ac4_toc_codec_string(toc))) {
         std::printf(
             "ERROR: Mismatch in the codecs attribute value between the Representation 0 element in the toc and the CODECS string in the master manifest.\n");
         status = -1;

@@ -10,6 +10,7 @@
 #include "bits/byte_order.h"
 #include "bits/report.h"
 #include "packed/sync_words.h"
+#include "playlist/codecs.h"
 #include "ztpinfo/ztpinfo.h"
 
 namespace {
@@ -133,7 +134,7 @@ int check_ztp_programs(const ZtpStreamSummary& summary, const std::array<uint32_
 int check_against_playlist(const ZtpStreamSummary& summary, const PlaylistAttributes* attrs) {
     if (summary.num_programs == 0) return 0;
     int status = 0;
-    if (attrs == nullptr || attrs->codecs.find("ec-3") == std::string::npos) {
+    if (attrs == nullptr || !codecs_contain(attrs->codecs, "ec-3")) {
         std::printf("ERROR: No 'ec-3' found in CODECS attribute of the #EXT-X-STREAM-INF.\n");
         status = -1;
     }

@@ -13,6 +13,7 @@
 #include "packed/ec3_timeslices.h"
 #include "packed/id3_timestamp.h"
 #include "packed/sync_words.h"
+#include "playlist/codecs.h"
 
 namespace {
 
@@ -77,9 +78,7 @@ const char* file_extension(PackedFormat format) {
 
 // E-AC-3 is compared when its first timeslice has been analysed.
 int check_codecs(PackedFormat format, const PlaylistAttributes* attrs) {
-    const auto missing = [&](const char* name) {
-        return attrs == nullptr || attrs->codecs.find(name) == std::string::npos;
-    };
+    const auto missing = [&](const char* name) { return attrs == nullptr || !codecs_contain(attrs->codecs, name); };
     if (format == PackedFormat::AC3 && missing("ac-3")) {
         std::printf("ERROR: No 'ac-3' found in CODECS attribute of the #EXT-X-STREAM-INF.\n");
         return -1;

@@ -24,6 +24,10 @@ std::string join_entries(std::string_view codecs, std::initializer_list<std::str
 
 }  // namespace
 
+bool codecs_contain(std::string_view codecs, std::string_view name) {
+    return codecs.find(name) != std::string_view::npos;
+}
+
 std::string filter_codecs(const std::string& codecs, CodecsFilter filter) {
     const std::string kept = filter == CodecsFilter::AUDIO ? join_entries(codecs, {"mp4a", "ac-3", "ac-4", "ec-3"})
                                                            : join_entries(codecs, {"avc", "hev", "hvc", "lma", "lmh"});

@@ -1,6 +1,10 @@
 #pragma once
 
 #include <string>
+#include <string_view>
+
+// Whether a CODECS value contains `name`. Entries are not told apart, deliberately: "avc" stands for "avc1" and "avc3".
+bool codecs_contain(std::string_view codecs, std::string_view name);
 
 enum class CodecsFilter { AUDIO, VIDEO };
 

@@ -12,10 +12,6 @@
 
 namespace {
 
-bool contains(const Text& text, std::string_view part) {
-    return text && text->find(part) != std::string::npos;
-}
-
 int check_language(const Text& language) {
     constexpr std::string_view LANGUAGES[] = {"en", "fr", "de", "ja", "zh", "es"};
     if (!language) return 0;
@@ -38,7 +34,7 @@ int check_media(MediaEntry& media, const GroupIndex& audio_groups, const GroupIn
     if (!is_audio && !is_video) return status;
     const VariantStream* variant = find_group(is_audio ? audio_groups : video_groups, media.group_id);
     // A name is required for E-AC-3 alone.
-    if (is_audio && variant != nullptr && contains(variant->codecs, "ec-3") && !media.name) {
+    if (is_audio && variant != nullptr && variant->codecs && codecs_contain(*variant->codecs, "ec-3") && !media.name) {
         std::printf("ERROR: #EXT-X-MEDIA parameter must include a NAME attribute.\n");
         status = -1;
     }
@@ -76,19 +72,30 @@ std::vector<bool> find_audio_differences(const Playlist& playlist) {
     return differs;
 }
 
-int report_missing_sdr_fourcc() {
-    std::printf(
-        "ERROR: Backward-compatible Lumora stream was indicated in the CODECS string of #EXT-X-STREAM-INF but, meanwhile, SDR fourcc code is missing.\n");
-    return -1;
-}
+// A Lumora entry that other players take as the SDR entry beside it, unless its profile says otherwise.
+struct CompatibleEntry {
+    std::string_view lumora;
+    std::string_view incompatible_profile;  // empty when every profile is compatible
+    std::string_view sdr;
+};
 
-int check_lumora(const Text& codecs) {
-    const auto has = [&](std::string_view part) { return contains(codecs, part); };
+constexpr CompatibleEntry COMPATIBLE_ENTRIES[] = {
+    {"lmav", "", "avc3"},
+    {"lma1", "", "avc1"},
+    {"lmhe", "lmhe.05", "hev1"},
+    {"lmh1", "lmh1.05", "hvc1"},
+};
+
+int check_lumora(const std::string& codecs) {
+    const auto has = [&](std::string_view name) { return codecs_contain(codecs, name); };
     int status = 0;
-    if (has("lmav") && !has("avc3")) status |= report_missing_sdr_fourcc();
-    if (has("lma1") && !has("avc1")) status |= report_missing_sdr_fourcc();
-    if (has("lmhe") && !has("lmhe.05") && !has("hev1")) status |= report_missing_sdr_fourcc();
-    if (has("lmh1") && !has("lmh1.05") && !has("hvc1")) status |= report_missing_sdr_fourcc();
+    for (const CompatibleEntry& entry : COMPATIBLE_ENTRIES) {
+        const bool incompatible = !entry.incompatible_profile.empty() && has(entry.incompatible_profile);
+        if (!has(entry.lumora) || incompatible || has(entry.sdr)) continue;
+        std::printf(
+            "ERROR: Backward-compatible Lumora stream was indicated in the CODECS string of #EXT-X-STREAM-INF but, meanwhile, SDR fourcc code is missing.\n");
+        status = -1;
+    }
     if ((has("lmhe.05") || has("lmh1.05")) && (has("avc3") || has("avc1") || has("hev1") || has("hvc1"))) {
         std::printf(
             "ERROR: Non-backward-compatible Lumora stream profile was indicated in the CODECS string of #EXT-X-STREAM-INF but, meanwhile, SDR fourcc code exist too.\n");
@@ -109,7 +116,7 @@ int check_variant(VariantStream& variant, bool audio_differs) {
             variant.audio->c_str());
         status = -1;
     }
-    status |= check_lumora(variant.codecs);
+    status |= check_lumora(*variant.codecs);
     variant.selected = variant.uri || variant.audio || variant.video;
     if (!variant.selected) {
         std::printf("Warning: Neither URL nor AUDIO/VIDEO group id has been specified in the #EXT-X-STREAM-INF.\n");

@@ -6,6 +6,7 @@
 #include "ac4/ac4_sync_frame.h"
 #include "bits/byte_order.h"
 #include "bits/report.h"
+#include "playlist/codecs.h"
 #include "ts/pes_checks.h"
 #include "ts/ts_status.h"
 
@@ -37,7 +38,7 @@ int check_sync_word(std::span<const uint8_t> payload) {
 }
 
 int check_toc(const ac4_toc& toc, bool first_frame, const TsStreamTable& table, const PlaylistAttributes* attrs) {
-    if (attrs != nullptr && attrs->codecs.find(ac4_toc_codec_string(toc)) == std::string::npos) {
+    if (attrs != nullptr && !codecs_contain(attrs->codecs, ac4_toc_codec_string(toc))) {
         std::printf(
             "ERROR: Mismatch in the codecs attribute value between the Representation 0 element in the toc and the CODECS string in the master manifest.\n");
         return TS_CHECK_FAILED;

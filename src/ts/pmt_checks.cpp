@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <string>
 
+#include "playlist/codecs.h"
 #include "ts/lumora_pmt_checks.h"
 #include "ts/ts_status.h"
 
@@ -24,12 +25,9 @@ struct SeenStreams {
     bool lmra_registration_seen = false;  // a registration descriptor with the identifier "LMRA"
 };
 
-bool contains(const std::string& codecs, const char* text) {
-    return codecs.find(text) != std::string::npos;
-}
-
 bool names_lumora(const std::string& codecs) {
-    return contains(codecs, "lmav") || contains(codecs, "lma1") || contains(codecs, "lmhe") || contains(codecs, "lmh1");
+    return codecs_contain(codecs, "lmav") || codecs_contain(codecs, "lma1") || codecs_contain(codecs, "lmhe") ||
+           codecs_contain(codecs, "lmh1");
 }
 
 // ZTP_PROGRAM0 packs the three fields of the main program as the descriptor's third byte does.
@@ -129,7 +127,7 @@ int check_lumora_registration(const PlaylistAttributes* attrs, SeenStreams& seen
             "ERROR: No 'lmav', 'lma1' or 'lmhe' or 'lmh1' found in CODECS attribute of the #EXT-X-STREAM-INF.\n");
         status = TS_CHECK_FAILED;
     }
-    if (contains(codecs, "avc") || contains(codecs, "hvc1") || contains(codecs, "hev1")) {
+    if (codecs_contain(codecs, "avc") || codecs_contain(codecs, "hvc1") || codecs_contain(codecs, "hev1")) {
         std::printf(
             "ERROR:  Neither 'avc', 'hvc1' nor 'hev1' should be found in the CODECS attribute of the #EXT-X-STREAM-INF.\n");
         status = TS_CHECK_FAILED;
@@ -227,27 +225,27 @@ int check_stream(const EsRecord& stream, const PlaylistAttributes* attrs, SeenSt
 
 int require_audio_codecs(const std::string& codecs, const SeenStreams& seen) {
     int status = 0;
-    if (seen.aac_seen && !contains(codecs, "mp4a")) {
+    if (seen.aac_seen && !codecs_contain(codecs, "mp4a")) {
         std::printf(
             "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF must include 'mp4a' when it refers to an AAC audio stream.\n");
         status = TS_CHECK_FAILED;
     }
-    if (seen.ac3_seen && !contains(codecs, "ac-3")) {
+    if (seen.ac3_seen && !codecs_contain(codecs, "ac-3")) {
         std::printf(
             "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF must include 'ac-3' when it refers to a Zentra audio stream.\n");
         status = TS_CHECK_FAILED;
     }
-    if (seen.eac3_seen && !contains(codecs, "ec-3")) {
+    if (seen.eac3_seen && !codecs_contain(codecs, "ec-3")) {
         std::printf(
             "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF must include 'ec-3' when it refers Zentra Plus audio stream.\n");
         status = TS_CHECK_FAILED;
     }
-    if (seen.joc_seen && !contains(codecs, "ec-3")) {
+    if (seen.joc_seen && !codecs_contain(codecs, "ec-3")) {
         std::printf(
             "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF must include 'ec-3' when it refers Zentra Plus JOC audio stream.\n");
         status = TS_CHECK_FAILED;
     }
-    if (seen.ac4_seen && !contains(codecs, "ac-4")) {
+    if (seen.ac4_seen && !codecs_contain(codecs, "ac-4")) {
         std::printf(
             "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF must include 'ac-4' when it refers AC4 audio stream.\n");
         status = TS_CHECK_FAILED;
@@ -258,22 +256,23 @@ int require_audio_codecs(const std::string& codecs, const SeenStreams& seen) {
 int require_video_codecs(const std::string& codecs, const SeenStreams& seen) {
     const bool lumora_seen = seen.lmra_descriptor_seen || seen.lmra_registration_seen;
     int status = 0;
-    if (seen.avc_seen && !contains(codecs, "avc")) {
+    if (seen.avc_seen && !codecs_contain(codecs, "avc")) {
         std::printf(
             "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF must include 'avc' when it refers H.264 video stream.\n");
         status = TS_CHECK_FAILED;
     }
-    if (seen.hevc_seen && !contains(codecs, "hvc1") && !contains(codecs, "hev1")) {
+    if (seen.hevc_seen && !codecs_contain(codecs, "hvc1") && !codecs_contain(codecs, "hev1")) {
         std::printf(
             "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF must include 'hvc1' or 'hev1' when it refers H.265 video stream.\n");
         status = TS_CHECK_FAILED;
     }
-    if (lumora_seen && !contains(codecs, "lma") && !contains(codecs, "lmh")) {
+    if (lumora_seen && !codecs_contain(codecs, "lma") && !codecs_contain(codecs, "lmh")) {
         std::printf(
             "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF must include 'lma' or 'lmh' when it refers Lumora video stream.\n");
         status = TS_CHECK_FAILED;
     }
-    const bool compatible = contains(codecs, "avc") || contains(codecs, "hvc1") || contains(codecs, "hev1");
+    const bool compatible =
+        codecs_contain(codecs, "avc") || codecs_contain(codecs, "hvc1") || codecs_contain(codecs, "hev1");
     if (names_lumora(codecs) && !compatible && !seen.lmra_registration_seen) {
         std::printf(
             "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF indicates it refers a non-backward-compatible Lumora stream, but the Lumora registration descriptor has not been found in PMT of current TS segment.\n");
