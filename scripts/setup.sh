@@ -34,6 +34,15 @@ need_test_library() {
     need /usr/include/gtest/gtest.h=libgtest-dev
 }
 
+# What quorlin-batch needs; and, where it can be had, what more of it is tested with: the page in a browser, jobs over ssh.
+need_batch_tools() {
+    need parallel=parallel python3=python3
+    (need chromium=chromium) || echo "quorlin: no chromium: the page of quorlin-batch is not tested" >&2
+    # Where services run, the package would start one: there it has to be installed by hand.
+    [ -d /run/systemd/system ] || (need /usr/sbin/sshd=openssh-server) ||
+        echo "quorlin: no openssh-server: jobs over ssh are not tested" >&2
+}
+
 # build PRESET TARGET [CMAKE-ARGUMENT...]: configures and builds; its log is shown when it fails.
 build() {
     local preset=$1 target=$2

@@ -8,6 +8,7 @@ from dataclasses import dataclass, field
 from .playlists import read_playlist
 
 PLAYLIST_NAMES = (".m3u8", ".m3u")
+FolderId = tuple[int, int]
 ASSET_NAMES = (*PLAYLIST_NAMES, ".ts", ".trp")
 
 
@@ -25,7 +26,7 @@ class Found:
 def find_assets(arguments: Iterable[str], null: bool, leave_out: Iterable[str]) -> Found:
     """Assets of all arguments; the folders `leave_out` (reports, streams) are not searched."""
     found = Found()
-    skipped = {os.path.abspath(folder) for folder in leave_out}
+    skipped = {folder_id(folder) for folder in leave_out if os.path.isdir(folder)}
     for argument in arguments:
         if argument == "-" or (os.path.isfile(argument) and not is_asset_name(argument)):
             for entry in read_list(argument, null):
@@ -56,7 +57,7 @@ def read_list(path: str, null: bool) -> list[str]:
     return [os.fsdecode(line) for line in lines if line and not line.startswith(b"#")]
 
 
-def add_entry(found: Found, path: str, skipped: set[str]) -> None:
+def add_entry(found: Found, path: str, skipped: set[FolderId]) -> None:
     """A folder is searched. Anything else is an asset, even when it is not there: its run then says so."""
     path = os.path.abspath(path)
     if os.path.isdir(path):
@@ -65,33 +66,38 @@ def add_entry(found: Found, path: str, skipped: set[str]) -> None:
         found.assets[path] = None
 
 
-def search_folder(top: str, skipped: set[str], problems: list[str]) -> list[str]:
+def search_folder(top: str, skipped: set[FolderId], problems: list[str]) -> list[str]:
     """Every master playlist, and every media playlist that no master playlist found here names."""
     media, masters, named = set(), set(), set()
     for path in walk_playlists(top, skipped, problems):
         playlist = read_playlist(path)
         if playlist.is_master:
             masters.add(path)
-            named.update(playlist.playlists)
+            named.update(playlist.playlists, playlist.others)
         else:
             media.add(path)
     return sorted(masters | (media - named))
 
 
-def walk_playlists(top: str, skipped: set[str], problems: list[str]) -> Iterable[str]:
+def walk_playlists(top: str, skipped: set[FolderId], problems: list[str]) -> Iterable[str]:
     """Playlists below a folder. Symbolic links are followed, a folder is entered once."""
-    seen = set()
+    seen = set(skipped)
 
     def report(error: OSError) -> None:
         problems.append(f"{error.filename}: cannot be searched: {error.strerror}")
 
     for folder, subfolders, files in os.walk(top, onerror=report, followlinks=True):
-        status = os.stat(folder)
-        if folder in skipped or (status.st_dev, status.st_ino) in seen:
+        if folder_id(folder) in seen:
             subfolders.clear()
             continue
-        seen.add((status.st_dev, status.st_ino))
+        seen.add(folder_id(folder))
         subfolders.sort()
         for name in files:
             if name.lower().endswith(PLAYLIST_NAMES):
                 yield os.path.join(folder, name)
+
+
+def folder_id(path: str) -> FolderId:
+    """The same for every path to one folder."""
+    status = os.stat(path)
+    return status.st_dev, status.st_ino

@@ -11,9 +11,28 @@ MAX_TEXTS = 500  # different texts kept of an asset
 VERDICT = "validation result: "
 SEPARATOR = "-" * 48
 VERIFIED = " has been verified."
+UNREADABLE = "ERROR: Invalid segment path: "
 # Second lines of findings that have two.
 CONTINUATIONS = ("There is an additional independent stream", "Num of Channels Field", " (audio: ")
 LEVEL = re.compile(r"\s*(?:\d{3} - )?(?:\[SV\]\s*: )?(FATAL |)(ERROR|FAILURE|WARNING)", re.IGNORECASE)
+
+# Reasons on standard error: "quorlin: PATH: REASON". Any of them but these says that something was not validated.
+OUT_OF_SCOPE = (
+    "a rendition that is not of TYPE=AUDIO: the playlist is not validated",
+    "an I-frame playlist: it is not validated",
+    "an earlier variant has the same URI: validated once, with that variant's CODECS",
+    "is neither audio nor video: not followed",
+)
+EMPTY_PLAYLIST = (
+    "no segment could be read",
+    "the playlist names no segment",
+    "a master playlist where a media playlist is expected",
+)
+SKIPPED_SEGMENT = (
+    "nothing is checked",
+    "the segment is not read",
+    "the segment's container is not recognised from its first 8 bytes",
+)
 
 
 @dataclass
@@ -21,18 +40,26 @@ class Output:
     """What the two outputs of a run say."""
     verdict: str | None = None  # PASSED or FAILED, when the last line says so
     verified: int = 0  # playlists walked to their end
-    unreadable_segments: int = 0
-    reasons: int = 0  # lines on standard error that say why something failed or was skipped
-    empty_playlists: int = 0  # of which no segment could be read
+    skipped_segments: int = 0  # that could not be opened, or of which nothing was checked
+    empty_playlists: set[str] = field(default_factory=set)  # of which no segment was read
+    incomplete: bool = False  # something that should have been validated was not
     texts: dict[tuple[str, str], int] = field(default_factory=dict)  # (level, text) to count
+    places: dict[tuple[str, str], str] = field(default_factory=dict)  # the first path, where the text leaves it out
     more: int = 0  # lines with yet other texts
 
-    def add(self, level: str, text: str) -> None:
+    def add(self, level: str, text: str, place: str | None = None) -> None:
         key = (level, text)
-        if key in self.texts or len(self.texts) < MAX_TEXTS:
-            self.texts[key] = self.texts.get(key, 0) + 1
-        else:
+        if key not in self.texts and len(self.texts) >= MAX_TEXTS:
             self.more += 1
+            return
+        self.texts[key] = self.texts.get(key, 0) + 1
+        if place is not None:
+            self.places.setdefault(key, place)
+
+    def findings(self) -> list[dict]:
+        """As they are stored: level, count, text and, for reasons, the first place."""
+        return [{"level": key[0], "count": count, "text": key[1]} | ({"place": self.places[key]} if key in self.places else {})
+                for key, count in self.texts.items()]
 
     def first(self) -> str | None:
         """The first text that is more than a note."""
@@ -69,8 +96,9 @@ def read_stdout(path: str, output: Output) -> None:
         elif finding:
             output.add(*finding)
         finding = None
-        if line.startswith("ERROR: Invalid segment path: "):
-            output.unreadable_segments += 1
+        if line.startswith(UNREADABLE):
+            output.skipped_segments += 1
+            output.incomplete = True
         elif line.endswith(VERIFIED) and not line.startswith("ERROR"):
             output.verified += 1
         if not is_frame(line, previous):
@@ -90,11 +118,27 @@ def is_frame(line: str, previous: str) -> bool:
 
 
 def read_stderr(path: str, output: Output) -> None:
+    """Reasons are folded without their path: thousands of segments that are skipped for one reason are one line."""
     for line in read_lines(path):
-        if line.startswith("quorlin: "):
-            output.reasons += 1
-            output.add("reason", line)
+        place, separator, reason = line.removeprefix("quorlin: ").partition(": ")
+        if line.startswith("quorlin: ") and separator:
+            add_reason(output, place, reason)
         elif line.strip():
             output.add(level_of(line), line)
-        if line.endswith((": no segment could be read", "is expected: no segments")):
-            output.empty_playlists += 1
+
+
+def add_reason(output: Output, place: str, reason: str) -> None:
+    if reason.endswith(OUT_OF_SCOPE):
+        output.add("note", reason, place)
+        return
+    output.add("reason", reason, place)
+    output.incomplete = True
+    output.skipped_segments += reason.endswith(SKIPPED_SEGMENT)
+    if reason.endswith(EMPTY_PLAYLIST):
+        output.empty_playlists.add(place)
+
+
+def told(finding: dict) -> str:
+    """A finding in one line."""
+    place = finding.get("place")
+    return finding["text"].strip() + (f" ({'first in ' if finding['count'] > 1 else 'in '}{place})" if place else "")

@@ -12,7 +12,7 @@ import sys
 import time
 
 from .findings import Output, read_stderr, read_stdout
-from .reports import (FORMAT, RESULT, STDERR, STDOUT, Settings, is_final, is_playlist, load_result, look_at, nested,
+from .reports import (FORMAT, RESULT, STDERR, STDOUT, Settings, is_final, load_result, look_at, nested,
                       report_folder)
 from .text import printable, write_whole
 from .verdict import Run, judge
@@ -60,14 +60,13 @@ def validate(settings: Settings, asset: str) -> dict:
         output = Output()
         read_stdout(beside[0], output)
         read_stderr(beside[1], output)
-        state, reason = judge(run, output, is_playlist(asset), look.segments)
+        state, reason = judge(run, output, look)
         result = {
             "format": FORMAT, "asset": printable(asset), "state": state, "reason": reason, "verdict": output.verdict,
             "exit_code": run.exit_code, "timed_out": run.timed_out, "retriable": run.retriable(),
             "attempts": before["attempts"] + 1 if before else 1, "seconds": round(run.seconds, 3), "limit": run.limit,
             "host": socket.gethostname(), "quorlin": settings.version, "streams": settings.streams, "files": look.digest,
-            "findings": [{"level": level, "count": count, "text": text}
-                         for (level, text), count in output.texts.items()],
+            "findings": output.findings(),
             "more_findings": output.more,
         }
         for path in beside:

@@ -3,6 +3,7 @@
 import io
 from xml.etree import ElementTree
 
+from .findings import told
 from .text import plural, write_whole
 from .verdict import FAILED, INCOMPLETE, PASSED
 
@@ -39,7 +40,7 @@ def add_case(suite: ElementTree.Element, record: dict) -> None:
 
 def folded(record: dict) -> str:
     """The findings of an asset, each text once behind its count."""
-    lines = [f"{finding['count']} x {finding['text'].strip()}" for finding in record["findings"]]
+    lines = [f"{finding['count']} x {told(finding)}" for finding in record["findings"]]
     if record["more_findings"]:
         lines.append(f"and {plural(record['more_findings'], 'line')} with other texts")
     return "\n".join(lines)

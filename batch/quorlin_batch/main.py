@@ -14,7 +14,6 @@ from collections.abc import Iterator
 from . import VERSION
 from .assets import UsageError, find_assets
 from .engine import Engine, run_jobs
-from .job import run_job
 from .junit import store_junit
 from .page import store_page
 from .reports import Settings, is_current, is_final, load_result, remove_report
@@ -177,7 +176,7 @@ def run_locked(settings: Settings, assets: list[str], problems: list[str], optio
     say(options, f"{plural(len(assets), 'asset')}, {len(to_do):,} to validate")
     engine = Engine(options.jobs, options.sshlogin, options.sshloginfile, bar=shows_progress(options))
     finished = run_jobs(engine, settings, assets, to_do) if to_do else True
-    summary = summarize(settings, assets, problems, len(to_do), time.monotonic() - started, not finished)
+    summary = summarize(settings, assets, to_do, problems, time.monotonic() - started, not finished)
     store_summary(summary, os.path.join(settings.reports, "summary.json"))
     store_junit(summary, os.path.join(settings.reports, "junit.xml"))
     page = os.path.join(settings.reports, "index.html")
@@ -198,8 +197,6 @@ def say(options: argparse.Namespace, text: str) -> None:
 
 
 def main(arguments: list[str]) -> int:
-    if len(arguments) == 3 and arguments[0] == "--run-job":
-        return run_job(arguments[1], arguments[2])
     try:
         return run_batch(command_line().parse_args(arguments))
     except UsageError as error:

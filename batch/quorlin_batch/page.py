@@ -37,10 +37,14 @@ def page_data(summary: dict) -> dict:
     frequent = {(finding["level"], finding["form"]): index for index, finding in enumerate(summary["frequent_findings"])}
     numbers: dict[tuple[str, str, int], int] = {}
 
-    def number(finding: dict, folder: str) -> int:
+    def entry(finding: dict, folder: str) -> list:
         level, text = finding["level"], finding["text"]
-        key = (level, text.strip().replace(summary["root"] + "/", ""), frequent.get((level, form(text, folder)), -1))
-        return numbers.setdefault(key, len(numbers))
+        key = (level, shortened(text.strip()), frequent.get((level, form(text, folder)), -1))
+        place = [shortened(finding["place"])] if "place" in finding else []
+        return [numbers.setdefault(key, len(numbers)), finding["count"], *place]
+
+    def shortened(text: str) -> str:
+        return text.replace(summary["root"] + "/", "")
 
     assets = []
     for record in summary["assets"]:
@@ -49,7 +53,7 @@ def page_data(summary: dict) -> dict:
         more = record["more_findings"] + sum(finding["count"] for finding in record["findings"][MAX_TEXTS:])
         assets.append([record["name"], STATES.index(record["state"]), record["reason"], record["report"] or "",
                        record["seconds"], record["attempts"], record["host"] or "",
-                       [[number(finding, folder), finding["count"]] for finding in shown], more])
+                       [entry(finding, folder) for finding in shown], more])
     keys = ("root", "quorlin", "seconds", "validated_now", "interrupted", "problems", "totals", "frequent_findings")
     return {**{key: summary[key] for key in keys}, "states": [[state, TITLES[state]] for state in STATES],
             "texts": [list(key) for key in numbers], "assets": assets}

@@ -7,13 +7,15 @@ from dataclasses import dataclass, field
 
 LINE_SIZE = 4096
 URI = re.compile(rb'[:,]\s*URI="([^"]*)"')
+AUDIO = re.compile(rb"[:,]\s*TYPE=AUDIO\b")
 
 
 @dataclass
 class Playlist:
     """The files that a playlist names, by what they are."""
     is_master: bool = False
-    playlists: list[str] = field(default_factory=list)
+    playlists: list[str] = field(default_factory=list)  # variants and audio renditions
+    others: list[str] = field(default_factory=list)  # playlists that quorlin does not validate
     segments: list[str] = field(default_factory=list)
     init_sections: list[str] = field(default_factory=list)
 
@@ -34,8 +36,7 @@ def read_playlist(path: str) -> Playlist:
     expected: list[str] | None = None  # the list that the next line's address goes to
 
     def add(addresses: list[str], address: bytes) -> None:
-        if b"://" not in address:
-            addresses.append(os.path.normpath(folder + "/" + os.fsdecode(address)))
+        addresses.append(os.path.normpath(folder + "/" + os.fsdecode(address)))
 
     for line in lines_of(path):
         if expected is not None and not line.startswith(b"#"):
@@ -47,8 +48,9 @@ def read_playlist(path: str) -> Playlist:
             expected = playlist.playlists
         elif line.startswith(b"#EXTINF:"):
             expected = playlist.segments
-        elif line.startswith((b"#EXT-X-MEDIA:", b"#EXT-X-I-FRAME-STREAM-INF:", b"#EXT-X-MAP:")):
-            is_map = line.startswith(b"#EXT-X-MAP:")
-            if found := URI.search(line):
-                add(playlist.init_sections if is_map else playlist.playlists, found[1])
+        elif line.startswith((b"#EXT-X-MEDIA:", b"#EXT-X-I-FRAME-STREAM-INF:", b"#EXT-X-MAP:")) and (found := URI.search(line)):
+            if line.startswith(b"#EXT-X-MAP:"):
+                add(playlist.init_sections, found[1])
+            else:
+                add(playlist.playlists if AUDIO.search(line) else playlist.others, found[1])
     return playlist

@@ -56,25 +56,24 @@ def report_folder(reports: str, asset: str) -> str:
 class Look:
     """An asset's files, as they are on the disk at one moment."""
     digest: str  # of their names, sizes and times
+    is_playlist: bool
+    named: int  # segments and init sections that are named
     segments: int  # segment files that are there
 
 
 def look_at(asset: str) -> Look:
-    """The playlist, the playlists it names and all their segments; a numbered series is every file that may be of it."""
-    playlist = read_playlist(asset) if is_playlist(asset) else None
-    if playlist is None:
-        others, segments = [], series_files(asset)
-    elif playlist.is_master:
-        media = [read_playlist(path) for path in playlist.playlists]
-        others = playlist.playlists + [path for each in media for path in each.init_sections]
-        segments = [path for each in media for path in each.segments]
-    else:
-        others, segments = playlist.init_sections, playlist.segments
+    """The playlist, those of its variants and audio renditions and all their segments; or the files of a series."""
+    playlists = [asset] if is_playlist(asset) else []
+    if playlists and (master := read_playlist(asset)).is_master:
+        playlists += dict.fromkeys(master.playlists)
+    media = [read_playlist(path) for path in playlists]
+    init_sections = [path for each in media for path in each.init_sections]
+    segments = [path for each in media for path in each.segments] if playlists else series_files(asset)
     digest = hashlib.sha256()
-    for path in sorted({asset, *others}):
+    for path in sorted({asset, *playlists, *init_sections}):
         stamp(path, digest)
     present = sum(stamp(path, digest) for path in sorted(set(segments)))
-    return Look(digest.hexdigest(), present)
+    return Look(digest.hexdigest(), bool(playlists), len(segments) + len(init_sections), present)
 
 
 def is_playlist(asset: str) -> bool:

@@ -8,21 +8,23 @@ from collections.abc import Iterable
 from urllib.parse import quote
 
 from . import VERSION
+from .findings import told
 from .reports import Settings, load_result, report_folder
 from .text import duration, plural, printable, write_whole
 from .verdict import EXIT_CODES, NO_VERDICT, PASSED, STATES, TITLES
 
 FORMAT = 1
 MAX_LISTED = 20  # assets of one state on standard output
+MAX_TOLD = 3  # findings of one asset there
 MAX_FREQUENT = 50
 NUMBER = re.compile(r"(?<![A-Za-z-])(?!^\d{3} - )\d+")
 NOT_RUN = {"state": NO_VERDICT, "reason": "not validated: its run did not come to an end", "verdict": None, "exit_code": None,
            "attempts": 0, "seconds": 0.0, "host": None, "findings": [], "more_findings": 0}
 
 
-def summarize(settings: Settings, assets: list[str], problems: list[str], validated: int, seconds: float,
+def summarize(settings: Settings, assets: list[str], to_do: list[int], problems: list[str], seconds: float,
               interrupted: bool) -> dict:
-    """The content of summary.json."""
+    """The content of summary.json. `to_do` are the numbers of the assets that were to be validated in this call."""
     root = common_folder(assets)
     records = [asset_record(settings, asset, root) for asset in assets]
     totals = Counter(record["state"] for record in records)
@@ -33,7 +35,7 @@ def summarize(settings: Settings, assets: list[str], problems: list[str], valida
         "quorlin": printable(settings.version),
         "root": printable(root),
         "seconds": round(seconds, 3),
-        "validated_now": validated,
+        "validated_now": sum(records[index]["report"] is not None for index in to_do),
         "interrupted": interrupted,
         "problems": [printable(problem) for problem in problems],
         "exit_code": 2 if problems or interrupted else exit_code,
@@ -53,7 +55,7 @@ def asset_record(settings: Settings, asset: str, root: str) -> dict:
     folder = os.path.relpath(report_folder(settings.reports, asset), settings.reports)
     record = {"asset": printable(asset), "name": printable(os.path.relpath(asset, root))}
     record.update({key: (result or NOT_RUN)[key] for key in NOT_RUN})
-    record["report"] = quote(os.fsencode(folder)) if result else None
+    record["report"] = quote(os.fsencode(folder)) if result else None  # as a relative URL
     return record
 
 
@@ -98,8 +100,9 @@ def store_summary(summary: dict, path: str) -> None:
 def summary_lines(summary: dict) -> Iterable[str]:
     """What a person reads when the batch has ended: what is wrong first, the numbers last."""
     totals = summary["totals"]
-    for state in (*STATES[:0:-1],):
-        yield from state_lines(state, [record for record in summary["assets"] if record["state"] == state])
+    shown = [record for record in summary["assets"] if record["attempts"] or not summary["interrupted"]]
+    for state in STATES[:0:-1]:
+        yield from state_lines(state, [record for record in shown if record["state"] == state])
     if summary["frequent_findings"]:
         yield "Most frequent findings (assets, times):"
         for finding in summary["frequent_findings"][:10]:
@@ -107,9 +110,8 @@ def summary_lines(summary: dict) -> Iterable[str]:
         yield ""
     for problem in summary["problems"]:
         yield f"PROBLEM: {problem}"
-    current = totals["assets"] - summary["validated_now"]
-    yield (f"{plural(totals['assets'], 'asset')}, {summary['validated_now']:,} validated in "
-           f"{duration(summary['seconds'])}" + (f", {current:,} with a current report" if current > 0 else ""))
+    yield (f"{plural(totals['assets'], 'asset')}, {summary['validated_now']:,} validated in {duration(summary['seconds'])}"
+           + (", interrupted: the same call goes on from here" if summary["interrupted"] else ""))
     for state in STATES:
         if totals[state] or state == PASSED:
             yield f"  {TITLES[state]:18} {totals[state]:7,}"
@@ -121,11 +123,17 @@ def state_lines(state: str, records: list[dict]) -> Iterable[str]:
     yield f"{TITLES[state].upper()}:"
     for record in records[:MAX_LISTED]:
         yield f"  {record['name']}" + (f": {record['reason']}" if record["reason"] else "")
-        worst = [finding for finding in record["findings"] if finding["level"] != "note"]
-        for finding in worst[:3] if not record["reason"].endswith(tuple(f["text"] for f in worst) or "\n") else ():
-            yield f"    {finding['count']:4,} x {finding['text'].strip()}"
-        if len(worst) > 3:
-            yield f"           and {plural(len(worst) - 3, 'other text')}"
+        yield from finding_lines(record)
     if len(records) > MAX_LISTED:
         yield f"  and {len(records) - MAX_LISTED:,} more"
     yield ""
+
+
+def finding_lines(record: dict) -> Iterable[str]:
+    """The first findings; not those that the reason quotes already."""
+    rest = [finding for finding in record["findings"]
+            if finding["level"] != "note" and finding["text"].strip() not in record["reason"]]
+    for finding in rest[:MAX_TOLD]:
+        yield f"    {finding['count']:4,} x {told(finding)}"
+    if len(rest) > MAX_TOLD or record["more_findings"]:
+        yield f"           and {plural(max(len(rest) - MAX_TOLD, 0) + record['more_findings'], 'other text')}"

@@ -28,7 +28,7 @@ def plural(count: int, word: str) -> str:
 def duration(seconds: float) -> str:
     """Seconds as a person says them: 4.2 s, 3 min 20 s, 2 h 5 min."""
     if seconds < 60:
-        return f"{seconds:.1f} s"
+        return f"{seconds:.1f} s".replace(".0 ", " ")
     minutes = int(seconds) // 60
     if minutes < 60:
         return f"{minutes} min {int(seconds) % 60} s"

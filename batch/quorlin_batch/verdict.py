@@ -4,6 +4,7 @@ import signal
 from dataclasses import dataclass
 
 from .findings import Output
+from .reports import Look
 from .text import duration
 
 PASSED = "passed"
@@ -33,8 +34,8 @@ class Run:
         return self.timed_out or self.exit_code not in REGULAR_EXIT_CODES
 
 
-def judge(run: Run, output: Output, is_playlist: bool, segments: int) -> tuple[str, str]:
-    """State and the reason for it. `segments` is the number of segment files that are there."""
+def judge(run: Run, output: Output, look: Look) -> tuple[str, str]:
+    """State and the reason for it."""
     if run.timed_out:
         return NO_VERDICT, f"ran into the time limit of {duration(run.limit)}"
     if run.retriable():
@@ -44,9 +45,11 @@ def judge(run: Run, output: Output, is_playlist: bool, segments: int) -> tuple[s
         return NO_VERDICT, "ended without a verdict" + (f": {said}" if said else f" (exit code {run.exit_code})")
     if output.verdict == "FAILED":
         return FAILED, ""
-    if segments == 0 or (is_playlist and output.verified <= output.empty_playlists):
-        return NOTHING, "no segment of it could be read"
-    if output.unreadable_segments or output.reasons:
+    # Two witnesses: what quorlin says that it skipped, and what is on the disk.
+    unread = look.is_playlist and output.verified <= len(output.empty_playlists)
+    if unread or look.segments == 0 or output.skipped_segments >= look.named:
+        return NOTHING, "no segment of it was validated"
+    if output.incomplete:
         return INCOMPLETE, "not everything could be validated"
     return PASSED, ""
 
