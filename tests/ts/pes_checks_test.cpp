@@ -175,6 +175,9 @@ TEST(PesChecks, TheDescriptorsChooseTheCheck) {
         TsStreamTable table;
         transcript += transcript_entry(c.first, [&] { return check_pes(table, Bytes(64, 0), c.second, nullptr); });
     }
+    TsStreamTable table;
+    transcript += transcript_entry("0x87: no access unit",
+                                   [&] { return check_pes(table, {}, {program(0x87, {0xCC})}, nullptr); });
     expect_golden("golden/chosen_checks.txt", transcript);
 }
 
