@@ -1,6 +1,7 @@
 """Folds what quorlin printed: each text once, with its count. Reads line by line, whatever the size of the output."""
 
 import re
+from collections import Counter
 from collections.abc import Iterator
 from dataclasses import dataclass, field
 
@@ -8,13 +9,17 @@ from .text import printable
 
 MAX_LINE = 1000  # bytes kept of a line
 MAX_TEXTS = 500  # different texts kept of an asset
+MAX_ALIKE = 50  # of these, texts that differ in numbers only
 VERDICT = "validation result: "
 SEPARATOR = "-" * 48
 VERIFIED = " has been verified."
 UNREADABLE = "ERROR: Invalid segment path: "
 # Second lines of findings that have two.
 CONTINUATIONS = ("There is an additional independent stream", "Num of Channels Field", " (audio: ")
-LEVEL = re.compile(r"\s*(?:\d{3} - )?(?:\[SV\]\s*: )?(FATAL |)(ERROR|FAILURE|WARNING)", re.IGNORECASE)
+LEVEL = re.compile(r"\s*(?:\d{3} - )?(?:\[SV\]\s*: )?(FATAL |)(ERROR|FAILURE|WARNING):", re.IGNORECASE)
+PACKED_AUDIO_TIME = re.compile(r"  .* \(pts:-?\d+\)")
+# The number of a rule is none that differs, nor are the digits of words such as ec3.
+NUMBER = re.compile(r"(?<![A-Za-z\d-])(?!^\d{3} - )\d+")
 
 # Reasons on standard error: "quorlin: PATH: REASON". Any of them but these says that something was not validated.
 OUT_OF_SCOPE = (
@@ -30,6 +35,7 @@ EMPTY_PLAYLIST = (
 )
 SKIPPED_SEGMENT = (
     "nothing is checked",
+    "nothing is validated",
     "the segment is not read",
     "the segment's container is not recognised from its first 8 bytes",
 )
@@ -45,13 +51,17 @@ class Output:
     incomplete: bool = False  # something that should have been validated was not
     texts: dict[tuple[str, str], int] = field(default_factory=dict)  # (level, text) to count
     places: dict[tuple[str, str], str] = field(default_factory=dict)  # the first path, where the text leaves it out
+    alike: Counter[str] = field(default_factory=Counter)
     more: int = 0  # lines with yet other texts
 
     def add(self, level: str, text: str, place: str | None = None) -> None:
         key = (level, text)
-        if key not in self.texts and len(self.texts) >= MAX_TEXTS:
-            self.more += 1
-            return
+        if key not in self.texts:
+            form = NUMBER.sub("N", text)
+            if len(self.texts) >= MAX_TEXTS or self.alike[form] >= MAX_ALIKE:
+                self.more += level != "note"
+                return
+            self.alike[form] += 1
         self.texts[key] = self.texts.get(key, 0) + 1
         if place is not None:
             self.places.setdefault(key, place)
@@ -112,9 +122,11 @@ def read_stdout(path: str, output: Output) -> None:
 
 
 def is_frame(line: str, previous: str) -> bool:
+    """Names of playlists and times of segments: no findings, and as many as there are segments."""
+    if not line.strip() or line in (SEPARATOR, "#EXT-X-DISCONTINUITY") or PACKED_AUDIO_TIME.fullmatch(line):
+        return True
     header = previous.endswith(SEPARATOR) and line.endswith(":")
-    return not line.strip() or line == SEPARATOR or header or line == "#EXT-X-DISCONTINUITY" or (
-        line.endswith(VERIFIED) and level_of(line) == "note")
+    return header or (line.endswith(VERIFIED) and level_of(line) == "note")
 
 
 def read_stderr(path: str, output: Output) -> None:

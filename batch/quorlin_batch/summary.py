@@ -2,13 +2,12 @@
 
 import json
 import os
-import re
 from collections import Counter
 from collections.abc import Iterable
 from urllib.parse import quote
 
 from . import VERSION
-from .findings import told
+from .findings import NUMBER, told
 from .reports import Settings, load_result, report_folder
 from .text import duration, plural, printable, write_whole
 from .verdict import EXIT_CODES, NO_VERDICT, PASSED, STATES, TITLES
@@ -17,7 +16,6 @@ FORMAT = 1
 MAX_LISTED = 20  # assets of one state on standard output
 MAX_TOLD = 3  # findings of one asset there
 MAX_FREQUENT = 50
-NUMBER = re.compile(r"(?<![A-Za-z-])(?!^\d{3} - )\d+")
 NOT_RUN = {"state": NO_VERDICT, "reason": "not validated: its run did not come to an end", "verdict": None, "exit_code": None,
            "attempts": 0, "seconds": 0.0, "host": None, "findings": [], "more_findings": 0}
 
@@ -89,7 +87,7 @@ def without_folder(text: str, folder: str) -> str:
 
 
 def form(text: str, folder: str) -> str:
-    """What findings alike have in common. The number of a rule stays, as do digits of words such as ec3."""
+    """What findings alike have in common."""
     return NUMBER.sub("N", without_folder(text, folder).strip())
 
 
