@@ -16,7 +16,8 @@ transport streams, fragmented MP4 and packed audio, down to the AC-3, E-AC-3
 and AC-4 bitstreams. It prints what breaks a rule, writes every elementary
 stream to a file and ends with PASSED or FAILED.
 .
-ztpinfo analyses raw AC-3 and E-AC-3 streams.")
+ztpinfo analyses raw AC-3 and E-AC-3 streams. quorlin-batch validates a
+catalogue of titles with GNU parallel and writes a report of it.")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 # Whatever the umask of who builds it.
@@ -26,17 +27,11 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
 set(CPACK_DEBIAN_PACKAGE_SECTION video)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+# For quorlin-batch; the validator itself needs neither.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "parallel, python3")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 # Runs over the installed tree before it is packed.
-set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/debian/documents.cmake)
+set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/debian/prepare.cmake)
 
-if(EXISTS ${PROJECT_SOURCE_DIR}/batch/CMakeLists.txt)
-  string(APPEND CPACK_PACKAGE_DESCRIPTION "
-.
-quorlin-batch validates a catalogue of titles with GNU parallel and writes a
-report of it.")
-  # The validator itself needs neither.
-  set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "parallel, python3")
-endif()
 include(CPack)
