@@ -22,7 +22,12 @@ uint64_t remaining_bytes(const FileReader& reader) {
 // One request to the stream: up to `count` bytes into the buffer. A failed read counts as the end of the file.
 uint32_t fill_buffer(FileReader& reader, uint32_t count) {
     const size_t got = std::fread(reader.buffer.bytes.get(), 1, count, reader.file.get());
-    if (std::ferror(reader.file.get()) != 0) reader.read_error = true;
+    if (std::ferror(reader.file.get()) != 0 && !reader.read_error) {
+        reader.read_error = true;
+        // A pipe cannot tell where it stands; it is read from front to back.
+        const off_t place = ftello(reader.file.get());
+        reader.error_offset = place < 0 ? reader.position : static_cast<uint64_t>(place);
+    }
     return static_cast<uint32_t>(got);
 }
 
@@ -82,10 +87,12 @@ File open_input_file(const std::string& path) {
     const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (descriptor < 0) return nullptr;
     struct stat status = {};
-    const bool regular = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+    const bool known = fstat(descriptor, &status) == 0;
+    const bool regular = known && S_ISREG(status.st_mode);
     File file(regular ? fdopen(descriptor, "rb") : nullptr);
     if (file) return file;
-    const int cause = regular ? errno : S_ISDIR(status.st_mode) ? EISDIR : NOT_A_REGULAR_FILE;
+    const bool by_kind = known && !regular;
+    const int cause = !by_kind ? errno : S_ISDIR(status.st_mode) ? EISDIR : NOT_A_REGULAR_FILE;
     close(descriptor);
     errno = cause;
     return nullptr;
@@ -186,9 +193,15 @@ void reader_close(FileReader& reader) {
     reader.buffer = std::move(buffer);
 }
 
-uint64_t reader_file_size(FileReader& reader) {
+uint64_t reader_file_size(const FileReader& reader) {
     if (!reader.file) return reader.memory.size();
-    if (fseeko(reader.file.get(), 0, SEEK_END) != 0) return 0;
-    const off_t size = ftello(reader.file.get());
+    std::FILE* const file = reader.file.get();
+    struct stat status = {};
+    if (fstat(fileno(file), &status) == 0) return static_cast<uint64_t>(status.st_size);
+    // A stream over memory has no descriptor to ask.
+    const off_t place = ftello(file);
+    fseeko(file, 0, SEEK_END);
+    const off_t size = ftello(file);
+    fseeko(file, place, SEEK_SET);
     return size > 0 ? static_cast<uint64_t>(size) : 0;
 }

@@ -25,6 +25,7 @@ struct FileReader {
     std::span<const uint8_t> memory;          // memory mode: the caller's block
     uint32_t chunk_size = READER_CHUNK_SIZE;  // bytes per request to the stream; tests make it small
     bool read_error = false;                  // the stream failed in the middle of the file (not its end)
+    uint64_t error_offset = 0;                // where it failed first
 };
 
 // Opens a regular file for reading. Anything else that a playlist may name cannot be opened: a directory, a pipe that
@@ -60,5 +61,5 @@ uint64_t read_be64(FileReader& reader);
 // Closes the file and clears the record; the buffer stays for the next file. Closing twice is harmless.
 void reader_close(FileReader& reader);
 
-// Size of the file in bytes (of the block in memory mode). The reader must be started again before it is read on.
-uint64_t reader_file_size(FileReader& reader);
+// Size of the file in bytes (of the block in memory mode).
+uint64_t reader_file_size(const FileReader& reader);

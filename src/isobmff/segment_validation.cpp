@@ -20,18 +20,13 @@ namespace {
 // Longer ranges than any file: keeps every place that is seeked to inside what a file system takes.
 constexpr uint64_t MAX_RANGE_LENGTH = uint64_t{1} << 42;
 
-uint64_t measure_file(FileReader& reader) {
-    if (!reader.file) return reader_file_size(reader);
-    const off_t place = ftello(reader.file.get());
-    const uint64_t size = reader_file_size(reader);
-    fseeko(reader.file.get(), place, SEEK_SET);
-    return size;
-}
-
 // Confines the reader to the entry's range, or to the whole file, and starts it. Returns 0, or 1 when the range cannot
 // be applied.
 int apply_byte_range(MediaContext& context, FileReader& reader, const SegmentEntry& segment) {
-    context.file_size = measure_file(reader);
+    // The file may be open from the range before: a read that failed there is not this one's.
+    if (reader.file) std::clearerr(reader.file.get());
+    reader.read_error = false;
+    context.file_size = reader_file_size(reader);
     context.range_length = 0;
     reader.start_offset = 0;
     reader.limited = false;
@@ -120,7 +115,7 @@ int validate_mp4_segment(FileReader& reader, const SegmentEntry& segment, MediaC
         for (const std::unique_ptr<TrackRecord>& track : context->tracks)
             if (!validate_track(*context, reader, *track, status)) break;
     if (reader.read_error) {
-        report_reason(reader.path, "a read failed before byte %" PRIu64, reader.position);
+        report_reason(reader.path, "read error at byte %" PRIu64, reader.error_offset);
         status |= SEGMENT_FINDING;
     }
     if (status == 0) report_empty_segment(*context, segment, reader.path);

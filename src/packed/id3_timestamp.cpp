@@ -39,7 +39,9 @@ bool read_over(FileReader& reader, uint32_t count) {
 }
 
 int malformed(const std::string& path, const FileReader& reader, const char* reason) {
-    report_reason(path, "%s (byte %llu)", reason, static_cast<unsigned long long>(reader.position));
+    // A failed read has a reason of its own.
+    if (!reader.read_error)
+        report_reason(path, "%s (byte %llu)", reason, static_cast<unsigned long long>(reader.position));
     return -1;
 }
 

@@ -136,7 +136,7 @@ int validate_packed_audio(FileReader& reader, const SegmentEntry& entry, const s
     }
     int status = validate_segment(reader, uri, output_dir, stem, first_segment, attrs);
     if (reader.read_error) {
-        report_reason(uri, "read error at byte %llu", static_cast<unsigned long long>(reader.position));
+        report_reason(uri, "read error at byte %" PRIu64, reader.error_offset);
         status = -1;
     }
     reader_close(reader);

@@ -166,7 +166,7 @@ void report_unread(const TsDemuxContext& context, int status) {
 
 int report_read_error(const FileReader& reader) {
     if (!reader.read_error) return 0;
-    report_reason(reader.path, "read error at byte %llu", static_cast<unsigned long long>(reader.position));
+    report_reason(reader.path, "read error at byte %" PRIu64, reader.error_offset);
     return TS_CHECK_FAILED;
 }
 
