@@ -95,17 +95,18 @@ int compare_object_audio(const Ec3Configuration& ec3, const ZtpStreamSummary& su
             "[SV]   : ERROR: Mismatch in Aurelis-specific flag settings between the Zentra Plus elementary stream and the MP4 sample description.\n");
         return SEGMENT_FINDING;
     }
-    int status = 0;
     if (summary.programs[0].num_dep_substreams == 0 && summary.num_programs == 0) {
+        // No substream to look at.
         std::printf(
             "[SV]   : ERROR: The MP4 sample description identifies Aurelis content, but the num_of_dep_frm and num_of_pgms are not correctly set in the Zentra Plus elementary stream.\n");
-        status = SEGMENT_FINDING;
+        return SEGMENT_FINDING;
     }
     if (substream.addbsie == 0 || substream.addbsi_bytes < 2) {
         std::printf(
             "[SV]   : ERROR: The MP4 sample description identifies Aurelis content, but bse_addbsil value is invalid.\n");
         return SEGMENT_FINDING;
     }
+    int status = 0;
     if (substream.addbsi[0] != ec3.flag_ec3_extension_type_a) {
         std::printf(
             "[SV]   : ERROR: Mismatch in flag_ec3_extension_type_a setting between the Zentra Plus elementary stream and the MP4 sample description.\n");

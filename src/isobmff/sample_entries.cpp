@@ -96,7 +96,8 @@ int read_frma(MediaContext& context, FileReader& reader, int64_t) {
     const SampleFormat* format = find_format(load_be32(data_format, 0));
     if (format == nullptr || !format->named_by_frma) return 0;
     context.current_track->codec_kind = format->codec_kind;
-    context.current_track->hdr_video_kind = format->hdr_video_kind;
+    // A format without HDR leaves the entry's own HDR kind.
+    if (format->hdr_video_kind != HDR_NONE) context.current_track->hdr_video_kind = format->hdr_video_kind;
     return 0;
 }
 

@@ -15,15 +15,16 @@ constexpr size_t FULL_BOX_HEADER_SIZE = 4;  // version and flags
 constexpr size_t UUID_SIZE = 16;
 constexpr std::string_view METADATA_UUID = "VXRO-METADATA-00";
 
-// A trak whose track_ID an earlier segment made takes that record's place, and goes on with its output.
-void replace_earlier_record(MediaContext& context) {
-    TrackRecord& made = *context.tracks.back();
-    for (size_t i = 0; i + 1 < context.tracks.size(); ++i) {
-        TrackRecord& earlier = *context.tracks[i];
-        if (earlier.track_ID != made.track_ID || earlier.made_in_walk == context.walk_number) continue;
-        made.output = std::move(earlier.output);
-        context.tracks[i] = std::move(context.tracks.back());
-        context.tracks.pop_back();
+// A trak, now record `made`, whose track_ID an earlier segment made takes that record's place, and goes on with its
+// output.
+void replace_earlier_record(MediaContext& context, size_t made) {
+    auto& tracks = context.tracks;
+    for (size_t i = 0; i < made; ++i) {
+        TrackRecord& earlier = *tracks[i];
+        if (earlier.track_ID != tracks[made]->track_ID || earlier.made_in_walk == context.walk_number) continue;
+        tracks[made]->output = std::move(earlier.output);
+        tracks[i] = std::move(tracks[made]);
+        tracks.erase(tracks.begin() + static_cast<ptrdiff_t>(made));
         return;
     }
 }
@@ -67,13 +68,15 @@ int read_mvhd(MediaContext& context, FileReader& reader, int64_t) {
 }
 
 int read_trak(MediaContext& context, FileReader& reader, int64_t payload_size) {
+    // The walk may make and take away records behind this one (a trak inside), never in front of it.
+    const size_t made = context.tracks.size();
     context.tracks.push_back(std::make_unique<TrackRecord>());
     TrackRecord& track = *context.tracks.back();
     track.made_in_walk = context.walk_number;
     context.current_track = &track;
     const int status = walk_container(context, reader, payload_size);
     context.current_track = nullptr;
-    replace_earlier_record(context);
+    replace_earlier_record(context, made);
     if (context.tracks.size() <= MAX_TRACKS || status != 0) return status;
     context.tracks.pop_back();
     return refuse_box(context, reader, "there are more than 256 tracks");

@@ -10,6 +10,7 @@
 #include <tuple>
 #include <vector>
 
+#include "support/files.h"
 #include "support/golden.h"
 
 namespace {
@@ -101,7 +102,7 @@ TEST(FileReader, IntegersAcrossSeamsAndPastTheEnd) {
 }
 
 TEST(FileReader, OffsetsBeyond32Bits) {
-    const std::string path = testing::TempDir() + "reader_sparse_file";
+    const std::string path = scratch_path("sparse_file");
     const uint64_t offset = uint64_t{5} << 30;
     std::ofstream(path).close();
     std::filesystem::resize_file(path, offset + 1);
@@ -117,8 +118,7 @@ TEST(FileReader, OffsetsBeyond32Bits) {
 }
 
 TEST(FileReader, OnlyRegularFilesAreInputs) {
-    const std::string pipe = testing::TempDir() + "reader_pipe";
-    std::filesystem::remove(pipe);
+    const std::string pipe = scratch_path("pipe");
     ASSERT_EQ(0, mkfifo(pipe.c_str(), 0600));
     EXPECT_FALSE(open_input_file(pipe)) << "a pipe without a writer must not be waited for";
     EXPECT_FALSE(open_input_file("/dev/zero"));

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <vector>
 
+#include "support/files.h"
 #include "support/golden.h"
 
 // Many bytes fail when they are written, few when the file is closed.
@@ -25,7 +26,7 @@ TEST(OutputFile, AFullDiskIsReportedOncePerFile) {
 }
 
 TEST(OutputFile, IsTruncatedOrAppendedTo) {
-    const std::string path = testing::TempDir() + "output_file";
+    const std::string path = scratch_path("output_file");
     for (const auto& [truncate, size] : {std::pair(true, 3u), {false, 6u}, {true, 3u}}) {
         OutputFile output;
         EXPECT_EQ(elementary_stream_open(output, path, truncate), 0);
@@ -38,7 +39,7 @@ TEST(OutputFile, IsTruncatedOrAppendedTo) {
 
 TEST(OutputFile, AFileThatCannotBeCreated) {
     OutputFile output;
-    const std::string path = output_path(testing::TempDir() + "no_such_directory", "a", "_pid_1.ec3");
+    const std::string path = output_path(scratch_path("no_such_directory"), "a", "_pid_1.ec3");
     const std::string printed = printed_by([&] { EXPECT_EQ(elementary_stream_open(output, path, false), -1); });
     EXPECT_EQ(printed, "ERROR: Failed to create elementary stream path: " + path + "\n");
     EXPECT_EQ(elementary_stream_write(output, std::vector<uint8_t>(9)), 0);  // nothing is open, nothing is lost

@@ -4,7 +4,8 @@
 #include <sys/stat.h>
 
 #include <cstdio>
-#include <fstream>
+
+#include "support/files.h"
 
 TEST(Paths, FileStem) {
     const char* const cases[][2] = {
@@ -20,7 +21,7 @@ TEST(Paths, FileStem) {
 }
 
 TEST(Paths, OutputDirectoriesAreCreatedAtBackslashesOnly) {
-    const std::string base = testing::TempDir() + "quorlin_paths_test";
+    const std::string base = scratch_path("paths");
     EXPECT_EQ(create_output_dir(""), -1);
     EXPECT_EQ(create_output_dir(base), 0);
     EXPECT_EQ(create_output_dir(base), 0);  // it is there

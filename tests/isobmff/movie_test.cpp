@@ -36,7 +36,7 @@ int print_movie(const std::vector<Bytes>& files) {
     MediaContext context;
     int status = 0;
     for (const Bytes& file : files) {
-        FileReader reader = open_bytes(file);
+        FileReader reader = open_bytes(file, "segment");
         context.file_size = file.size();
         status |= parse_media(context, reader) | context.status;
     }
@@ -56,8 +56,8 @@ SegmentCase entry_case(const std::string& name, const Bytes& entry) {
 }
 
 TEST(Movie, Tracks) {
-    const auto protect = [](const char* format) {
-        return visual_entry("encv", {box("sinf", {box("frma", {text_bytes(format)})})});
+    const auto protect = [](const char* entry, const char* format) {
+        return visual_entry(entry, {box("sinf", {box("frma", {text_bytes(format)})})});
     };
     const Bytes entry = audio_entry("mp4a", 2, {});
     const TrakSpec version_1 = {.track_ID = 7, .entry = entry, .tkhd_version = 1, .mdhd_version = 1};
@@ -69,8 +69,11 @@ TEST(Movie, Tracks) {
         "");
     std::vector<SegmentCase> cases = {
         {"tkhd and mdhd version 1", {init_section({version_1}, {metadata})}},
-        entry_case("protected Lumora", protect("lmav")),
-        entry_case("protected E-AC-3 has no kind", protect("ec-3")),
+        entry_case("protected Lumora", protect("encv", "lmav")),
+        entry_case("protected E-AC-3 has no kind", protect("encv", "ec-3")),
+        entry_case("a clear Lumora entry keeps its HDR kind", protect("lmhe", "hvc1")),
+        {"a trak given again, with one inside",
+         {init, init_section({{.entry = entry, .before_mdia = trak({.track_ID = 2, .entry = entry})}})}},
         {"tables grow by the fields of runs", {init, runs}},
         {"a segment begins with empty tables", {init, runs, media_segment({})}},
     };

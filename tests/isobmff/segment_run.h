@@ -2,10 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cstdio>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <optional>
 #include <set>
 #include <string>
@@ -15,19 +12,9 @@
 
 #include "isobmff/segment_validation.h"
 #include "support/box_writer.h"
+#include "support/files.h"
 #include "support/golden.h"
 #include "support/named_texts.h"
-
-// A reader on `bytes` as on a file.
-inline FileReader open_bytes(const Bytes& bytes, uint32_t chunk_size = READER_CHUNK_SIZE) {
-    FileReader reader;
-    reader.path = "segment";
-    // The stream only reads.
-    reader.file.reset(fmemopen(const_cast<uint8_t*>(bytes.data()), bytes.size(), "rb"));
-    reader.chunk_size = chunk_size;
-    reader_start(reader);
-    return reader;
-}
 
 // An init section and the segments that belong to it, with their ranges, and what the playlist says.
 struct SegmentCase {
@@ -42,15 +29,14 @@ struct SegmentRun {
     std::string out;            // the findings; the reasons on standard error, where there are none
 };
 
-inline const std::filesystem::path& output_directory() {
-    static const std::filesystem::path directory = std::filesystem::path(testing::TempDir()) / "isobmff_test_out";
+inline const std::string& output_directory() {
+    static const std::string directory = scratch_path("isobmff");
     return directory;
 }
 
 // What was written for a track.
 inline std::string track_file(const std::string& name) {
-    std::ifstream file(output_directory() / ("s_i_" + name), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    return file_text(output_directory() + "/s_i_" + name);
 }
 
 // Validates the sections in one context; files of an earlier run stay.
@@ -59,10 +45,9 @@ inline SegmentRun run_over_files(const SegmentCase& c, uint32_t chunk_size = REA
     SegmentRun run;
     testing::internal::CaptureStderr();
     run.out = printed_by([&] {
-        MediaContextPtr context =
-            create_init_context(output_directory().string(), "s", "i", c.attrs ? &*c.attrs : nullptr);
+        MediaContextPtr context = create_init_context(output_directory(), "s", "i", c.attrs ? &*c.attrs : nullptr);
         for (size_t i = 0; i < c.sections.size(); ++i) {
-            FileReader reader = open_bytes(c.sections[i], chunk_size);
+            FileReader reader = open_bytes(c.sections[i], "segment", chunk_size);
             SegmentEntry entry;
             if (i < c.ranges.size()) entry.byte_range = c.ranges[i];
             run.statuses.push_back(validate_mp4_segment(reader, entry, context.get()));

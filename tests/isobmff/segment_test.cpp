@@ -68,7 +68,7 @@ TEST(Segment, StateOfTheContext) {
 
 TEST(Segment, WithoutInitSection) {
     const Bytes segment = letters_segment("x");
-    FileReader reader = open_bytes(segment);
+    FileReader reader = open_bytes(segment, "segment");
     EXPECT_EQ(validate_mp4_segment(reader, {}, nullptr), 1);
     MediaContextPtr none;
     EXPECT_EQ(release_init_context(none), 0);
@@ -76,11 +76,11 @@ TEST(Segment, WithoutInitSection) {
 
 TEST(Segment, OutputThatCannotBeWritten) {
     const Bytes init = init_section({{.track_ID = 1, .entry = DATA_ENTRY}, {.track_ID = 2, .entry = DATA_ENTRY}});
-    const std::filesystem::path blocked = output_directory() / "s_i_track_id_1.data";
+    const std::filesystem::path blocked = output_directory() + "/s_i_track_id_1.data";
     std::filesystem::remove_all(output_directory());
     std::filesystem::create_directories(blocked);
     EXPECT_EQ(run_over_files({"directory", {init}}).statuses[0], 11);
-    EXPECT_FALSE(std::filesystem::exists(output_directory() / "s_i_track_id_2.data")) << "the track loop ends";
+    EXPECT_FALSE(std::filesystem::exists(output_directory() + "/s_i_track_id_2.data")) << "the track loop ends";
 
     std::filesystem::remove_all(blocked);
     std::filesystem::create_symlink("/dev/full", blocked);

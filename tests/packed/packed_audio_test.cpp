@@ -73,7 +73,7 @@ struct Case {
 };
 
 std::string output_directory() {
-    const std::string directory = testing::TempDir() + "quorlin_packed";
+    const std::string directory = scratch_path("packed");
     std::filesystem::create_directory(directory);
     return directory;
 }

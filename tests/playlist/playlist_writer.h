@@ -1,15 +1,14 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <cstdio>
 #include <string>
 
 #include "bits/file.h"
 #include "playlist/playlist_reader.h"
+#include "support/files.h"
 
 inline std::string test_playlist_path() {
-    return testing::TempDir() + "quorlin_test.m3u8";
+    return scratch_path("test.m3u8");
 }
 
 // Reads `text` as a playlist that lies in the test's directory.

@@ -4,6 +4,7 @@
 #include <fstream>
 #include <string>
 
+#include "support/files.h"
 #include "support/run_program.h"
 
 namespace {
@@ -92,12 +93,12 @@ TEST(ZtpInfoCommand, StopsOnFailure) {
 }
 
 TEST(ZtpInfoCommand, RefusesFourGigabytes) {
-    const std::filesystem::path path = std::filesystem::path(testing::TempDir()) / "four_gigabytes.ec3";
+    const std::string path = scratch_path("four_gigabytes.ec3");
     std::ofstream(path).put('\x0b');
     std::error_code error;
     std::filesystem::resize_file(path, uint64_t{1} << 32, error);  // a hole: takes no room
     if (error) GTEST_SKIP() << "no sparse files here";
-    const ProgramResult result = run("$ZTPINFO '" + path.string() + "'");
+    const ProgramResult result = run("$ZTPINFO '" + path + "'");
     std::filesystem::remove(path);
     EXPECT_EQ(result.exit_code, 2);
     EXPECT_NE(result.err.find("4 GiB or larger"), std::string::npos) << result.err;

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <gtest/gtest.h>
+#include <unistd.h>
+
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -9,6 +12,11 @@
 #include <string>
 
 #include "bits/file_reader.h"
+
+// A place for the files of a test that no other run of the tests uses.
+inline std::string scratch_path(const std::string& name) {
+    return testing::TempDir() + "quorlin_" + std::to_string(getpid()) + "_" + name;
+}
 
 // A started reader on `bytes`, which must stay, as on a file at `path`.
 inline FileReader open_bytes(std::span<const uint8_t> bytes, const std::string& path,

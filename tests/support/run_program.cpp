@@ -1,6 +1,5 @@
 #include "support/run_program.h"
 
-#include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -9,7 +8,7 @@
 #include "support/files.h"
 
 ProgramResult run_program(const std::string& command) {
-    const std::string base = testing::TempDir() + "run_program_" + std::to_string(getpid());
+    const std::string base = scratch_path("run");
     const int status = std::system(("{ " + command + "\n} >'" + base + ".out' 2>'" + base + ".err'").c_str());
     ProgramResult result;
     if (WIFEXITED(status)) result.exit_code = WEXITSTATUS(status);

@@ -21,7 +21,7 @@ struct Demuxed {
 
 // Demultiplexes `bytes` through a buffer of `chunk` bytes.
 Demuxed demux(const Bytes& bytes, const char* name = "", uint32_t chunk = READER_CHUNK_SIZE) {
-    const std::string directory = testing::TempDir() + "ts_segment_test";
+    const std::string directory = scratch_path("ts");
     std::filesystem::create_directory(directory);
     FileReader reader = open_bytes(bytes, "s.ts", chunk);
     TsSegmentTiming timing;
