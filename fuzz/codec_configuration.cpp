@@ -1,10 +1,13 @@
-// The payload of a codec configuration box, which the first byte chooses, and what the validation makes of it.
+// The payload of a codec configuration box, which the first byte chooses and whose size stands in the next two, and what
+// the validation makes of it and of the sample behind it.
 #include "isobmff/codec_configuration.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <iterator>
+#include <vector>
 
 #include "isobmff/audio_sample_checks.h"
 #include "isobmff/box_reader.h"
@@ -34,23 +37,27 @@ void check_parameter_sets(const VideoConfiguration& video) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    if (size < 2 || !QUIET) return 0;
+    if (size < 4 || !QUIET) return 0;
+    const size_t payload_size = std::min<size_t>(data[1] * 256u + data[2], size - 3);
+    if (payload_size == 0) return 0;
+    // Blocks of their own, so that a read behind them is seen.
+    std::vector<uint8_t> payload(data + 3, data + 3 + payload_size);
+    const std::vector<uint8_t> sample(data + 3 + payload_size, data + size);
     const Choice& choice = CHOICES[data[0] % std::size(CHOICES)];
     MediaContext context;
     context.attrs.emplace().codecs = "ac-4.02.01.03,lmhe.05.06";
     context.attrs->channels = "6";
-    context.file_size = size - 1;
+    context.file_size = payload_size;
     TrackRecord track;
     track.codec_kind = choice.codec_kind;
     context.current_track = &track;
     FileReader reader;
-    // The stream only reads.
-    reader.file.reset(fmemopen(const_cast<uint8_t*>(data) + 1, size - 1, "rb"));
+    reader.file.reset(fmemopen(payload.data(), payload_size, "rb"));
     reader.chunk_size = 4096;
     reader_start(reader);
-    if (choice.handler(context, reader, static_cast<int64_t>(size - 1)) != 0) std::abort();
+    if (choice.handler(context, reader, static_cast<int64_t>(payload_size)) != 0) std::abort();
     check_parameter_sets(track.video);
     int status = check_sample_entry(context, track, "track") | check_lumora_configuration(context, track);
-    if (is_analyzed_audio(track)) status |= check_audio_sample(track, std::span(data, size), true);
+    if (is_analyzed_audio(track)) status |= check_audio_sample(track, sample, true);
     return status < 0 ? 1 : 0;
 }

@@ -17,8 +17,9 @@ namespace {
 constexpr uint32_t GROUP_SIZE = 0x100000;
 constexpr size_t GROUP_SAMPLES = 0x4000;
 
-// Work beside the bytes of the samples (see MediaContext::work_left).
-constexpr uint64_t SAMPLE_WORK = 1;
+// Work beside the bytes of the samples (see MediaContext::work_left). Samples with bytes of their own never use the
+// limit up: of its 16 for each byte of the file the smallest take 9.
+constexpr uint64_t SAMPLE_WORK = 8;
 constexpr uint64_t ANALYSIS_WORK = 256;
 
 // Samples that lie one behind the other.
