@@ -1,4 +1,4 @@
-"""Finds the assets of folders, lists and playlists given on the command line, always in the same order."""
+"""Finds the assets of the folders, lists and playlists of a command line, always in one order."""
 
 import os
 import sys
@@ -8,8 +8,8 @@ from dataclasses import dataclass, field
 from .playlists import read_playlist
 
 PLAYLIST_NAMES = (".m3u8", ".m3u")
-FolderId = tuple[int, int]
 ASSET_NAMES = (*PLAYLIST_NAMES, ".ts", ".trp")
+FolderId = tuple[int, int]
 
 
 class UsageError(Exception):
@@ -43,7 +43,7 @@ def is_asset_name(path: str) -> bool:
 
 
 def read_list(path: str, null: bool) -> list[str]:
-    """Lines of a list, without empty ones and comments; or the names between zero bytes, as they are."""
+    """Lines of a list, but for empty ones and comments; or what stands between zero bytes."""
     if path == "-":
         content = sys.stdin.buffer.read()
     else:
@@ -58,7 +58,7 @@ def read_list(path: str, null: bool) -> list[str]:
 
 
 def add_entry(found: Found, path: str, skipped: set[FolderId]) -> None:
-    """A folder is searched. Anything else is an asset, even when it is not there: its run then says so."""
+    """A folder is searched. Anything else is an asset; when it is not there, its run says so."""
     path = os.path.abspath(path)
     if os.path.isdir(path):
         found.assets.update(dict.fromkeys(search_folder(path, skipped, found.problems)))
@@ -93,8 +93,9 @@ def walk_playlists(top: str, skipped: set[FolderId], problems: list[str]) -> Ite
         seen.add(folder_id(folder))
         subfolders.sort()
         for name in files:
-            if name.lower().endswith(PLAYLIST_NAMES):
-                yield os.path.join(folder, name)
+            path = os.path.join(folder, name)
+            if name.lower().endswith(PLAYLIST_NAMES) and os.path.isfile(path):
+                yield path
 
 
 def folder_id(path: str) -> FolderId:

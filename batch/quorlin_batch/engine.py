@@ -1,4 +1,4 @@
-"""Hands the jobs to GNU parallel. Its exit code speaks of this one call only and is not looked at: the reports count."""
+"""Hands the jobs to GNU parallel. Its exit code speaks of this call only: the reports count."""
 
 import base64
 import os
@@ -11,7 +11,8 @@ from dataclasses import dataclass, field
 
 from .reports import MAX_ATTEMPTS, Settings
 
-# Beyond its own time limit a job reads files and folds findings. GNU parallel ends it when even that hangs.
+# Beyond its own time limit a job reads files and folds findings. GNU parallel ends it when even
+# that hangs.
 TIME_FOR_THE_REST = 300
 
 
@@ -25,9 +26,11 @@ class Engine:
 
 
 def parallel_command(engine: Engine, settings: Settings) -> list[str]:
-    # --plain: no options from the user's own configuration. A job is a number, so that no name is in anybody's way.
-    command = ["parallel", "--plain", "--will-cite", "--null", "--ungroup", "--halt", "never", "--retries",
-               str(MAX_ATTEMPTS), "--joblog", Settings.path(settings.reports, "joblog")]
+    # --plain: no options from the user's own configuration. A job is a number, so that no name is
+    # in anybody's way.
+    command = ["parallel", "--plain", "--will-cite", "--null", "--ungroup", "--halt", "never"]
+    command += ["--retries", str(MAX_ATTEMPTS)]
+    command += ["--joblog", Settings.path(settings.reports, "joblog")]
     if settings.limit:
         command += ["--timeout", str(int(settings.limit) + TIME_FOR_THE_REST)]
     if engine.jobs is not None:
@@ -48,15 +51,17 @@ def run_jobs(engine: Engine, settings: Settings, assets: list[str], to_do: Itera
         file.write(b"".join(os.fsencode(asset) + b"\0" for asset in assets))
     settings.store()
     interrupted = False
+    environment = os.environ | {"PARALLEL_SHELL": "/bin/sh"}
     process = subprocess.Popen(parallel_command(engine, settings), stdin=subprocess.PIPE,
-                               env={**os.environ, "PARALLEL_SHELL": "/bin/sh"})
+                               env=environment)
 
     def pass_on(*_: object) -> None:
         nonlocal interrupted
         interrupted = True
         process.terminate()
 
-    previous = {number: signal.signal(number, pass_on) for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)}
+    signals = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
+    previous = {number: signal.signal(number, pass_on) for number in signals}
     try:
         process.communicate(b"".join(b"%d\0" % index for index in to_do))
     except BrokenPipeError:

@@ -1,4 +1,4 @@
-"""Folds what quorlin printed: each text once, with its count. Reads line by line, whatever the size of the output."""
+"""Folds what quorlin printed: each text once, with its count. Reads outputs of any size by line."""
 
 import re
 from collections import Counter
@@ -16,12 +16,14 @@ VERIFIED = " has been verified."
 UNREADABLE = "ERROR: Invalid segment path: "
 # Second lines of findings that have two.
 CONTINUATIONS = ("There is an additional independent stream", "Num of Channels Field", " (audio: ")
-LEVEL = re.compile(r"\s*(?:\d{3} - )?(?:\[SV\]\s*: )?(FATAL |)(ERROR|FAILURE|WARNING):", re.IGNORECASE)
+LEVEL = re.compile(r"\s*(?:\d{3} - )?(?:\[SV\]\s*: )?(FATAL |)(ERROR|FAILURE|WARNING):",
+                   re.IGNORECASE)
 PACKED_AUDIO_TIME = re.compile(r"  .* \(pts:-?\d+\)")
 # The number of a rule is none that differs, nor are the digits of words such as ec3.
 NUMBER = re.compile(r"(?<![A-Za-z\d-])(?!^\d{3} - )\d+")
 
-# Reasons on standard error: "quorlin: PATH: REASON". Any of them but these says that something was not validated.
+# Reasons on standard error: "quorlin: PATH: REASON". Any of them but these says that something was
+# not validated.
 OUT_OF_SCOPE = (
     "a rendition that is not of TYPE=AUDIO: the playlist is not validated",
     "an I-frame playlist: it is not validated",
@@ -50,7 +52,8 @@ class Output:
     empty_playlists: set[str] = field(default_factory=set)  # of which no segment was read
     incomplete: bool = False  # something that should have been validated was not
     texts: dict[tuple[str, str], int] = field(default_factory=dict)  # (level, text) to count
-    places: dict[tuple[str, str], str] = field(default_factory=dict)  # the first path, where the text leaves it out
+    # The first path, of texts that leave it out.
+    places: dict[tuple[str, str], str] = field(default_factory=dict)
     alike: Counter[str] = field(default_factory=Counter)
     more: int = 0  # lines with yet other texts
 
@@ -68,8 +71,12 @@ class Output:
 
     def findings(self) -> list[dict]:
         """As they are stored: level, count, text and, for reasons, the first place."""
-        return [{"level": key[0], "count": count, "text": key[1]} | ({"place": self.places[key]} if key in self.places else {})
-                for key, count in self.texts.items()]
+        stored = []
+        for (level, text), count in self.texts.items():
+            stored.append({"level": level, "count": count, "text": text})
+            if (level, text) in self.places:
+                stored[-1]["place"] = self.places[level, text]
+        return stored
 
     def first(self) -> str | None:
         """The first text that is more than a note."""
@@ -89,7 +96,7 @@ def read_lines(path: str) -> Iterator[str]:
 
 
 def level_of(line: str) -> str:
-    """error, warning or note. Findings of fragmented MP4 are errors when they do not say what they are."""
+    """error, warning or note. Of fragmented MP4, what does not say what it is, is an error."""
     if found := LEVEL.match(line):
         return "warning" if found[2].upper() == "WARNING" else "error"
     return "error" if line.startswith("[SV]") else "note"
@@ -123,14 +130,16 @@ def read_stdout(path: str, output: Output) -> None:
 
 def is_frame(line: str, previous: str) -> bool:
     """Names of playlists and times of segments: no findings, and as many as there are segments."""
-    if not line.strip() or line in (SEPARATOR, "#EXT-X-DISCONTINUITY") or PACKED_AUDIO_TIME.fullmatch(line):
+    if not line.strip() or line in (SEPARATOR, "#EXT-X-DISCONTINUITY"):
         return True
-    header = previous.endswith(SEPARATOR) and line.endswith(":")
-    return header or (line.endswith(VERIFIED) and level_of(line) == "note")
+    if previous.endswith(SEPARATOR) and line.endswith(":"):
+        return True
+    is_verified = line.endswith(VERIFIED) and level_of(line) == "note"
+    return is_verified or PACKED_AUDIO_TIME.fullmatch(line) is not None
 
 
 def read_stderr(path: str, output: Output) -> None:
-    """Reasons are folded without their path: thousands of segments that are skipped for one reason are one line."""
+    """Reasons are folded without their path: thousands of segments are skipped for one reason."""
     for line in read_lines(path):
         place, separator, reason = line.removeprefix("quorlin: ").partition(": ")
         if line.startswith("quorlin: ") and separator:
@@ -153,4 +162,5 @@ def add_reason(output: Output, place: str, reason: str) -> None:
 def told(finding: dict) -> str:
     """A finding in one line."""
     place = finding.get("place")
-    return finding["text"].strip() + (f" ({'first in ' if finding['count'] > 1 else 'in '}{place})" if place else "")
+    where = "first in" if finding["count"] > 1 else "in"
+    return finding["text"].strip() + (f" ({where} {place})" if place else "")

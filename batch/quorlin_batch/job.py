@@ -1,4 +1,4 @@
-"""One job of GNU parallel: runs quorlin on one asset and stores its report when the run has come to its end."""
+"""One job of GNU parallel: runs quorlin on one asset; when that has ended, stores its report."""
 
 import base64
 import contextlib
@@ -12,8 +12,8 @@ import sys
 import time
 
 from .findings import Output, read_stderr, read_stdout
-from .reports import (FORMAT, RESULT, STDERR, STDOUT, Settings, is_final, load_result, look_at, nested,
-                      report_folder)
+from .reports import (FORMAT, RESULT, STDERR, STDOUT, Settings, is_final, load_result, look_at,
+                      nested, report_folder)
 from .text import printable, write_whole
 from .verdict import Run, judge
 
@@ -27,7 +27,7 @@ class Interrupted(Exception):
 
 
 def run_job(encoded_reports: str, index: str) -> int:
-    """Entry of the job: the reports folder (base64, so that no shell on the way can harm it), the asset's number."""
+    """The reports folder (in base64, which no shell on the way can harm), the asset's number."""
     for number in OUTSIDE_SIGNALS:
         signal.signal(number, interrupt)
     reports = os.fsdecode(base64.urlsafe_b64decode(encoded_reports))
@@ -45,11 +45,13 @@ def run_job(encoded_reports: str, index: str) -> int:
 
 
 def interrupt(*_: object) -> None:
+    for number in OUTSIDE_SIGNALS:  # once is enough, and what follows is to be left in peace
+        signal.signal(number, signal.SIG_IGN)
     raise Interrupted
 
 
 def validate(settings: Settings, asset: str) -> dict:
-    """Runs quorlin and stores the report. Attempts count over calls of the batch, while the asset stays as it is."""
+    """Runs quorlin and stores the report. Attempts count from call to call."""
     folder = report_folder(settings.reports, asset)
     os.makedirs(folder, exist_ok=True)
     before = load_result(settings, asset)
@@ -62,10 +64,21 @@ def validate(settings: Settings, asset: str) -> dict:
         read_stderr(beside[1], output)
         state, reason = judge(run, output, look)
         result = {
-            "format": FORMAT, "asset": printable(asset), "state": state, "reason": reason, "verdict": output.verdict,
-            "exit_code": run.exit_code, "timed_out": run.timed_out, "retriable": run.retriable(),
-            "attempts": before["attempts"] + 1 if before else 1, "seconds": round(run.seconds, 3), "limit": run.limit,
-            "host": socket.gethostname(), "quorlin": settings.version, "streams": settings.streams, "files": look.digest,
+            "format": FORMAT,
+            "asset": printable(asset),
+            "state": state,
+            "reason": reason,
+            "verdict": output.verdict,
+            "exit_code": run.exit_code,
+            "timed_out": run.timed_out,
+            "retriable": run.retriable(),
+            "attempts": before["attempts"] + 1 if before else 1,
+            "seconds": round(run.seconds, 3),
+            "limit": run.limit,
+            "host": socket.gethostname(),
+            "quorlin": settings.version,
+            "streams": settings.streams,
+            "files": look.digest,
             "findings": output.findings(),
             "more_findings": output.more,
         }
@@ -87,7 +100,8 @@ def run_quorlin(settings: Settings, asset: str, stdout_path: str, stderr_path: s
     timed_out = False
     with open(stdout_path, "wb") as stdout, open(stderr_path, "wb") as stderr:
         # A group of its own: --quorlin may name a script, whose children have to go with it.
-        process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=stdout, stderr=stderr, process_group=0)
+        process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=stdout, stderr=stderr,
+                                   process_group=0)
         try:
             process.wait(settings.limit or None)
         except subprocess.TimeoutExpired:
@@ -102,7 +116,7 @@ def run_quorlin(settings: Settings, asset: str, stdout_path: str, stderr_path: s
 
 
 def make_stream_folder(streams: str, asset: str) -> str:
-    """An empty folder for the elementary streams of one asset; quorlin itself makes no nested ones."""
+    """An empty folder for an asset's elementary streams; quorlin itself makes no nested ones."""
     folder = nested(streams, asset)
     shutil.rmtree(folder, ignore_errors=True)
     os.makedirs(folder)

@@ -11,9 +11,12 @@ from .verdict import FAILED, INCOMPLETE, PASSED
 def store_junit(summary: dict, path: str) -> None:
     totals = summary["totals"]
     failures = totals[FAILED] + totals[INCOMPLETE]
-    counts = {"tests": str(totals["assets"]), "failures": str(failures),
-              "errors": str(totals["assets"] - totals[PASSED] - failures),
-              "time": f"{sum(record['seconds'] for record in summary['assets']):.3f}"}
+    counts = {
+        "tests": str(totals["assets"]),
+        "failures": str(failures),
+        "errors": str(totals["assets"] - totals[PASSED] - failures),
+        "time": f"{sum(record['seconds'] for record in summary['assets']):.3f}"
+    }
     top = ElementTree.Element("testsuites", counts)
     suite = ElementTree.SubElement(top, "testsuite", {"name": "quorlin", "skipped": "0", **counts})
     for record in summary["assets"]:
@@ -26,8 +29,8 @@ def store_junit(summary: dict, path: str) -> None:
 
 def add_case(suite: ElementTree.Element, record: dict) -> None:
     folder, _, name = record["name"].rpartition("/")
-    case = ElementTree.SubElement(suite, "testcase", {"classname": folder or ".", "name": name,
-                                                      "time": f"{record['seconds']:.3f}"})
+    names = {"classname": folder or ".", "name": name, "time": f"{record['seconds']:.3f}"}
+    case = ElementTree.SubElement(suite, "testcase", names)
     if record["state"] == PASSED:
         if record["findings"]:
             ElementTree.SubElement(case, "system-out").text = folded(record)
@@ -35,7 +38,8 @@ def add_case(suite: ElementTree.Element, record: dict) -> None:
     kind = "failure" if record["state"] in (FAILED, INCOMPLETE) else "error"
     texts = len(record["findings"])
     message = record["reason"] or f"{plural(texts, 'different finding')}"
-    ElementTree.SubElement(case, kind, {"type": record["state"], "message": message}).text = folded(record)
+    about = {"type": record["state"], "message": message}
+    ElementTree.SubElement(case, kind, about).text = folded(record)
 
 
 def folded(record: dict) -> str:

@@ -9,7 +9,7 @@ import shutil
 import subprocess
 import sys
 import time
-from collections.abc import Iterator
+from collections.abc import Iterable, Iterator
 
 from . import VERSION
 from .assets import UsageError, find_assets
@@ -21,6 +21,7 @@ from .summary import store_summary, summarize, summary_lines
 from .text import plural, printable
 from .verdict import NO_VERDICT, NOTHING
 
+EXIT_INTERRUPTED = 2  # as for every batch in which an asset reached no verdict
 EXIT_USAGE = 64
 TIME_UNITS = {"": 1, "s": 1, "m": 60, "h": 3600, "d": 86400}
 
@@ -71,25 +72,34 @@ class Parser(argparse.ArgumentParser):
 
 
 def command_line() -> argparse.ArgumentParser:
-    parser = Parser(prog="quorlin-batch", description=DESCRIPTION, epilog=EPILOG, allow_abbrev=False,
+    parser = Parser(prog="quorlin-batch",
+                    description=DESCRIPTION,
+                    epilog=EPILOG,
+                    allow_abbrev=False,
                     usage="quorlin-batch [OPTION]... FOLDER|LIST|PLAYLIST... -o REPORTS",
                     formatter_class=argparse.RawDescriptionHelpFormatter)
     add = parser.add_argument
     add("inputs", nargs="+", metavar="FOLDER|LIST|PLAYLIST", help=argparse.SUPPRESS)
-    add("-o", "--output", metavar="REPORTS", required=True, help="folder of the reports; made when it is missing")
-    add("-j", "--jobs", metavar="N", help="runs at a time on each host, as GNU parallel takes it: 4, 50%%, -1 "
-                                          "(one for each CPU thread)")
+    add("-o", "--output", metavar="REPORTS", required=True,
+        help="folder of the reports; made when it is missing")
+    add("-j", "--jobs", metavar="N",
+        help="runs at a time on each host, as GNU parallel takes it: 4, 50%%, +2 (one for each "
+        "CPU thread)")
     add("-t", "--timeout", metavar="TIME", type=parse_time, default="1h",
         help="time limit of one run: 90, 15m, 2h; 0 for none (1h)")
     add("-S", "--sshlogin", metavar="HOSTS", action="append", default=[],
-        help="run on these hosts too, as GNU parallel takes it; they see the same files under the same paths, "
-             "quorlin and quorlin-batch included")
-    add("--sshloginfile", metavar="FILE", action="append", default=[], help="the hosts, one a line")
-    add("--streams", metavar="FOLDER", help="keep the elementary streams there (they are not written otherwise)")
-    add("--quorlin", metavar="PROGRAM", help="the quorlin to run (that beside quorlin-batch, or in PATH)")
+        help="run on these hosts, as GNU parallel takes them; they see the same files under the "
+        "same paths, quorlin and quorlin-batch included")
+    add("--sshloginfile", metavar="FILE", action="append", default=[],
+        help="the hosts, one a line")
+    add("--streams", metavar="FOLDER",
+        help="keep the elementary streams there (they are not written otherwise)")
+    add("--quorlin", metavar="PROGRAM",
+        help="the quorlin to run (that beside quorlin-batch, or in PATH)")
     add("-f", "--force", action="store_true", help="validate everything again")
     add("-r", "--retry", action="store_true", help="validate again what reached no verdict")
-    add("-0", "--null", action="store_true", help="names in lists end with a zero byte, not with a line")
+    add("-0", "--null", action="store_true",
+        help="names in lists end with a zero byte, not with a line")
     add("-n", "--dry-run", action="store_true", help="print what would be validated, and end")
     add("-q", "--quiet", action="store_true", help="no progress bar on standard error")
     add("-V", "--version", action="version", version=f"quorlin-batch {VERSION}")
@@ -99,16 +109,28 @@ def command_line() -> argparse.ArgumentParser:
 def find_quorlin(given: str | None) -> str:
     """The program as an absolute path, which holds on every host."""
     here = os.path.dirname(os.path.realpath(sys.argv[0]))
-    candidates = [given] if given else [os.path.join(here, "quorlin"), os.path.join(here, "..", "build", "quorlin"), "quorlin"]
-    for candidate in candidates:
+    usual = [os.path.join(here, "quorlin"), os.path.join(here, "..", "build", "quorlin"), "quorlin"]
+    for candidate in [given] if given else usual:
         if program := shutil.which(candidate):
             return os.path.abspath(program)
-    raise UsageError(f"{given or 'quorlin'}: no such program" + ("" if given else "; name it with --quorlin"))
+    raise UsageError(f"{given or 'quorlin'}: no such program" +
+                     ("" if given else "; name it with --quorlin"))
+
+
+def check_parallel() -> None:
+    """GNU parallel is not the only program of its name."""
+    program = shutil.which("parallel")
+    if program is None or b"GNU parallel" not in ask(program, "--version").stdout:
+        raise UsageError("GNU parallel is not installed (Debian: apt-get install parallel)")
+
+
+def ask(*command: str) -> subprocess.CompletedProcess:
+    return subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, check=False)
 
 
 def quorlin_version(program: str) -> str:
     try:
-        done = subprocess.run([program, "-v"], stdin=subprocess.DEVNULL, capture_output=True, check=False)
+        done = ask(program, "-v")
     except OSError as error:
         raise UsageError(f"{program}: cannot be run: {error.strerror}") from error
     if done.returncode != 0 or not done.stdout.strip():
@@ -125,12 +147,14 @@ def locked(settings: Settings) -> Iterator[None]:
         try:
             fcntl.flock(file, fcntl.LOCK_EX | fcntl.LOCK_NB)
         except BlockingIOError as error:
-            raise UsageError(f"{settings.reports}: another quorlin-batch is at work in this folder") from error
+            raise UsageError(
+                f"{settings.reports}: another quorlin-batch is at work in this folder") from error
         yield
 
 
-def still_to_do(settings: Settings, assets: list[str], force: bool, retry: bool) -> tuple[list[int], list[int]]:
-    """Numbers of the assets to validate; and those of them whose old report does not count any more."""
+def still_to_do(settings: Settings, assets: list[str], force: bool,
+                retry: bool) -> tuple[list[int], list[int]]:
+    """Numbers of the assets to validate; and those of them whose old report counts no more."""
     to_do, outdated = [], []
     for index, asset in enumerate(assets):
         result = load_result(settings, asset)
@@ -154,37 +178,42 @@ def run_batch(options: argparse.Namespace) -> int:
     settings = Settings(reports, program, quorlin_version(program), options.timeout, streams)
     if options.dry_run:
         return dry_run(settings, assets, options)
-    if not shutil.which("parallel"):
-        raise UsageError("GNU parallel is not installed (Debian: apt-get install parallel)")
+    check_parallel()
     with locked(settings):
         return run_locked(settings, assets, found.problems, options)
 
 
 def dry_run(settings: Settings, assets: list[str], options: argparse.Namespace) -> int:
     to_do, _ = still_to_do(settings, assets, options.force, options.retry)
-    for index in to_do:
-        print(printable(assets[index]))
+    print_lines(assets[index] for index in to_do)
     print(f"{plural(len(assets), 'asset')}, {len(to_do):,} to validate", file=sys.stderr)
     return 0
 
 
-def run_locked(settings: Settings, assets: list[str], problems: list[str], options: argparse.Namespace) -> int:
+def run_locked(settings: Settings, assets: list[str], problems: list[str],
+               options: argparse.Namespace) -> int:
     started = time.monotonic()
     to_do, outdated = still_to_do(settings, assets, options.force, options.retry)
     for index in outdated:
         remove_report(settings, assets[index])
     say(options, f"{plural(len(assets), 'asset')}, {len(to_do):,} to validate")
-    engine = Engine(options.jobs, options.sshlogin, options.sshloginfile, bar=shows_progress(options))
+    engine = Engine(options.jobs, options.sshlogin, options.sshloginfile, shows_progress(options))
     finished = run_jobs(engine, settings, assets, to_do) if to_do else True
     summary = summarize(settings, assets, to_do, problems, time.monotonic() - started, not finished)
     store_summary(summary, os.path.join(settings.reports, "summary.json"))
     store_junit(summary, os.path.join(settings.reports, "junit.xml"))
-    page = os.path.join(settings.reports, "index.html")
-    store_page(summary, page)
-    for line in summary_lines(summary):
-        print(line)
-    print(f"The page to read: {printable(page)}")
+    store_page(summary, os.path.join(settings.reports, "index.html"))
+    page = os.path.join(options.output, "index.html")
+    print_lines([*summary_lines(summary), f"The page to read: {page}"])
     return summary["exit_code"]
+
+
+def print_lines(lines: Iterable[str]) -> None:
+    """On standard output; that its reader has gone does not change how the batch ended."""
+    try:
+        print("\n".join(map(printable, lines)), flush=True)
+    except BrokenPipeError:
+        os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())
 
 
 def shows_progress(options: argparse.Namespace) -> bool:
@@ -197,12 +226,14 @@ def say(options: argparse.Namespace, text: str) -> None:
 
 
 def main(arguments: list[str]) -> int:
+    sys.stdout.reconfigure(errors="backslashreplace")
     try:
         return run_batch(command_line().parse_args(arguments))
     except UsageError as error:
-        print(f"quorlin-batch: {printable(str(error)) if chr(10) not in str(error) else error}", file=sys.stderr)
+        print("quorlin-batch:", "\n".join(map(printable, str(error).split("\n"))), file=sys.stderr)
     except OSError as error:
-        print(f"quorlin-batch: {printable(str(error))}", file=sys.stderr)
+        print("quorlin-batch:", printable(str(error)), file=sys.stderr)
     except KeyboardInterrupt:
-        print("quorlin-batch: interrupted before the first run", file=sys.stderr)
+        print("quorlin-batch: interrupted; the same call goes on from here", file=sys.stderr)
+        return EXIT_INTERRUPTED
     return EXIT_USAGE

@@ -1,4 +1,4 @@
-"""index.html: one page, complete in itself. What is in it comes from the summary, as JSON that no text can break out of."""
+"""index.html: one page, complete in itself; the summary is in it, as JSON that nothing breaks out of."""
 
 import html
 import json
@@ -34,7 +34,8 @@ def embed(data: object) -> str:
 
 def page_data(summary: dict) -> dict:
     """The summary as the page's script takes it: texts that many assets share are there once."""
-    frequent = {(finding["level"], finding["form"]): index for index, finding in enumerate(summary["frequent_findings"])}
+    frequent = {(finding["level"], finding["form"]): index
+                for index, finding in enumerate(summary["frequent_findings"])}
     numbers: dict[tuple[str, str, int], int] = {}
 
     def entry(finding: dict, folder: str) -> list:
@@ -50,10 +51,15 @@ def page_data(summary: dict) -> dict:
     for record in summary["assets"]:
         folder = os.path.dirname(record["asset"]) + "/"
         shown = record["findings"][:MAX_TEXTS]
-        more = record["more_findings"] + sum(finding["count"] for finding in record["findings"][MAX_TEXTS:])
-        assets.append([record["name"], STATES.index(record["state"]), record["reason"], record["report"] or "",
-                       record["seconds"], record["attempts"], record["host"] or "",
-                       [entry(finding, folder) for finding in shown], more])
-    keys = ("root", "quorlin", "seconds", "validated_now", "interrupted", "problems", "totals", "frequent_findings")
-    return {**{key: summary[key] for key in keys}, "states": [[state, TITLES[state]] for state in STATES],
-            "texts": [list(key) for key in numbers], "assets": assets}
+        rest = [each for each in record["findings"][MAX_TEXTS:] if each["level"] != "note"]
+        more = record["more_findings"] + sum(each["count"] for each in rest)
+        assets.append([record["name"], STATES.index(record["state"]), record["reason"],
+                       record["report"] or "", record["seconds"], record["attempts"],
+                       record["host"] or "", [entry(each, folder) for each in shown], more])
+    keys = ("root", "quorlin", "seconds", "validated_now", "interrupted", "problems", "totals",
+            "frequent_findings")
+    return {key: summary[key] for key in keys} | {
+        "states": [[state, TITLES[state]] for state in STATES],
+        "texts": [list(key) for key in numbers],
+        "assets": assets
+    }

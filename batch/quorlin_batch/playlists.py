@@ -1,4 +1,4 @@
-"""A quick look into playlists: what they name. Addresses are joined with the folder as quorlin joins them."""
+"""A quick look into playlists: what they name, joined with the folder as quorlin joins it."""
 
 import os
 import re
@@ -6,6 +6,7 @@ from collections.abc import Iterator
 from dataclasses import dataclass, field
 
 LINE_SIZE = 4096
+WITH_URI = (b"#EXT-X-MEDIA:", b"#EXT-X-I-FRAME-STREAM-INF:", b"#EXT-X-MAP:")
 URI = re.compile(rb'[:,]\s*URI="([^"]*)"')
 AUDIO = re.compile(rb"[:,]\s*TYPE=AUDIO\b")
 
@@ -21,7 +22,9 @@ class Playlist:
 
 
 def lines_of(path: str) -> Iterator[bytes]:
-    """Trimmed lines; over-long ones come in pieces. A file that cannot be read has none."""
+    """Trimmed lines, over-long ones in pieces; none of what is no readable file."""
+    if not os.path.isfile(path):
+        return
     try:
         with open(path, "rb") as file:
             while line := file.readline(LINE_SIZE):
@@ -48,7 +51,7 @@ def read_playlist(path: str) -> Playlist:
             expected = playlist.playlists
         elif line.startswith(b"#EXTINF:"):
             expected = playlist.segments
-        elif line.startswith((b"#EXT-X-MEDIA:", b"#EXT-X-I-FRAME-STREAM-INF:", b"#EXT-X-MAP:")) and (found := URI.search(line)):
+        elif line.startswith(WITH_URI) and (found := URI.search(line)):
             if line.startswith(b"#EXT-X-MAP:"):
                 add(playlist.init_sections, found[1])
             else:

@@ -1,7 +1,8 @@
-"""The folder of reports: where each asset's report lies, whether it is still current, how it is stored.
+"""The folder of reports: where a report lies, whether it is still current, how it is stored.
 
-An asset's report is report.txt and stderr.txt (what quorlin printed) and result.json (what became of it), in a folder named
-by the asset's absolute path. result.json is written last: without it there is no report.
+An asset's report is report.txt and stderr.txt (what quorlin printed) and result.json (what became
+of it), in a folder named by the asset's absolute path. result.json is written last: without it
+there is no report.
 """
 
 import contextlib
@@ -14,8 +15,11 @@ from .playlists import read_playlist
 
 FORMAT = 1
 MAX_ATTEMPTS = 2
-RESULT_KEYS = {"format", "asset", "state", "reason", "verdict", "exit_code", "timed_out", "retriable", "attempts", "seconds",
-               "limit", "host", "quorlin", "streams", "files", "findings", "more_findings"}
+RESULT_KEYS = {
+    "format", "asset", "state", "reason", "verdict", "exit_code", "timed_out", "retriable",
+    "attempts", "seconds", "limit", "host", "quorlin", "streams", "files", "findings",
+    "more_findings"
+}
 RESULT, STDOUT, STDERR = "result.json", "report.txt", "stderr.txt"
 
 
@@ -62,13 +66,15 @@ class Look:
 
 
 def look_at(asset: str) -> Look:
-    """The playlist, those of its variants and audio renditions and all their segments; or the files of a series."""
+    """The playlist, those of variants and audio renditions, their segments; or a series' files."""
     playlists = [asset] if is_playlist(asset) else []
     if playlists and (master := read_playlist(asset)).is_master:
         playlists += dict.fromkeys(master.playlists)
     media = [read_playlist(path) for path in playlists]
     init_sections = [path for each in media for path in each.init_sections]
-    segments = [path for each in media for path in each.segments] if playlists else series_files(asset)
+    segments = [path for each in media for path in each.segments]
+    if not playlists:
+        segments = series_files(asset)
     digest = hashlib.sha256()
     for path in sorted({asset, *playlists, *init_sections}):
         stamp(path, digest)
@@ -92,7 +98,7 @@ def stamp(path: str, digest: "hashlib._Hash") -> bool:
 
 
 def series_files(asset: str) -> list[str]:
-    """The file itself, or, where its name is that of a series, every file with the same ending beside it."""
+    """The file itself, or, for the name of a series, every file beside it that may be of it."""
     folder, name = os.path.split(asset)
     if "%" not in name or os.path.exists(asset):
         return [asset]
@@ -105,9 +111,10 @@ def series_files(asset: str) -> list[str]:
 
 
 def load_result(settings: Settings, asset: str) -> dict | None:
-    """The result of an asset whose run came to its end; None when there is none or it cannot be read."""
+    """The result of an asset whose run came to its end; None for none and for a broken one."""
+    path = os.path.join(report_folder(settings.reports, asset), RESULT)
     try:
-        with open(os.path.join(report_folder(settings.reports, asset), RESULT), encoding="utf-8") as file:
+        with open(path, encoding="utf-8") as file:
             result = json.load(file)
         return result if result.keys() >= RESULT_KEYS and result["format"] == FORMAT else None
     except (OSError, ValueError, AttributeError):

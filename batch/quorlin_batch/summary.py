@@ -13,16 +13,26 @@ from .text import duration, plural, printable, write_whole
 from .verdict import EXIT_CODES, NO_VERDICT, PASSED, STATES, TITLES
 
 FORMAT = 1
+MAX_FINDINGS = 100  # different ones of an asset; its result.json has more
 MAX_LISTED = 20  # assets of one state on standard output
 MAX_TOLD = 3  # findings of one asset there
 MAX_FREQUENT = 50
-NOT_RUN = {"state": NO_VERDICT, "reason": "not validated: its run did not come to an end", "verdict": None, "exit_code": None,
-           "attempts": 0, "seconds": 0.0, "host": None, "findings": [], "more_findings": 0}
+NOT_RUN = {
+    "state": NO_VERDICT,
+    "reason": "not validated: its run did not come to an end",
+    "verdict": None,
+    "exit_code": None,
+    "attempts": 0,
+    "seconds": 0.0,
+    "host": None,
+    "findings": [],
+    "more_findings": 0
+}
 
 
-def summarize(settings: Settings, assets: list[str], to_do: list[int], problems: list[str], seconds: float,
-              interrupted: bool) -> dict:
-    """The content of summary.json. `to_do` are the numbers of the assets that were to be validated in this call."""
+def summarize(settings: Settings, assets: list[str], to_do: list[int], problems: list[str],
+              seconds: float, interrupted: bool) -> dict:
+    """The content of summary.json. `to_do`: the assets that this call was to validate."""
     root = common_folder(assets)
     records = [asset_record(settings, asset, root) for asset in assets]
     totals = Counter(record["state"] for record in records)
@@ -37,7 +47,7 @@ def summarize(settings: Settings, assets: list[str], to_do: list[int], problems:
         "interrupted": interrupted,
         "problems": [printable(problem) for problem in problems],
         "exit_code": 2 if problems or interrupted else exit_code,
-        "totals": {"assets": len(records), **{state: totals[state] for state in STATES}},
+        "totals": {"assets": len(records)} | {state: totals[state] for state in STATES},
         "frequent_findings": frequent_findings(records),
         "assets": records,
     }
@@ -53,12 +63,16 @@ def asset_record(settings: Settings, asset: str, root: str) -> dict:
     folder = os.path.relpath(report_folder(settings.reports, asset), settings.reports)
     record = {"asset": printable(asset), "name": printable(os.path.relpath(asset, root))}
     record.update({key: (result or NOT_RUN)[key] for key in NOT_RUN})
+    rest = record["findings"][MAX_FINDINGS:]
+    record["findings"] = record["findings"][:MAX_FINDINGS]
+    record["more_findings"] += sum(finding["count"] for finding in rest
+                                   if finding["level"] != "note")
     record["report"] = quote(os.fsencode(folder)) if result else None  # as a relative URL
     return record
 
 
 def frequent_findings(records: list[dict]) -> list[dict]:
-    """Findings of the whole catalogue, those together that differ in numbers and in the asset's folder only."""
+    """Findings of the whole catalogue; those that differ in numbers and folders only are one."""
     groups: dict[tuple[str, str], dict] = {}
     for record in records:
         folder = os.path.dirname(record["asset"]) + "/"
@@ -66,12 +80,14 @@ def frequent_findings(records: list[dict]) -> list[dict]:
         for finding in record["findings"]:
             if finding["level"] != "note":
                 key = (finding["level"], form(finding["text"], folder))
-                add_to_group(groups.setdefault(key, {}), key, without_folder(finding["text"], folder))
+                add_to_group(groups.setdefault(key, {}), key,
+                             without_folder(finding["text"], folder))
                 groups[key]["count"] += finding["count"]
                 seen.add(key)
         for key in seen:
             groups[key]["assets"] += 1
-    return sorted(groups.values(), key=lambda group: (-group["assets"], -group["count"], group["form"]))[:MAX_FREQUENT]
+    most = sorted(groups.values(), key=lambda each: (-each["assets"], -each["count"], each["form"]))
+    return most[:MAX_FREQUENT]
 
 
 def add_to_group(group: dict, key: tuple[str, str], text: str) -> None:
@@ -98,7 +114,8 @@ def store_summary(summary: dict, path: str) -> None:
 def summary_lines(summary: dict) -> Iterable[str]:
     """What a person reads when the batch has ended: what is wrong first, the numbers last."""
     totals = summary["totals"]
-    shown = [record for record in summary["assets"] if record["attempts"] or not summary["interrupted"]]
+    interrupted = summary["interrupted"]
+    shown = [each for each in summary["assets"] if each["attempts"] or not interrupted]
     for state in STATES[:0:-1]:
         yield from state_lines(state, [record for record in shown if record["state"] == state])
     if summary["frequent_findings"]:
@@ -108,8 +125,9 @@ def summary_lines(summary: dict) -> Iterable[str]:
         yield ""
     for problem in summary["problems"]:
         yield f"PROBLEM: {problem}"
-    yield (f"{plural(totals['assets'], 'asset')}, {summary['validated_now']:,} validated in {duration(summary['seconds'])}"
-           + (", interrupted: the same call goes on from here" if summary["interrupted"] else ""))
+    took = f"{summary['validated_now']:,} validated in {duration(summary['seconds'])}"
+    end = ", interrupted: the same call goes on from here" if interrupted else ""
+    yield f"{plural(totals['assets'], 'asset')}, {took}{end}"
     for state in STATES:
         if totals[state] or state == PASSED:
             yield f"  {TITLES[state]:18} {totals[state]:7,}"
@@ -129,9 +147,10 @@ def state_lines(state: str, records: list[dict]) -> Iterable[str]:
 
 def finding_lines(record: dict) -> Iterable[str]:
     """The first findings; not those that the reason quotes already."""
-    rest = [finding for finding in record["findings"]
-            if finding["level"] != "note" and finding["text"].strip() not in record["reason"]]
+    rest = [each for each in record["findings"]
+            if each["level"] != "note" and each["text"].strip() not in record["reason"]]
     for finding in rest[:MAX_TOLD]:
         yield f"    {finding['count']:4,} x {told(finding)}"
     if len(rest) > MAX_TOLD or record["more_findings"]:
-        yield f"           and {plural(max(len(rest) - MAX_TOLD, 0) + record['more_findings'], 'other text')}"
+        more = max(len(rest) - MAX_TOLD, 0) + record["more_findings"]
+        yield f"           and {plural(more, 'other text')}"

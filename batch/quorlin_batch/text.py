@@ -1,4 +1,4 @@
-"""Texts from names and outputs, made fit for a terminal, XML and JSON; files written in one step."""
+"""Texts of names and outputs, made fit for a terminal, XML and JSON; files written in one step."""
 
 import os
 
@@ -15,7 +15,7 @@ def escape(character: str) -> str:
 
 
 def printable(text: str) -> str:
-    """The text with control characters, broken UTF-8 and invisible characters written as escapes."""
+    """The text, with escapes for control and invisible characters and for broken UTF-8."""
     if text.isprintable():
         return text
     return "".join(c if c.isprintable() else escape(c) for c in text)

@@ -1,4 +1,4 @@
-"""What became of an asset: the one place that decides it, from how the run ended and what it printed."""
+"""What became of an asset: decided here alone, by how its run ended and what that printed."""
 
 import signal
 from dataclasses import dataclass
@@ -13,9 +13,8 @@ FAILED = "failed"
 NOTHING = "nothing_validated"  # quorlin says PASSED, but there was nothing that it could validate
 NO_VERDICT = "no_verdict"
 STATES = (PASSED, INCOMPLETE, FAILED, NOTHING, NO_VERDICT)
-TITLES = {PASSED: "passed", INCOMPLETE: "passed in part", FAILED: "failed", NOTHING: "nothing validated",
-          NO_VERDICT: "no verdict"}
-
+TITLES = {PASSED: "passed", INCOMPLETE: "passed in part", FAILED: "failed",
+          NOTHING: "nothing validated", NO_VERDICT: "no verdict"}
 EXIT_CODES = {PASSED: 0, INCOMPLETE: 1, FAILED: 1, NOTHING: 2, NO_VERDICT: 2}
 
 REGULAR_EXIT_CODES = (0, 255)
@@ -41,8 +40,8 @@ def judge(run: Run, output: Output, look: Look) -> tuple[str, str]:
     if run.retriable():
         return NO_VERDICT, describe_crash(run.exit_code)
     if run.exit_code != 0 or output.verdict is None:
-        said = output.first()
-        return NO_VERDICT, "ended without a verdict" + (f": {said}" if said else f" (exit code {run.exit_code})")
+        said = output.first() or f"exit code {run.exit_code}"
+        return NO_VERDICT, f"ended without a verdict: {said}"
     if output.verdict == "FAILED":
         return FAILED, ""
     # Two witnesses: what quorlin says that it skipped, and what is on the disk.

@@ -9,9 +9,11 @@ import tempfile
 import time
 
 CHROMIUM = shutil.which("chromium")
-OPTIONS = ["--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run", "--disable-background-networking",
-           "--disable-component-update", "--disable-sync", "--disable-dev-shm-usage", "--window-size=1280,1000",
-           "--remote-debugging-pipe"]
+OPTIONS = [
+    "--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
+    "--disable-background-networking", "--disable-component-update", "--disable-sync",
+    "--disable-dev-shm-usage", "--window-size=1280,1000", "--remote-debugging-pipe"
+]
 
 
 class Browser:
@@ -27,18 +29,25 @@ class Browser:
             os.dup2(first, 3)
             os.dup2(second, 4)
 
-        self.process = subprocess.Popen([CHROMIUM, *OPTIONS, f"--user-data-dir={self.profile}"], preexec_fn=hand_over,
-                                        close_fds=False, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        command = [CHROMIUM, *OPTIONS, f"--user-data-dir={self.profile}"]
+        self.process = subprocess.Popen(command, preexec_fn=hand_over, close_fds=False,
+                                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         os.close(commands)
         os.close(answers)
         self.reader = os.fdopen(self.answers, "rb")
         self.numbers = itertools.count(1)
         target = self.send("Target.createTarget", url="about:blank")["targetId"]
-        self.session = self.send("Target.attachToTarget", targetId=target, flatten=True)["sessionId"]
+        attached = self.send("Target.attachToTarget", targetId=target, flatten=True)
+        self.session = attached["sessionId"]
 
     def close(self) -> None:
-        self.process.kill()
-        self.process.wait()
+        del self.session
+        self.send("Browser.close")
+        try:
+            self.process.wait(10)
+        except subprocess.TimeoutExpired:
+            self.process.kill()
+            self.process.wait()
         os.close(self.commands)
         self.reader.close()
         shutil.rmtree(self.profile, ignore_errors=True)
@@ -59,7 +68,8 @@ class Browser:
                 return answer["result"]
 
     def evaluate(self, expression: str):
-        result = self.send("Runtime.evaluate", expression=expression, returnByValue=True, awaitPromise=True)
+        result = self.send("Runtime.evaluate", expression=expression, returnByValue=True,
+                           awaitPromise=True)
         if "exceptionDetails" in result:
             raise RuntimeError(result["exceptionDetails"])
         return result["result"].get("value")
@@ -68,7 +78,8 @@ class Browser:
         self.send("Page.navigate", url="about:blank")
         self.send("Page.navigate", url=url)
         for _ in range(200):
-            if self.evaluate("location.href !== 'about:blank' && document.readyState") == "complete":
+            state = self.evaluate("location.href !== 'about:blank' && document.readyState")
+            if state == "complete":
                 return
             time.sleep(0.05)
         raise RuntimeError(f"{url} was not loaded")

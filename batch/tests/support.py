@@ -1,4 +1,5 @@
-"""What the tests share: catalogues made for a test, a quorlin that does as told, and calls of quorlin-batch."""
+"""What the tests share: catalogues made for a test, a quorlin that does as told, and calls of
+quorlin-batch."""
 
 import json
 import os
@@ -13,7 +14,8 @@ PROGRAM = SOURCE / "quorlin-batch"
 EXAMPLES = SOURCE.parent / "examples"
 QUORLIN = os.environ.get("QUORLIN", str(SOURCE.parent / "build" / "quorlin"))
 
-PASSED = r"""printf -- '------------------------------------------------\nx:\nx has been verified.\n\nvalidation result: PASSED\n'"""
+WALKED = "printf -- '" + "-" * 48 + r"\nx:\nx has been verified.\n\n'; "
+PASSED = WALKED + "echo validation result: PASSED"
 FAILED = r"""printf 'ERROR: Lost sync.\n\nvalidation result: FAILED\n'"""
 MEDIA = "#EXTM3U\n#EXTINF:2,\nseg.ts\n#EXTINF:2,\nmore.ts\n"
 # Runs the script beside the playlist and counts the runs there.
@@ -25,7 +27,6 @@ cd "$(dirname "$2")" && echo run >> runs && . ./fake.sh
 
 class BatchTest(unittest.TestCase):
     """A test with an empty folder: catalogue/ in it, reports go to reports/."""
-
     def setUp(self) -> None:
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
@@ -52,20 +53,34 @@ class BatchTest(unittest.TestCase):
         return folder / "list.m3u8"
 
     def command(self, *arguments: object) -> list[str]:
-        return [str(PROGRAM), *map(str, arguments or [self.catalogue]), "-o", str(self.reports),
-                *([] if "--quorlin" in arguments else ["--quorlin", str(self.quorlin)])]
+        return [
+            str(PROGRAM), *map(str, arguments or [self.catalogue]), "-o",
+            str(self.reports),
+            *([] if "--quorlin" in arguments else ["--quorlin", str(self.quorlin)])
+        ]
 
     def batch(self, *arguments: object, **options) -> subprocess.CompletedProcess:
-        return subprocess.run(self.command(*arguments), capture_output=True, check=False, **{"cwd": self.folder, **options})
+        return subprocess.run(self.command(*arguments),
+                              capture_output=True,
+                              check=False,
+                              **{
+                                  "cwd": self.folder,
+                                  **options
+                              })
 
     def summary(self) -> dict:
         return json.loads((self.reports / "summary.json").read_text())
 
     def records(self) -> dict[str, dict]:
         """Records of the summary by the asset's first folder."""
-        return {record["asset"].removeprefix(f"{self.catalogue}/").split("/")[0]: record
-                for record in self.summary()["assets"]}
+        return {
+            record["asset"].removeprefix(f"{self.catalogue}/").split("/")[0]: record
+            for record in self.summary()["assets"]
+        }
 
     def runs(self) -> dict[str, int]:
         """How often quorlin was run, by the asset's folder."""
-        return {path.parent.name: len(path.read_text().split()) for path in self.catalogue.rglob("runs")}
+        return {
+            path.parent.name: len(path.read_text().split())
+            for path in self.catalogue.rglob("runs")
+        }
