@@ -60,8 +60,11 @@ TEST(Movie, Tracks) {
         return visual_entry(entry, {box("sinf", {box("frma", {text_bytes(format)})})});
     };
     const Bytes entry = audio_entry("mp4a", 2, {});
-    const TrakSpec version_1 = {.track_ID = 7, .entry = entry, .tkhd_version = 1, .mdhd_version = 1};
+    const TrakSpec version_1 = {
+        .track_ID = 7, .entry = entry, .tkhd_version = 1, .mdhd_version = 1, .handler_type = "sbtl"};
     const Bytes metadata = box("uuid", {text_bytes("VXRO-METADATA-00"), zero_bytes(5)});
+    const Bytes metx = box("metx", {zero_bytes(8), text_bytes("gzip"), {0}, text_bytes("urn:vexro:mobile-metadata")});
+    const Bytes times = text_boxes("stts:32 0 1 2 512\nctts:32 0 1 2 1024\nstss:32 0 1 2");
     const Bytes init = init_with_entry(box("wvtt", {}));
     const Bytes runs = fragment(
         "tfhd:32 0x20008 1 30\ntrun:32 0x205 2 0 0x2000000 1 1\n"
@@ -74,6 +77,8 @@ TEST(Movie, Tracks) {
         entry_case("a clear Lumora entry keeps its HDR kind", protect("lmhe", "hvc1")),
         {"a trak given again, with one inside",
          {init, init_section({{.entry = entry, .before_mdia = trak({.track_ID = 2, .entry = entry})}})}},
+        {"timed metadata", {init_section({{.entry = metx, .handler_type = "meta"}})}},
+        {"times of samples", {init_section({{.entry = entry, .tables = times, .handler_type = "hint"}})}},
         {"tables grow by the fields of runs", {init, runs}},
         {"a segment begins with empty tables", {init, runs, media_segment({})}},
     };
@@ -105,9 +110,11 @@ SegmentCase cut(const char* format, const Bytes& configuration, size_t size) {
 TEST(Movie, VideoConfigurations) {
     const Bytes piff = {'P', 'I', 'F', 'F', 0, 0, 0, 1, 7, 7, 0, 0, 0, 1, 8, 0, 0, 0, 1, 9};
     const Bytes avc = avcC(2, {{7, 7}}, {{8}, {8}});
-    const Bytes hevc = hvcC(4, {{32, {{1}}}, {39, {{1}}}, {34, {{1}, {2, 2, 2}}}});
+    const Bytes hevc = hvcC(4, {{32, {{1}}}, {39, {{1}}}, {33, {{1}}}, {34, {{1}, {2, 2, 2}}}});
     std::vector<SegmentCase> cases = {entry_case("PIFF form", visual_entry("avc1", {box("avcC", {piff})})),
-                                      cut("hvc1", hevc, hevc.size()), cut("hvc1", hevc, hevc.size() - 2)};
+                                      cut("hvc1", hevc, hevc.size())};
+    // Inside the PPS, SPS, SEI and VPS.
+    for (const size_t size : {58, 48, 42, 36}) cases.push_back(cut("hvc1", hevc, size));
     for (size_t size = 8; size <= avc.size(); ++size) cases.push_back(cut("avc1", avc, size));
     expect_golden_movies("golden/video_configurations.txt", cases);
 }
