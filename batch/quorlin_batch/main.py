@@ -21,7 +21,7 @@ from .summary import store_summary, summarize, summary_lines
 from .text import plural, printable
 from .verdict import NO_VERDICT, NOTHING
 
-EXIT_INTERRUPTED = 2  # as for every batch in which an asset reached no verdict
+EXIT_NOT_ENDED = 2  # as for every batch in which an asset reached no verdict
 EXIT_USAGE = 64
 TIME_UNITS = {"": 1, "s": 1, "m": 60, "h": 3600, "d": 86400}
 
@@ -142,7 +142,10 @@ def quorlin_version(program: str) -> str:
 @contextlib.contextmanager
 def locked(settings: Settings) -> Iterator[None]:
     """The reports folder, ready and for this batch alone."""
-    os.makedirs(os.path.join(settings.reports, "batch"), exist_ok=True)
+    try:
+        os.makedirs(os.path.join(settings.reports, "batch"), exist_ok=True)
+    except OSError as error:
+        raise UsageError(f"{settings.reports}: cannot be made: {error.strerror}") from error
     with open(Settings.path(settings.reports, "lock"), "w", encoding="utf-8") as file:
         try:
             fcntl.flock(file, fcntl.LOCK_EX | fcntl.LOCK_NB)
@@ -231,9 +234,9 @@ def main(arguments: list[str]) -> int:
         return run_batch(command_line().parse_args(arguments))
     except UsageError as error:
         print("quorlin-batch:", "\n".join(map(printable, str(error).split("\n"))), file=sys.stderr)
+        return EXIT_USAGE
     except OSError as error:
         print("quorlin-batch:", printable(str(error)), file=sys.stderr)
     except KeyboardInterrupt:
         print("quorlin-batch: interrupted; the same call goes on from here", file=sys.stderr)
-        return EXIT_INTERRUPTED
-    return EXIT_USAGE
+    return EXIT_NOT_ENDED

@@ -1,4 +1,4 @@
-"""index.html: one page, complete in itself; the summary is in it, as JSON that nothing breaks out of."""
+"""index.html: one page, complete in itself; the summary is in it as JSON nothing breaks out of."""
 
 import html
 import json

@@ -101,7 +101,3 @@ def make_summary(count: int) -> dict:
         "interrupted": False, "totals": {"assets": count} | totals, "assets": records,
         "frequent_findings": frequent_findings(records)
     }
-
-
-if __name__ == "__main__":
-    unittest.main()

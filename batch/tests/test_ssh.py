@@ -70,7 +70,3 @@ class Ssh(BatchTest):
                           "ssh -F none -o BatchMode=yes -p 1 nobody@127.0.0.1")
         self.assertEqual(done.returncode, 2, done)
         self.assertIn("not validated", self.records()["a"]["reason"])
-
-
-if __name__ == "__main__":
-    unittest.main()
