@@ -17,6 +17,9 @@ namespace {
 constexpr uint32_t GROUP_SIZE = 0x100000;
 constexpr size_t GROUP_SAMPLES = 0x4000;
 
+// Read at once behind a seek: the chunks of a track may lie far apart among those of many others.
+constexpr uint32_t SEEK_READ_SIZE = 0x10000;
+
 // Work beside the bytes of the samples (see MediaContext::work_left). Samples with bytes of their own never use the
 // limit up: of its 16 for each byte of the file the smallest take 9.
 constexpr uint64_t SAMPLE_WORK = 8;
@@ -121,9 +124,12 @@ void seek_chunk(Extraction& extraction, uint64_t offset) {
     offset = in_front ? UINT64_MAX : std::min(offset, readable + 1);
     if (offset == reader.position) return;
     const uint64_t buffer_start = reader.position - reader.cursor;
-    if (offset < buffer_start || offset >= buffer_start + reader.valid)
-        spend_work(extraction.context, reader.chunk_size);
+    // A walk over the file from its start to its end is every track's right; only going back is work.
+    if (offset < buffer_start) spend_work(extraction.context, SEEK_READ_SIZE);
+    const uint32_t chunk_size = reader.chunk_size;
+    reader.chunk_size = std::min(chunk_size, SEEK_READ_SIZE);
     reader_skip(static_cast<int64_t>(offset - reader.position), reader);
+    reader.chunk_size = chunk_size;
     if (!in_front) return;
     // The seek failed and left the stream at its end: the next one starts from there.
     if (reader.limited) reader.remaining -= static_cast<int64_t>(extraction.context.file_size) + 1;
