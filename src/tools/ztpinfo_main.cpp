@@ -8,6 +8,7 @@
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
+#include <exception>
 #include <new>
 #include <string>
 #include <vector>
@@ -66,11 +67,24 @@ int run(int argc, char** argv) {
     return worst;
 }
 
+int report_out_of_memory() {
+    std::fflush(stdout);
+    std::fputs("ztpinfo: out of memory\n", stderr);
+    return EXIT_NO_OUTPUT;
+}
+
+// Where memory is so short that not even the exception that says so can be made, the library ends the program.
+[[noreturn]] void end_without_memory() {
+    _exit(report_out_of_memory());
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     open_missing_descriptors();
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+    std::set_terminate(end_without_memory);
     std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
     int status = EXIT_NO_OUTPUT;
     try {
@@ -78,9 +92,7 @@ int main(int argc, char** argv) {
     } catch (const std::bad_alloc&) {
         // The one exception that the library throws at us. A new-handler would also end the allocations that may fail
         // and have a message of their own.
-        std::fflush(stdout);
-        std::fputs("ztpinfo: out of memory\n", stderr);
-        return EXIT_NO_OUTPUT;
+        return report_out_of_memory();
     }
     return output_is_written() ? status : EXIT_NO_OUTPUT;
 }
