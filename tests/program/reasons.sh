@@ -1,0 +1,332 @@
+#!/usr/bin/env bash
+# reasons.sh QUORLIN EXAMPLES: every place where a run fails or leaves something out without a message on standard
+# output, with the line on standard error that says why; and that good content has no such line.
+source "$(dirname "${BASH_SOURCE[0]}")/case_table.sh"
+examples=$2
+
+# row NAME VERDICT EXIT INPUT REASON [OPTION...]: the reason is a whole line; standard output has no finding. The folder
+# is empty for the next row.
+row() {
+    local name=$1 verdict=$2 code=$3 input=$4 reason=$5
+    shift 5
+    expect "$name" "$verdict" "$code" "quorlin: $reason" quorlin -i "$input" "$@"
+    grep -qaxF -e "quorlin: $reason" "$folder/stderr" || fail "$name: the reason is not a line of its own"
+    if grep -a '^\(\[SV\]   : \)\?\(ERROR\|WARNING\|Warning\)' "$folder/stdout"; then fail "$name: not silent"; fi
+    rm -rf ./*
+}
+
+# ---- Content, as hexadecimal text.
+
+bytes() {  # HEX...: the bytes themselves
+    local hex="$*"
+    hex=${hex//[[:space:]]/}
+    printf '%b' "$(sed 's/../\\x&/g' <<<"$hex")"
+}
+repeat() {  # HEX COUNT
+    local i
+    for ((i = 0; i < $2; ++i)); do printf '%s' "$1"; done
+}
+number() {  # VALUE BYTES
+    printf "%0$(($2 * 2))x" "$1"
+}
+text() {  # TEXT
+    printf '%s' "$1" | od -An -v -tx1 | tr -d ' \n'
+}
+size() {  # HEX: its length in bytes
+    echo $((${#1} / 2))
+}
+
+# ISO/IEC 13818-1: one packet, filled up by an adaptation field.
+packet() {  # PID UNIT_START PAYLOAD
+    local room=$((184 - $(size "$3"))) head
+    head=47$(number $(($2 * 0x4000 + $1)) 2)
+    case $room in
+        0) echo "${head}10$3" ;;
+        1) echo "${head}3000$3" ;;
+        *) echo "${head}30$(number $((room - 1)) 1)00$(repeat ff $((room - 2)))$3" ;;
+    esac
+}
+section() {  # TABLE_ID BODY: with a pointer_field, and a CRC_32 that nothing checks
+    echo "00$1b0$(number $(($(size "$2") + 4)) 1)$2ffffffff"
+}
+pat() {  # [PROGRAM PID]...
+    local entries=
+    while [ $# -gt 0 ]; do
+        entries+=$(number "$1" 2)$(number $(($2 + 0xe000)) 2)
+        shift 2
+    done
+    packet 0 1 "$(section 00 "0001c10000$entries")"
+}
+stream() {  # TYPE PID [DESCRIPTORS]
+    local descriptors=${3-}
+    echo "$1$(number $(($2 + 0xe000)) 2)f0$(number "$(size "$descriptors")" 1)$descriptors"
+}
+pmt() {  # STREAMS [PID]
+    packet "${2:-256}" 1 "$(section 02 "0001c10000e100f000$1")"
+}
+pes() {  # PID STREAM_ID PAYLOAD [PES_PACKET_LENGTH]: one packet
+    local length=${4:-$(($(size "$3") + 8))}
+    packet "$1" 1 "000001$2$(number "$length" 2)8080052100010001$3"
+}
+aac() {  # a segment of one AAC stream: PACKET...
+    bytes "$(pat 1 256)" "$(pmt "$(stream 0f 257)")" "$@"
+}
+ac4() {  # a segment of one AC-4 stream: PES_PAYLOAD [LENGTH]
+    bytes "$(pat 1 256)" "$(pmt "$(stream 06 257 7f021500)")" "$(pes 257 bd "$@")"
+}
+
+# ISO/IEC 14496-12.
+box() {  # TYPE PAYLOAD...
+    local type=$1 payload
+    shift
+    payload=$(printf '%s' "$@")
+    echo "$(number $(($(size "$payload") + 8)) 4)$(text "$type")$payload"
+}
+ftyp=$(box ftyp "$(text isom)00000000")
+tkhd=$(box tkhd 000000000000000000000000 00000001 "$(repeat 00 8)")
+entry() {  # VISUAL_TYPE [BOXES]: a sample description of one entry
+    box stsd 0000000000000001 "$(box "$1" "$(repeat 00 78)" "${2-}")"
+}
+ac4_entry() {  # DAC4_PAYLOAD
+    box stsd 0000000000000001 "$(box ac-4 "$(repeat 00 16)" 00020010 00000000 bb800000 "$(box dac4 "$1")")"
+}
+avc=$(entry avc1 "$(box avcC 014d001fff e0 00)")
+dac4=20a0004c000000000000000000
+init() {  # BOX...: an init section of one track
+    bytes "$ftyp" "$(box moov "$(box trak "$tkhd" "$@")")"
+}
+fragment() {  # SAMPLE [TRACK_ID]: a segment of one sample
+    local run moof
+    run=$(box trun 00000201 00000001 OFFSETXX "$(number "$(size "$1")" 4)")
+    moof=$(box moof "$(box traf "$(box tfhd 00020000 "$(number "${2:-1}" 4)")" "$run")")
+    moof=${moof/OFFSETXX/$(number $(($(size "$moof") + 8)) 4)}
+    bytes "$moof" "$(box mdat "$1")"
+}
+fmp4() {  # the playlist of init.mp4 and segment.m4s
+    media '#EXT-X-MAP:URI="init.mp4"' '#EXTINF:4,' segment.m4s
+}
+broken_init() {  # REASON BOX...: an init section whose walk stops
+    local reason=$1
+    shift
+    init "$@" >init.mp4
+    media '#EXT-X-MAP:URI="init.mp4"'
+    row "$reason" FAILED 0 p.m3u8 "init.mp4: $reason"
+}
+
+# ID3 and packed audio.
+owner=$(text com.apple.streaming.transportStreamTimestamp)00
+tag() {  # BODY: an ID3 tag
+    echo "49443304000000$(number "$(size "$1")" 3)$1"
+}
+timestamp=$(tag "$(text PRIV)000000350000${owner}000000000001ec30")
+packed() {  # NAME REASON VERDICT HEX...
+    local name=$1 reason=$2 verdict=$3
+    shift 3
+    bytes "$@" >a.aac
+    media '#EXTINF:4,' a.aac
+    row "$name" "$verdict" 0 p.m3u8 "a.aac: $reason"
+}
+
+# Playlists.
+media() {  # LINE...: p.m3u8
+    printf '%s\n' '#EXTM3U' "$@" '#EXT-X-ENDLIST' >p.m3u8
+}
+variant='#EXT-X-STREAM-INF:BANDWIDTH=1,CODECS="mp4a.40.2",AUDIO="a"'
+master() {  # LINE...: m.m3u8, and a.m3u8 with one good segment
+    media '#EXTINF:4,' a.ts
+    mv p.m3u8 a.m3u8
+    aac "$(pes 257 c0 ffff)" >a.ts
+    printf '%s\n' '#EXTM3U' "$@" >m.m3u8
+}
+
+# ---- Inputs and playlists.
+
+printf '%s\n' "$variant" v.m3u8 '#EXTINF:4,' a.ts >p.m3u8
+row 'variants and segments' - 255 p.m3u8 'p.m3u8: the playlist holds both variant streams and segments'
+aac "$(pes 257 c0 ffff)" | tee s_0.ts >s_2.ts
+mkdir s_1.ts
+row 'a series ends at what cannot be opened' PASSED 0 's_%d.ts' 's_1.ts: cannot be opened: Is a directory; the series ends here'
+: >p.m3u8
+row 'a playlist without segments' PASSED 0 p.m3u8 'p.m3u8: the playlist names no segment'
+media '#EXTINF:4,' '#EXT-X-DISCONTINUITY'
+mkdir '#EXT-X-DISCONTINUITY'
+expect 'a tag in the place of an address' PASSED 0 'quorlin: p.m3u8: a tag stands where an address belongs' quorlin -i p.m3u8
+rm -rf ./*
+aac "$(pes 257 c0 ffff)" >a.ts
+media '#EXTINF:4,' '#EXT-X-BYTERANGE:1x@-1' a.ts
+row 'a byte range that is none' FAILED 0 p.m3u8 'a.ts: the byte range "1x@-1" is not a length and an offset; the segment is not read'
+bytes "$(text '#M3U')" >a.ts
+media '#EXTINF:4,' a.ts
+row 'a playlist as a segment' FAILED 0 p.m3u8 "a.ts: the segment's container is not recognised from its first 8 bytes"
+: >a.ts
+media '#EXTINF:4,' a.ts
+row 'an empty segment' FAILED 0 p.m3u8 "a.ts: the segment's container is not recognised from its first 8 bytes"
+aac "$(pes 257 c0 ffff)" >a.ts
+media "#EXT-X-KEY:$(repeat x 5000)" '#EXTINF:4,' a.ts
+row 'a line that is too long' PASSED 0 p.m3u8 'p.m3u8: a line is longer than 4095 characters: its rest is read as the next line'
+
+master "$variant" a.m3u8 '#EXT-X-MEDIA:TYPE=SUBTITLES,GROUP-ID="s",URI="s.m3u8"'
+row 'a rendition of another type' PASSED 0 m.m3u8 's.m3u8: a rendition that is not of TYPE=AUDIO: the playlist is not validated'
+master "$variant" a.m3u8 '#EXT-X-MEDIA:TYPE=AUDIO,URI="s.m3u8"'
+row 'a rendition without a group' PASSED 0 m.m3u8 's.m3u8: a rendition without GROUP-ID: the playlist is not validated'
+master "$variant" a.m3u8 '#EXT-X-MEDIA:TYPE=AUDIO,GROUP-ID="a",URI="s"'
+row 'a rendition without a stem' PASSED 0 m.m3u8 's: the name has no extension to take a stem from; the playlist is not validated'
+master "$variant" a.m3u8 "$variant" v
+row 'a variant without a stem' PASSED 0 m.m3u8 'v: the name has no extension to take a stem from; the playlist is not validated'
+master "$variant" '#EXT-X-VERSION:7' "$variant" a.m3u8
+row 'a variant without an address' PASSED 0 m.m3u8 'm.m3u8: a variant has no URI: no playlist of it is validated'
+master "$variant" a.m3u8 "$variant" a.m3u8
+row 'one address twice' PASSED 0 m.m3u8 "a.m3u8: an earlier variant has the same URI: validated once, with that variant's CODECS"
+master "$variant" a.m3u8 '#EXT-X-I-FRAME-STREAM-INF:BANDWIDTH=1,URI="i.m3u8"'
+row 'an I-frame playlist' PASSED 0 m.m3u8 'i.m3u8: an I-frame playlist: it is not validated'
+master "$variant" v.m3u8
+printf '%s\n' "$variant" a.m3u8 >v.m3u8
+row 'a master playlist as a variant' PASSED 0 m.m3u8 'v.m3u8: a master playlist where a media playlist is expected'
+
+# ---- Transport streams.
+
+lone() {  # NAME VERDICT REASON HEX...: a single file
+    local name=$1 verdict=$2 reason=$3
+    shift 3
+    bytes "$@" >a.ts
+    row "$name" "$verdict" 0 a.ts "a.ts: $reason"
+}
+good=$(pes 257 c0 ffff)
+one=$(pat 1 256)
+lone 'a fragment of a packet' PASSED 'the last 100 bytes are not a whole packet: not read' "$one$(pmt "$(stream 0f 257)")$good" 47 "$(repeat 00 99)"
+lone 'no association table' PASSED 'no program association table lists a program: nothing is checked' "$good"
+lone 'no program map' PASSED 'no program map table is complete: nothing is checked' "$one$good"
+lone 'nothing to follow' PASSED 'the program has no audio or video stream that is followed: nothing is checked' "$one$(pmt '')"
+lone 'private data' PASSED 'PID 300 of stream type 0x06 is neither audio nor video: not followed' "$one$(pmt "$(stream 06 300)$(stream 0f 257)")$good"
+lone 'several programs' PASSED '2 programs; the first, number 7, is followed' "$(pat 7 256 8 300)$(pmt "$(stream 0f 257)")$good"
+lone 'a pointer that is too large' PASSED 'PID 0: a pointer_field reaches past its packet: no section is read there' "$(packet 0 1 ff)"
+lone 'bytes of no PES packet' PASSED 'PID 257: 2 bytes are in no PES packet, or behind the 1000000 bytes that one may hold: not read' \
+    "$one$(pmt "$(stream 0f 257)")$(packet 257 0 ffff)"
+lone 'a PES packet that ends in its header' PASSED 'PID 257: 1 PES packets have a length that ends inside their header: not read' \
+    "$one$(pmt "$(stream 0f 257)")$(pes 257 c0 '' 3)"
+lone 'audio without a length' PASSED 'PID 257: 1 audio PES packets are cut short, have no length or are not of stream_id 0xBD: not checked' \
+    "$one$(pmt "$(stream 87 257 cc03804400)")$(pes 257 bd 0b77 0)"
+lone 'eleven audio streams' FAILED 'more than 10 audio streams; PID 310 is not followed' \
+    "$one$(pmt "$(for i in {300..310}; do stream 0f "$i"; done | tr -d '\n')")"
+lone 'eleven descriptors' FAILED 'more than 10 descriptors for PID 257; the others are not read' \
+    "$one$(pmt "$(stream 0f 257 "$(repeat 0a00 11)")")"
+lone 'eleven programs' FAILED 'more than 10 programs; the one with PMT PID 310 is not followed' \
+    "$(pat $(for i in {300..310}; do echo "$i $i"; done))$(for i in {300..310}; do pmt '' "$i"; done)"
+lone 'tables on many PIDs' FAILED 'more than 20 PIDs carry program tables; PID 319 is not followed' \
+    "$(pat $(for i in {300..319}; do echo "$i $i"; done))$(for i in {300..319}; do packet "$i" 1 0002b000; done)"
+# These have a message of their own behind them, which does not say what is wrong.
+ac4 ac400000 >a.ts
+expect 'an empty AC-4 frame' FAILED 0 'quorlin: a.ts: PID 257: AC-4 frame 1 of a PES has the size 0' quorlin -i a.ts
+ac4 ac40000100 >a.ts
+expect 'an AC-4 frame that is cut' FAILED 0 'quorlin: a.ts: PID 257: AC-4 frame 1 of a PES has an unreadable table of contents' quorlin -i a.ts
+rm -f ./*
+
+# ---- Fragmented MP4. The first box behind tkhd is at byte 64.
+
+broken_init "box 'free' at byte 64: its size is smaller than its header" "00000004$(text free)"
+broken_init "box 'free' at byte 64: it is larger than what is left of its container" "00001000$(text free)"
+broken_init "box 'free' at byte 64: its size is out of range" "00000001$(text free)$(repeat ff 8)"
+broken_init "box 'tkhd' at byte 64: its version is neither 0 nor 1" "$(box tkhd "02$(repeat 00 23)")"
+broken_init "box 'mdhd' at byte 64: its version is neither 0 nor 1" "$(box mdhd "02$(repeat 00 23)")"
+broken_init "box 'edts' at byte 64: the edit list's version is neither 0 nor 1" "$(box edts "$(box elst 0200000000000001)")"
+broken_init "box 'edts' at byte 64: the edit list has neither one nor two entries" "$(box edts "$(box elst 0000000000000000)")"
+broken_init "box 'edts' at byte 64: two edits are not an empty one and one from the start of the media" \
+    "$(box edts "$(box elst 0000000000000002 "$(repeat 00 24)")")"
+broken_init "box 'stsd' at byte 64: it does not hold exactly one sample description" "$(box stsd 0000000000000002)"
+broken_init "box 'stsz' at byte 64: its count does not fit its size" "$(box stsz 000000000000000000000001)"
+broken_init "box 'uuid' at byte 64: it is too short for its extended type" "$(box uuid 00)"
+broken_init "box 'udta' at byte 552: boxes are nested too deeply" "$(i=63; b=; while ((i-- > 0)); do b=$(box udta "$b"); done; echo "$b")"
+bytes "$ftyp" "$(box moov "$(repeat "$(box trak "$tkhd")" 257)")" >init.mp4
+media '#EXT-X-MAP:URI="init.mp4"'
+row 'too many tracks' FAILED 0 p.m3u8 "init.mp4: box 'trak' at byte 10264: there are more than 256 tracks"
+bytes "$ftyp" "00001000$(text moov)00000f00$(text trak)$tkhd" "00000800$(text dac4)" >init.mp4
+media '#EXT-X-MAP:URI="init.mp4",BYTERANGE="5000@0"'
+row 'a box behind the end of the file' FAILED 0 p.m3u8 "init.mp4: box 'dac4' at byte 64: it runs past the end of the file"
+
+init "$avc" >init
+media '#EXT-X-MAP:URI="init"'
+row 'an init section without a stem' PASSED 0 p.m3u8 "init: the init section's name has no extension to take a stem from"
+bytes "$ftyp" >init.mp4
+media '#EXT-X-MAP:URI="init.mp4"'
+row 'an init section without a track' PASSED 0 p.m3u8 'init.mp4: the init section has no track: nothing is validated'
+init "$avc" >init.mp4
+media '#EXT-X-MAP:URI="init.mp4",BYTERANGE="x"'
+row 'a byte range of fMP4' FAILED 0 p.m3u8 'init.mp4: the byte range is not a length and an offset; the segment is not read'
+init "$(entry avc1 "$(box avcC 014d001fffe100ff)")" >init.mp4
+media '#EXT-X-MAP:URI="init.mp4"'
+row 'an SPS that is too long' PASSED 0 p.m3u8 "init.mp4: box 'avcC' at byte 166: a NAL unit runs past its end: this one and those behind it are not read"
+init "$(entry hvc1 "$(box hvcC "$(repeat 00 22)012700""0100ff")")" >init.mp4
+media '#EXT-X-MAP:URI="init.mp4"'
+row 'an SEI that is too long' PASSED 0 p.m3u8 "init.mp4: box 'hvcC' at byte 166: a NAL unit runs past its end: this one and those behind it are not read"
+init "$avc" "$(box stsz 000000000000000400000001)" >init.mp4
+media '#EXT-X-MAP:URI="init.mp4"'
+row 'samples without a chunk' PASSED 0 p.m3u8 'init.mp4: track 1: its last samples lie in no chunk: not read'
+init "$(ac4_entry "$dac4")" >init.mp4
+media '#EXT-X-MAP:URI="init.mp4"'
+printf '%s\n' '#EXT-X-STREAM-INF:BANDWIDTH=1,CODECS="ac"' p.m3u8 >m.m3u8
+row 'AC-4 that CODECS does not name' FAILED 0 m.m3u8 'init.mp4: track 1 is AC-4, but CODECS names no ac-4'
+
+fragment 0000000165 >segment.m4s
+media '#EXTINF:4,' segment.m4s
+row 'no init section' FAILED 0 p.m3u8 'segment.m4s: no init section (EXT-X-MAP) came before this segment'
+segment() {  # NAME VERDICT REASON STSD: the segment in segment.m4s behind an init section with this description
+    init "$4" >init.mp4
+    fmp4
+    row "$1" "$2" 0 p.m3u8 "segment.m4s: $3"
+}
+fragment 0000000165 2 >segment.m4s
+segment 'a fragment of no track' PASSED "box 'tfhd' at byte 16: no track has its track ID: the samples of this fragment are not read" "$avc"
+bytes "$(box styp 6d736468)" >segment.m4s
+segment 'a segment without samples' PASSED 'no sample of a known track is in it: nothing is validated' "$avc"
+fragment 000000016500 >segment.m4s
+segment 'a rest behind the last NAL unit' PASSED "track 1: 1 samples end with bytes too few for a NAL unit's length field: not written" "$avc"
+fragment 0000000165 | head -c -1 >segment.m4s
+segment 'a sample that is cut' FAILED 'track 1: the sample at byte 64 is not wholly inside the file or byte range' "$avc"
+fragment 00 >segment.m4s
+segment 'an unknown codec' PASSED 'track 1: its sample entry is of no known codec: its samples are not checked' "$(entry abcd)"
+fragment 00 >segment.m4s
+segment 'a protected track' PASSED 'track 1: protected, of a codec not known: its samples are not checked' "$(entry encv)"
+bytes "$(box moof "$(box traf "$(box tfhd 0000000100000001 0000000100000000)")")" >segment.m4s
+segment 'an offset beyond 4 GiB' FAILED "box 'tfhd' at byte 16: its base data offset is 4 GiB or more" "$avc"
+bytes "$(box moof "$(box traf "$(box tfhd 0002000000000001)" "$(box trun 0000020000000009)")")" >segment.m4s
+segment 'a run that is too short' FAILED "box 'trun' at byte 32: its count does not fit its size" "$avc"
+bytes "$(box moof "$(box traf "$(box tfhd 0002000000000001)" "$(box trun 00000000ffffffff)")")" >segment.m4s
+segment 'samples without end' FAILED 'the samples claim many times the data that the file holds; track 1 is not read on' "$avc"
+fragment 0000 >segment.m4s
+init "$(ac4_entry "206001$(repeat 00 9)0300")" >init.mp4
+fmp4
+expect 'a presentation of a later version' FAILED 0 \
+    'quorlin: segment.m4s: track 1: presentation 0 of dac4 has the version 3: it is not compared with the samples' quorlin -i p.m3u8
+rm -f ./*
+
+# ---- Packed audio. The payload is at byte 73.
+
+packed 'another frame' 'the ID3 tag does not begin with a PRIV frame (byte 73)' FAILED "${timestamp/50524956/54495432}"
+packed 'another owner' "the PRIV frame of the ID3 tag has another owner than the timestamp's (byte 73)" FAILED "${timestamp/636f6d/636f6e}"
+packed 'a short tag' 'the ID3 tag is too short for a timestamp (byte 10)' FAILED "$(tag 00)"
+packed 'a cut tag' 'the ID3 tag is longer than the segment (byte 72)' FAILED "${timestamp:0:144}"
+packed 'an unknown format' 'no packed audio format recognised at byte 73: nothing is checked' PASSED "${timestamp}12345678"
+packed 'bsid 9' 'the bsid of the frame at byte 73 is neither AC-3 nor E-AC-3: copied unchecked' PASSED "${timestamp}0b7700000048"
+bytes "$timestamp" >a.aac
+media '#EXTINF:4,' '#EXT-X-BYTERANGE:20@5' a.aac
+row 'a range behind the tag' FAILED 0 p.m3u8 'a.aac: no ID3 tag at the start of the packed audio segment (byte 15)'
+# Without a master playlist there is no CODECS, which is a finding.
+loose() {  # TEXT HEX
+    bytes "$timestamp" "$2" >a.aac
+    media '#EXTINF:4,' a.aac
+    expect "$1" FAILED 0 "quorlin: a.aac: $1" quorlin -i p.m3u8
+}
+loose 'no AC-4 sync word 0xAC40 at byte 73: the rest is not looked at' ac410000
+ec3_start=0b770000""0080
+loose 'no sync word in the last bytes, from byte 77 on' "${ec3_start}0000"
+rm -f ./*
+
+# ---- Good content has nothing to explain.
+
+while read -r name subfolder input; do
+    case "$name" in '' | '#'*) continue ;; esac
+    grep -q PASSED "$examples/expected/$name.stdout" || continue
+    cd "$examples/$subfolder" || exit 1
+    expect "example $name" PASSED 0 '' quorlin -i "$input" -o "$folder/work/out"
+done <"$examples/list"
+finish
