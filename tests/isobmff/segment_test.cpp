@@ -46,6 +46,20 @@ TEST(Segment, ByteRangesOfOneFile) {
         });
 }
 
+// Every track walks over the file once; that is not what the limit of work is for.
+TEST(Segment, ManyTracksInterleaved) {
+    std::vector<TrakSpec> tracks;
+    std::vector<RunSpec> runs;
+    for (uint32_t i = 1; i <= 100; ++i) {
+        tracks.push_back({.track_ID = i, .entry = DATA_ENTRY});
+        runs.push_back({.track_ID = i, .samples = {zero_bytes(6000)}});
+    }
+    const Bytes fragment = media_segment(runs);
+    const SegmentCase segments{"tracks", {init_section(tracks), join({fragment, fragment})}};
+    EXPECT_EQ(run_segments(segments).statuses, std::vector<int>(3));
+    EXPECT_EQ(track_file("track_id_100.data").size(), 12000u);
+}
+
 TEST(Segment, StateOfTheContext) {
     const auto two_tracks = [](uint32_t first_ID, uint32_t second_ID) {
         return init_section({{.track_ID = first_ID, .entry = audio_entry("mp4a", 2, {})},
