@@ -85,6 +85,8 @@ run 'a name too long for the system' - 255 'cannot be opened: File name too long
 run 'a path too long for the system' - 255 'cannot be opened: File name too long' "$(printf 'a/%.0s' {1..2500}).ts"
 printf '#EXTM3U\n#EXTINF:4,\n%s\n' "$long" >p.m3u8
 run 'a segment name too long' PASSED 0 'cannot be opened: File name too long' p.m3u8
+printf '#EXTM3U\n#EXTINF:4,\nhttp://host/a.ts\n' >p.m3u8
+run 'an address of another machine' PASSED 0 'quorlin: http://host/a.ts: not a local file' p.m3u8
 mkfifo pipe.ts
 cat seg_0001.ts >pipe.ts &
 run 'a pipe as the single file' PASSED 0 '' pipe.ts
@@ -123,10 +125,12 @@ END
 while read -r file input message; do
     fresh
     chmod 555 out
-    refused "no permission: $file" FAILED 0 "$file" "$input" -o out
+    opened="ERROR: Failed to create elementary stream path: out/$file"
+    case $file in *track_id*) opened="quorlin: out/$file: the track's file cannot be opened: " ;; esac
+    refused "no permission: $file" FAILED 0 "$opened" "$input" -o out
     chmod 755 out
     mkdir "out/$file"
-    run "a directory in its place: $file" FAILED 0 "$file" "$input" -o out
+    run "a directory in its place: $file" FAILED 0 "$opened" "$input" -o out
     rmdir "out/$file"
     ln -s /dev/full "out/$file"
     run "a full disk: $file" FAILED 0 "$message" "$input" -o out
@@ -135,7 +139,7 @@ while read -r file input message; do
     expect "a file that may not grow: $file" FAILED 0 "$message" small -i "$input" -o out
     rm -rf out
     : >out
-    run "a file in the place of the directory: $file" FAILED 0 "$file" "$input" -o out
+    run "a file in the place of the directory: $file" FAILED 0 "$opened" "$input" -o out
 done <<'END'
 seg_0001_pid_257.ec3         seg_0001.ts ERROR: Failed to write elementary stream path: out/seg_0001_pid_257.ec3
 seg_%04d_pid_257.ec3         seg_%04d.ts ERROR: Failed to write elementary stream path: out/seg_%04d_pid_257.ec3

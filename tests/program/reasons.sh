@@ -47,7 +47,7 @@ packet() {  # PID UNIT_START PAYLOAD
     esac
 }
 section() {  # TABLE_ID BODY: with a pointer_field, and a CRC_32 that nothing checks
-    echo "00$1b0$(number $(($(size "$2") + 4)) 1)$2ffffffff"
+    echo "00$1$(number $((0xb000 + $(size "$2") + 4)) 2)$2ffffffff"
 }
 pat() {  # [PROGRAM PID]...
     local entries=
@@ -63,6 +63,16 @@ stream() {  # TYPE PID [DESCRIPTORS]
 }
 pmt() {  # STREAMS [PID]
     packet "${2:-256}" 1 "$(section 02 "0001c10000e100f000$1")"
+}
+long_pmt() {  # STREAMS: a section of several packets, each taken to begin with a pointer_field
+    local rest unit_start=1
+    rest=$(section 02 "0001c10000e100f000$1")
+    while [ -n "$rest" ]; do
+        packet 256 $unit_start "${rest:0:368}"
+        rest=${rest:368}
+        rest=${rest:+00$rest}
+        unit_start=0
+    done
 }
 pes() {  # PID STREAM_ID PAYLOAD [PES_PACKET_LENGTH]: one packet
     local length=${4:-$(($(size "$3") + 8))}
@@ -208,6 +218,7 @@ lone 'audio without a length' PASSED 'PID 257: 1 audio PES packets are cut short
     "$one$(pmt "$(stream 87 257 cc03804400)")$(pes 257 bd 0b77 0)"
 lone 'eleven audio streams' FAILED 'more than 10 audio streams; PID 310 is not followed' \
     "$one$(pmt "$(for i in {300..310}; do stream 0f "$i"; done | tr -d '\n')")"
+lone 'a hundred and one streams' FAILED 'more than 100 streams in program 1; the others are not followed' "$one$(long_pmt "$(repeat "$(stream 0f 257)" 101)")"
 lone 'eleven descriptors' FAILED 'more than 10 descriptors for PID 257; the others are not read' \
     "$one$(pmt "$(stream 0f 257 "$(repeat 0a00 11)")")"
 lone 'eleven programs' FAILED 'more than 10 programs; the one with PMT PID 310 is not followed' \
@@ -317,8 +328,10 @@ loose() {  # TEXT HEX
     expect "$1" FAILED 0 "quorlin: a.aac: $1" quorlin -i p.m3u8
 }
 loose 'no AC-4 sync word 0xAC40 at byte 73: the rest is not looked at' ac410000
-ec3_start=0b770000""0080
-loose 'no sync word in the last bytes, from byte 77 on' "${ec3_start}0000"
+frame=0b7700010080 # E-AC-3, of four bytes as far as its size goes
+loose 'no sync word in the last bytes, from byte 77 on' "${frame}0000"
+loose 'bytes 77 to 78 skipped: no sync word' "${frame}0b770001"
+loose 'incomplete frame header at byte 79' "${frame}0b77"
 rm -f ./*
 
 # ---- Good content has nothing to explain.
