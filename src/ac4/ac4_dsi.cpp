@@ -17,7 +17,7 @@ namespace {
 constexpr uint32_t BITRATE_DSI_BITS = 66;
 
 // There is no serialized form of the language tag here.
-void read_content_type(Ac4Reader& reader, ac4_content_type& content) {
+void read_content_type(BitReader& reader, ac4_content_type& content) {
     content.b_content_type = read_u8(reader, 1);
     if (content.b_content_type == 0) return;
     content.content_classifier = read_u8(reader, 3);
@@ -26,26 +26,26 @@ void read_content_type(Ac4Reader& reader, ac4_content_type& content) {
     read_language_tag(reader, content);
 }
 
-ac4_emdf_info read_emdf_info(Ac4Reader& reader) {
+ac4_emdf_info read_emdf_info(BitReader& reader) {
     ac4_emdf_info info;
     info.emdf_version = read_u32(reader, 5);
     info.key_id = read_u32(reader, 10);
     return info;
 }
 
-void read_emdf_substreams(Ac4Reader& reader, std::vector<ac4_emdf_info>& emdf_substreams) {
+void read_emdf_substreams(BitReader& reader, std::vector<ac4_emdf_info>& emdf_substreams) {
     const uint32_t n_add_emdf_substreams = read_u32(reader, 7);
     for (uint32_t i = 0; i < n_add_emdf_substreams; ++i) emdf_substreams.push_back(read_emdf_info(reader));
 }
 
 // The data of a configuration that this syntax does not know.
-void skip_config_bytes(Ac4Reader& reader) {
+void skip_config_bytes(BitReader& reader) {
     const uint32_t n_skip_bytes = read_u32(reader, 7);
     skip_bits(reader, 8 * n_skip_bytes);
 }
 
 // ETSI TS 103 190-2, ac4_substream_dsi.
-void read_substream(Ac4Reader& reader, ac4_substream_dsi& substream) {
+void read_substream(BitReader& reader, ac4_substream_dsi& substream) {
     substream.channel_mode = read_u8(reader, 5);
     substream.dsi_sf_multiplier = read_u8(reader, 2);
     substream.b_substream_bitrate_indicator = read_u8(reader, 1);
@@ -54,7 +54,7 @@ void read_substream(Ac4Reader& reader, ac4_substream_dsi& substream) {
     read_content_type(reader, substream.content_type);
 }
 
-void read_presentation_v0_body(Ac4Reader& reader, ac4_presentation_v0_dsi& presentation) {
+void read_presentation_v0_body(BitReader& reader, ac4_presentation_v0_dsi& presentation) {
     constexpr std::array<uint8_t, 6> SUBSTREAMS = {2, 2, 2, 3, 3, 1};
     const bool single = presentation.presentation_config == AC4_DSI_CONFIG_SINGLE;
     presentation.mdcompat = read_u8(reader, 3);
@@ -77,7 +77,7 @@ void read_presentation_v0_body(Ac4Reader& reader, ac4_presentation_v0_dsi& prese
 }
 
 // ETSI TS 103 190-2, ac4_presentation_v0_dsi.
-void read_presentation_v0(Ac4Reader& reader, ac4_presentation_v0_dsi& presentation) {
+void read_presentation_v0(BitReader& reader, ac4_presentation_v0_dsi& presentation) {
     presentation.presentation_config = read_u8(reader, 5);
     if (presentation.presentation_config == AC4_CONFIG_EMDF_ONLY) {
         presentation.b_add_emdf_substreams = 1;
@@ -88,7 +88,7 @@ void read_presentation_v0(Ac4Reader& reader, ac4_presentation_v0_dsi& presentati
     align(reader, 0);
 }
 
-void read_group_substream(Ac4Reader& reader, bool channel_coded, ac4_group_substream_dsi& substream) {
+void read_group_substream(BitReader& reader, bool channel_coded, ac4_group_substream_dsi& substream) {
     substream.dsi_sf_multiplier = read_u8(reader, 2);
     substream.b_substream_bitrate_indicator = read_u8(reader, 1);
     if (substream.b_substream_bitrate_indicator != 0) substream.substream_bitrate_indicator = read_u8(reader, 5);
@@ -109,7 +109,7 @@ void read_group_substream(Ac4Reader& reader, bool channel_coded, ac4_group_subst
 }
 
 // ETSI TS 103 190-2, ac4_substream_group_dsi.
-void read_substream_group(Ac4Reader& reader, ac4_substream_group_dsi& group) {
+void read_substream_group(BitReader& reader, ac4_substream_group_dsi& group) {
     group.b_substreams_present = read_u8(reader, 1);
     group.b_hsf_ext = read_u8(reader, 1);
     group.b_channel_coded = read_u8(reader, 1);
@@ -120,7 +120,7 @@ void read_substream_group(Ac4Reader& reader, ac4_substream_group_dsi& group) {
 }
 
 // The channel layout of ac4_presentation_v1_dsi.
-void read_presentation_channels(Ac4Reader& reader, ac4_presentation_v1_dsi& presentation) {
+void read_presentation_channels(BitReader& reader, ac4_presentation_v1_dsi& presentation) {
     presentation.b_presentation_channel_coded = read_u8(reader, 1);
     if (presentation.b_presentation_channel_coded != 0) {
         presentation.dsi_presentation_ch_mode = read_u8(reader, 5);
@@ -139,7 +139,7 @@ void read_presentation_channels(Ac4Reader& reader, ac4_presentation_v1_dsi& pres
 }
 
 // The groups of ac4_presentation_v1_dsi, by its configuration.
-void read_substream_groups(Ac4Reader& reader, ac4_presentation_v1_dsi& presentation) {
+void read_substream_groups(BitReader& reader, ac4_presentation_v1_dsi& presentation) {
     constexpr std::array<uint8_t, 5> GROUPS = {2, 2, 2, 3, 3};
     const uint8_t config = presentation.presentation_config_v1;
     uint32_t n_groups = 0;
@@ -158,7 +158,7 @@ void read_substream_groups(Ac4Reader& reader, ac4_presentation_v1_dsi& presentat
     for (uint32_t i = 0; i < n_groups; ++i) read_substream_group(reader, presentation.substream_groups.emplace_back());
 }
 
-void read_presentation_v1_body(Ac4Reader& reader, ac4_presentation_v1_dsi& presentation) {
+void read_presentation_v1_body(BitReader& reader, ac4_presentation_v1_dsi& presentation) {
     presentation.mdcompat = read_u8(reader, 3);
     presentation.b_presentation_id = read_u8(reader, 1);
     if (presentation.b_presentation_id != 0) presentation.presentation_id = read_u8(reader, 5);
@@ -178,7 +178,7 @@ void read_presentation_v1_body(Ac4Reader& reader, ac4_presentation_v1_dsi& prese
 }
 
 // ETSI TS 103 190-2, alternative_info.
-void skip_alternative_info(Ac4Reader& reader) {
+void skip_alternative_info(BitReader& reader) {
     const uint32_t name_len = read_u32(reader, 16);
     skip_bits(reader, 8 * name_len);
     const uint32_t n_targets = read_u32(reader, 5);
@@ -186,7 +186,7 @@ void skip_alternative_info(Ac4Reader& reader) {
 }
 
 // ETSI TS 103 190-2, ac4_presentation_v1_dsi.
-void read_presentation_v1(Ac4Reader& reader, uint32_t pres_bytes, ac4_presentation_v1_dsi& presentation) {
+void read_presentation_v1(BitReader& reader, uint32_t pres_bytes, ac4_presentation_v1_dsi& presentation) {
     const uint32_t start = reader.position;
     presentation.presentation_config_v1 = read_u8(reader, 5);
     if (presentation.presentation_config_v1 == AC4_CONFIG_EMDF_ONLY) {
@@ -212,7 +212,7 @@ void read_presentation_v1(Ac4Reader& reader, uint32_t pres_bytes, ac4_presentati
     }
 }
 
-void read_program_id(Ac4Reader& reader, Ac4Dsi& dsi) {
+void read_program_id(BitReader& reader, Ac4Dsi& dsi) {
     dsi.b_program_id = read_u8(reader, 1);
     if (dsi.b_program_id == 0) return;
     dsi.short_program_id = read_u16(reader);
@@ -222,7 +222,7 @@ void read_program_id(Ac4Reader& reader, Ac4Dsi& dsi) {
 }
 
 // Reads one entry with the bytes that its body leaves over. Returns why the reading must stop, if so.
-Ac4DsiStop read_presentation(Ac4Reader& reader, uint8_t bitstream_version, Ac4DsiPresentation& presentation) {
+Ac4DsiStop read_presentation(BitReader& reader, uint8_t bitstream_version, Ac4DsiPresentation& presentation) {
     presentation.presentation_version = read_u8(reader, 8);
     uint32_t pres_bytes = read_u32(reader, 8);
     if (pres_bytes == 255) pres_bytes += read_u32(reader, 16);  // add_pres_bytes
@@ -244,7 +244,7 @@ Ac4DsiStop read_presentation(Ac4Reader& reader, uint8_t bitstream_version, Ac4Ds
 
 void read_dac4(std::span<const uint8_t> payload, Ac4Dsi& dsi) {
     dsi = {};
-    Ac4Reader reader{.bytes = payload};
+    BitReader reader{.bytes = payload};
     dsi.ac4_dsi_version = read_u8(reader, 3);
     dsi.bitstream_version = read_u8(reader, 7);
     dsi.fs_index = read_u8(reader, 1);

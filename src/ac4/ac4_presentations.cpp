@@ -10,7 +10,7 @@ namespace {
 
 constexpr uint32_t MAX_NESTED_PRESENTATIONS = 64;
 
-uint32_t read_unary(Ac4Reader& reader) {
+uint32_t read_unary(BitReader& reader) {
     uint32_t ones = 0;
     while (read_flag(reader)) ++ones;  // bits behind the end are zero
     return ones;
@@ -48,7 +48,7 @@ uint8_t parse_frame_rate_fractions_info(Ac4TocParser& parser) {
 }
 
 // ETSI TS 103 190-2, emdf_info with emdf_protection.
-ac4_emdf_info parse_emdf_info(Ac4Reader& reader) {
+ac4_emdf_info parse_emdf_info(BitReader& reader) {
     constexpr std::array<uint8_t, 4> PROTECTION_BITS = {0, 8, 32, 128};
     ac4_emdf_info info;
     info.emdf_version = read_escaped(reader, 2, 2);
@@ -62,7 +62,7 @@ ac4_emdf_info parse_emdf_info(Ac4Reader& reader) {
 
 // The additional EMDF substreams: count and emdf_info of each. Returns the count.
 uint32_t parse_emdf_substreams(Ac4TocParser& parser) {
-    Ac4Reader& reader = parser.reader;
+    BitReader& reader = parser.reader;
     uint32_t n_add_emdf_substreams = read_u32(reader, 2);
     if (n_add_emdf_substreams == 0) n_add_emdf_substreams = read_variable_bits(reader, 2) + 4;
     check_count(parser, n_add_emdf_substreams);
@@ -95,7 +95,7 @@ uint32_t skip_nested_presentation(Ac4TocParser& parser) {
 
 // ETSI TS 103 190-2, presentation_config_ext_info.
 void parse_presentation_config_ext_info(Ac4TocParser& parser, uint32_t presentation_config) {
-    Ac4Reader& reader = parser.reader;
+    BitReader& reader = parser.reader;
     uint64_t n_skip_bytes = read_u32(reader, 5);
     if (read_flag(reader)) n_skip_bytes += uint64_t{read_variable_bits(reader, 2)} << 5;  // b_more_skip_bytes
     if (parser.toc.bitstream_version == 1 && presentation_config == 7)
@@ -141,7 +141,7 @@ void parse_group_counts(Ac4TocParser& parser, ac4_presentation_v1_info& presenta
 
 // The part of ac4_presentation_v1_info that a presentation of EMDF substreams alone does not have.
 void parse_presentation_v1_body(Ac4TocParser& parser, ac4_presentation_v1_info& presentation) {
-    Ac4Reader& reader = parser.reader;
+    BitReader& reader = parser.reader;
     if (parser.toc.bitstream_version != 1) presentation.mdcompat = read_u8(reader, 3);
     presentation.b_presentation_id = read_u8(reader, 1);
     if (presentation.b_presentation_id != 0) presentation.presentation_id = read_variable_bits(reader, 2);
@@ -181,7 +181,7 @@ void parse_presentation_substreams(Ac4TocParser& parser, ac4_presentation_info& 
 
 // The part of ac4_presentation_info that a presentation of EMDF substreams alone does not have.
 void parse_presentation_body(Ac4TocParser& parser, ac4_presentation_info& presentation) {
-    Ac4Reader& reader = parser.reader;
+    BitReader& reader = parser.reader;
     presentation.mdcompat = read_u8(reader, 3);
     presentation.b_presentation_id = read_u8(reader, 1);
     if (presentation.b_presentation_id != 0) presentation.presentation_id = read_variable_bits(reader, 2);
@@ -198,7 +198,7 @@ void parse_presentation_body(Ac4TocParser& parser, ac4_presentation_info& presen
 }  // namespace
 
 void parse_presentation_info(Ac4TocParser& parser, ac4_presentation_info& presentation) {
-    Ac4Reader& reader = parser.reader;
+    BitReader& reader = parser.reader;
     presentation.b_single_substream = read_u8(reader, 1);
     if (presentation.b_single_substream == 0) presentation.presentation_config = read_escaped(reader, 3, 2);
     presentation.presentation_version = read_unary(reader);
@@ -212,7 +212,7 @@ void parse_presentation_info(Ac4TocParser& parser, ac4_presentation_info& presen
 }
 
 void parse_presentation_v1_info(Ac4TocParser& parser, ac4_presentation_v1_info& presentation) {
-    Ac4Reader& reader = parser.reader;
+    BitReader& reader = parser.reader;
     presentation.b_single_substream_group = read_u8(reader, 1);
     if (presentation.b_single_substream_group == 0) presentation.presentation_config = read_escaped(reader, 3, 2);
     if (parser.toc.bitstream_version != 1) presentation.presentation_version = read_unary(reader);

@@ -9,7 +9,7 @@
 namespace {
 
 // ETSI TS 103 190-2, the codes of channel_mode. Version-0 presentations end at the seven-bit codes.
-uint32_t read_channel_mode(Ac4Reader& reader, bool group_substream) {
+uint32_t read_channel_mode(BitReader& reader, bool group_substream) {
     if (!read_flag(reader)) return 0;
     if (!read_flag(reader)) return 1;
     const uint32_t four_bit_code = read_u32(reader, 2);
@@ -23,7 +23,7 @@ uint32_t read_channel_mode(Ac4Reader& reader, bool group_substream) {
 }
 
 // ETSI TS 103 190-1, content_type.
-void parse_content_type(Ac4Reader& reader, ac4_content_type& content) {
+void parse_content_type(BitReader& reader, ac4_content_type& content) {
     content.b_content_type = read_u8(reader, 1);
     if (content.b_content_type == 0) return;
     content.content_classifier = read_u8(reader, 3);
@@ -41,7 +41,7 @@ void parse_content_type(Ac4Reader& reader, ac4_content_type& content) {
 // The fields that the substreams of both presentation versions share.
 template <class Substream>
 void parse_rates(Ac4TocParser& parser, Substream& substream) {
-    Ac4Reader& reader = parser.reader;
+    BitReader& reader = parser.reader;
     if (parser.toc.fs_index == 1) {
         substream.b_sf_multiplier = read_u8(reader, 1);
         if (substream.b_sf_multiplier != 0) substream.sf_multiplier = read_u8(reader, 1);
@@ -53,7 +53,7 @@ void parse_rates(Ac4TocParser& parser, Substream& substream) {
 // The tail of the three forms of group substreams.
 void parse_rates_and_index(Ac4TocParser& parser, const ac4_substream_group_info& group,
                            ac4_group_substream& substream) {
-    Ac4Reader& reader = parser.reader;
+    BitReader& reader = parser.reader;
     parse_rates(parser, substream);
     if (group.b_channel_coded != 0 && ac4_has_add_ch_base(substream.channel_mode))
         substream.add_ch_base = read_u8(reader, 1);
@@ -64,7 +64,7 @@ void parse_rates_and_index(Ac4TocParser& parser, const ac4_substream_group_info&
 // ETSI TS 103 190-2, ac4_substream_info_chan.
 void parse_substream_info_chan(Ac4TocParser& parser, const ac4_substream_group_info& group,
                                ac4_group_substream& substream) {
-    Ac4Reader& reader = parser.reader;
+    BitReader& reader = parser.reader;
     substream.channel_mode = read_channel_mode(reader, true);
     if (ac4_is_immersive_mode(substream.channel_mode)) {
         substream.b_4_back_channels_present = read_u8(reader, 1);
@@ -91,7 +91,7 @@ constexpr std::array<uint8_t, 8> BED_CHANNELS = {2, 3, 6, 8, 10, 8, 10, 12};
 // ETSI TS 103 190-2, std_bed_channel_assignment_mask: the bits that stand for one channel (C, LFE, LFE2).
 constexpr uint32_t STD_BED_SINGLE_CHANNELS = 1u << 1 | 1u << 2 | 1u << 9;
 
-uint32_t read_bed_mask_channels(Ac4Reader& reader) {
+uint32_t read_bed_mask_channels(BitReader& reader) {
     const bool b_nonstd_bed_channel_assignment = read_flag(reader);
     const uint32_t mask = read_u32(reader, b_nonstd_bed_channel_assignment ? 17 : 10);
     uint32_t channels = static_cast<uint32_t>(std::popcount(mask));
@@ -101,7 +101,7 @@ uint32_t read_bed_mask_channels(Ac4Reader& reader) {
 }
 
 // ETSI TS 103 190-2, bed_dyn_obj_assignment.
-ObjectKinds parse_bed_dyn_obj_assignment(Ac4Reader& reader, uint32_t n_signals) {
+ObjectKinds parse_bed_dyn_obj_assignment(BitReader& reader, uint32_t n_signals) {
     if (read_flag(reader)) return {.dynamic = true};  // b_dyn_objects_only
     if (read_flag(reader)) {                          // b_isf
         skip_bits(reader, 3);                         // isf_config
@@ -119,7 +119,7 @@ ObjectKinds parse_bed_dyn_obj_assignment(Ac4Reader& reader, uint32_t n_signals) 
 }
 
 // ETSI TS 103 190-2, oamd_common_data. Trim and bed render data lie inside the additional bytes.
-void skip_oamd_common_data(Ac4Reader& reader) {
+void skip_oamd_common_data(BitReader& reader) {
     const bool b_default_screen_size_ratio = read_flag(reader);
     if (!b_default_screen_size_ratio) skip_bits(reader, 5);  // master_screen_size_ratio_code
     skip_bits(reader, 1);                                    // b_bed_object_chan_distribute
@@ -132,7 +132,7 @@ void skip_oamd_common_data(Ac4Reader& reader) {
 // ETSI TS 103 190-2, ac4_substream_info_ajoc.
 void parse_substream_info_ajoc(Ac4TocParser& parser, const ac4_substream_group_info& group,
                                ac4_group_substream& substream) {
-    Ac4Reader& reader = parser.reader;
+    BitReader& reader = parser.reader;
     substream.b_lfe = read_u8(reader, 1);
     substream.b_static_dmx = read_u8(reader, 1);
     if (substream.b_static_dmx == 0) {
@@ -153,7 +153,7 @@ void parse_substream_info_ajoc(Ac4TocParser& parser, const ac4_substream_group_i
 // ETSI TS 103 190-2, ac4_substream_info_obj.
 void parse_substream_info_obj(Ac4TocParser& parser, const ac4_substream_group_info& group,
                               ac4_group_substream& substream) {
-    Ac4Reader& reader = parser.reader;
+    BitReader& reader = parser.reader;
     skip_bits(reader, 3);                                                 // n_objects_code
     substream.b_substream_contains_dynamic_objects = read_u8(reader, 1);  // b_dynamic_objects
     if (substream.b_substream_contains_dynamic_objects != 0) {
@@ -184,7 +184,7 @@ void parse_substream_info_obj(Ac4TocParser& parser, const ac4_substream_group_in
 // One turn of the substream loop of ac4_substream_group_info.
 void parse_group_substream(Ac4TocParser& parser, const ac4_substream_group_info& group,
                            ac4_group_substream& substream) {
-    Ac4Reader& reader = parser.reader;
+    BitReader& reader = parser.reader;
     if (group.b_channel_coded != 0) {
         substream.sus_ver = parser.toc.bitstream_version == 1 ? read_u8(reader, 1) : uint8_t{1};
         parse_substream_info_chan(parser, group, substream);
@@ -208,12 +208,12 @@ void check_count(Ac4TocParser& parser, uint32_t count) {
     if (count > AC4_MAX_ELEMENTS) parser.too_many = true;
 }
 
-void read_language_tag(Ac4Reader& reader, ac4_content_type& content) {
+void read_language_tag(BitReader& reader, ac4_content_type& content) {
     content.n_language_tag_bytes = read_u8(reader, 6);
     for (uint32_t i = 0; i < content.n_language_tag_bytes; ++i) content.language_tag_bytes[i] = read_u8(reader, 8);
 }
 
-uint8_t read_bitrate_indicator(Ac4Reader& reader) {
+uint8_t read_bitrate_indicator(BitReader& reader) {
     // The three-bit codes that end in 0 come first, then the five-bit ones in four blocks.
     const uint32_t code = read_u32(reader, 3);
     if ((code & 1) == 0) return static_cast<uint8_t>(code >> 1);
@@ -221,7 +221,7 @@ uint8_t read_bitrate_indicator(Ac4Reader& reader) {
 }
 
 void parse_substream_info(Ac4TocParser& parser, ac4_substream_info& substream) {
-    Ac4Reader& reader = parser.reader;
+    BitReader& reader = parser.reader;
     substream.channel_mode = read_channel_mode(reader, false);
     parse_rates(parser, substream);
     if (ac4_has_add_ch_base(substream.channel_mode)) substream.add_ch_base = read_u8(reader, 1);
@@ -231,7 +231,7 @@ void parse_substream_info(Ac4TocParser& parser, ac4_substream_info& substream) {
 }
 
 void parse_substream_group_info(Ac4TocParser& parser, ac4_substream_group_info& group) {
-    Ac4Reader& reader = parser.reader;
+    BitReader& reader = parser.reader;
     std::vector<ac4_group_substream>& substreams = parser.toc.group_substreams;
     group.b_substreams_present = read_u8(reader, 1);
     group.b_hsf_ext = read_u8(reader, 1);

@@ -7,7 +7,7 @@
 
 // One table of contents being parsed. Every loop with a count from the input ends when `stopped`.
 struct Ac4TocParser {
-    Ac4Reader reader;
+    BitReader reader;
     ac4_toc& toc;
     uint8_t frame_rate_factor = 1;  // as the last frame_rate_multiply_info set it
     uint32_t nesting = 0;           // presentations inside presentations
@@ -22,10 +22,10 @@ inline bool stopped(const Ac4TocParser& parser) {
 void check_count(Ac4TocParser& parser, uint32_t count);
 
 // ETSI TS 103 190-1, n_language_tag_bytes and language_tag_bytes.
-void read_language_tag(Ac4Reader& reader, ac4_content_type& content);
+void read_language_tag(BitReader& reader, ac4_content_type& content);
 
 // Number of a bitrate_indicator code, 0 to 19.
-uint8_t read_bitrate_indicator(Ac4Reader& reader);
+uint8_t read_bitrate_indicator(BitReader& reader);
 
 // ETSI TS 103 190-1, ac4_substream_info.
 void parse_substream_info(Ac4TocParser& parser, ac4_substream_info& substream);

@@ -53,7 +53,7 @@ void parse_program_id(Ac4TocParser& parser) {
 }
 
 void skip_substream_index_table(Ac4TocParser& parser) {
-    Ac4Reader& reader = parser.reader;
+    BitReader& reader = parser.reader;
     uint32_t n_substreams = read_u32(reader, 2);
     if (n_substreams == 0) n_substreams = read_variable_bits(reader, 2) + 4;
     check_count(parser, n_substreams);
@@ -68,7 +68,7 @@ void skip_substream_index_table(Ac4TocParser& parser) {
 
 // The fields ahead of the presentations.
 void parse_toc_header(Ac4TocParser& parser) {
-    Ac4Reader& reader = parser.reader;
+    BitReader& reader = parser.reader;
     ac4_toc& toc = parser.toc;
     toc.bitstream_version = static_cast<uint8_t>(std::min(read_escaped(reader, 2, 2), 255u));
     skip_bits(reader, 10);                                  // sequence_counter

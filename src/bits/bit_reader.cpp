@@ -5,9 +5,9 @@
 
 namespace {
 
-void advance(uint32_t& position, uint32_t n) {
+void advance(uint32_t& position, uint64_t n) {
     const uint32_t room = std::numeric_limits<uint32_t>::max() - position;
-    position += n < room ? n : room;
+    position += n < room ? static_cast<uint32_t>(n) : room;
 }
 
 }  // namespace
@@ -41,6 +41,10 @@ int32_t variable_bits(uint32_t n, uint32_t& position, std::span<const uint8_t> b
         value = (result + 1) << n;
     }
     return static_cast<int32_t>(result);
+}
+
+void skip_bits(BitReader& reader, uint64_t n) {
+    advance(reader.position, n);
 }
 
 bool bits_overrun(uint32_t position, std::span<const uint8_t> bytes) {

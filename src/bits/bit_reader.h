@@ -14,3 +14,34 @@ int32_t variable_bits(uint32_t n, uint32_t& position, std::span<const uint8_t> b
 
 // True when reads have gone past the last bit of `bytes`.
 bool bits_overrun(uint32_t position, std::span<const uint8_t> bytes);
+
+// Bytes with their read position, for syntax elements of many fields.
+struct BitReader {
+    std::span<const uint8_t> bytes;
+    uint32_t position = 0;  // bits from the start
+};
+
+// The next `n` bits, up to 32.
+inline uint32_t read_u32(BitReader& reader, uint32_t n) {
+    return read_bits(reader.position, reader.bytes, n);
+}
+
+// `n` up to 8.
+inline uint8_t read_u8(BitReader& reader, uint32_t n) {
+    return static_cast<uint8_t>(read_u32(reader, n));
+}
+
+inline uint16_t read_u16(BitReader& reader) {
+    return static_cast<uint16_t>(read_u32(reader, 16));
+}
+
+inline bool read_flag(BitReader& reader) {
+    return read_u32(reader, 1) != 0;
+}
+
+// Saturates, so that a long skip cannot lead back into the data.
+void skip_bits(BitReader& reader, uint64_t n);
+
+inline bool overrun(const BitReader& reader) {
+    return bits_overrun(reader.position, reader.bytes);
+}

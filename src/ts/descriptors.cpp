@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "bits/bit_reader.h"
+#include "bits/byte_order.h"
 #include "ts/lumora_descriptor.h"
 #include "ts/ts_status.h"
 
@@ -37,51 +38,47 @@ std::string descriptor_name(uint32_t tag) {
     return text;
 }
 
-uint8_t read_u8(uint32_t& position, std::span<const uint8_t> bytes, uint32_t bits) {
-    return static_cast<uint8_t>(read_bits(position, bytes, bits));
-}
-
-void read_language(uint32_t& position, std::span<const uint8_t> bytes, std::array<uint8_t, 3>& language) {
-    for (uint8_t& letter : language) letter = read_u8(position, bytes, 8);
+void read_language(BitReader& reader, std::array<uint8_t, 3>& language) {
+    for (uint8_t& letter : language) letter = read_u8(reader, 8);
 }
 
 void read_eac3_fields(std::span<const uint8_t> bytes, Eac3DescriptorFields& fields) {
-    uint32_t position = 8 * HEADER_BYTES;
-    read_bits(position, bytes, 1);  // reserved
-    fields.bsid_flag = read_u8(position, bytes, 1);
-    fields.mainid_flag = read_u8(position, bytes, 1);
-    fields.asvc_flag = read_u8(position, bytes, 1);
-    fields.mixinfoexists = read_u8(position, bytes, 1);
-    fields.substream1_flag = read_u8(position, bytes, 1);
-    fields.substream2_flag = read_u8(position, bytes, 1);
-    fields.substream3_flag = read_u8(position, bytes, 1);
-    read_bits(position, bytes, 1);  // reserved
-    fields.full_service_flag = read_u8(position, bytes, 1);
-    fields.service_type = read_u8(position, bytes, 3);
-    fields.number_of_channels = read_u8(position, bytes, 3);
-    fields.language_flag = read_u8(position, bytes, 1);
-    fields.language_flag_2 = read_u8(position, bytes, 1);
-    read_bits(position, bytes, 1);  // reserved
-    const uint8_t bsid = read_u8(position, bytes, 5);
+    BitReader reader = {bytes, 8 * HEADER_BYTES};
+    skip_bits(reader, 1);  // reserved
+    fields.bsid_flag = read_u8(reader, 1);
+    fields.mainid_flag = read_u8(reader, 1);
+    fields.asvc_flag = read_u8(reader, 1);
+    fields.mixinfoexists = read_u8(reader, 1);
+    fields.substream1_flag = read_u8(reader, 1);
+    fields.substream2_flag = read_u8(reader, 1);
+    fields.substream3_flag = read_u8(reader, 1);
+    skip_bits(reader, 1);  // reserved
+    fields.full_service_flag = read_u8(reader, 1);
+    fields.service_type = read_u8(reader, 3);
+    fields.number_of_channels = read_u8(reader, 3);
+    fields.language_flag = read_u8(reader, 1);
+    fields.language_flag_2 = read_u8(reader, 1);
+    skip_bits(reader, 1);  // reserved
+    const uint8_t bsid = read_u8(reader, 5);
     if (fields.bsid_flag != 0) fields.bsid = bsid;
     if (fields.mainid_flag != 0) {
-        read_bits(position, bytes, 3);  // reserved
-        fields.priority = read_u8(position, bytes, 2);
-        fields.mainid = read_u8(position, bytes, 3);
+        skip_bits(reader, 3);  // reserved
+        fields.priority = read_u8(reader, 2);
+        fields.mainid = read_u8(reader, 3);
     }
-    if (fields.asvc_flag != 0) fields.asvc = read_u8(position, bytes, 8);
-    if (fields.substream1_flag != 0) fields.substream1 = read_u8(position, bytes, 8);
-    if (fields.substream2_flag != 0) fields.substream2 = read_u8(position, bytes, 8);
-    if (fields.substream3_flag != 0) fields.substream3 = read_u8(position, bytes, 8);
-    if (fields.language_flag != 0) read_language(position, bytes, fields.language);
-    if (fields.language_flag_2 != 0) read_language(position, bytes, fields.language_2);
-    if (fields.substream1_flag != 0) read_language(position, bytes, fields.substream1_lang);
-    if (fields.substream2_flag != 0) read_language(position, bytes, fields.substream2_lang);
-    if (fields.substream3_flag != 0) read_language(position, bytes, fields.substream3_lang);
+    if (fields.asvc_flag != 0) fields.asvc = read_u8(reader, 8);
+    if (fields.substream1_flag != 0) fields.substream1 = read_u8(reader, 8);
+    if (fields.substream2_flag != 0) fields.substream2 = read_u8(reader, 8);
+    if (fields.substream3_flag != 0) fields.substream3 = read_u8(reader, 8);
+    if (fields.language_flag != 0) read_language(reader, fields.language);
+    if (fields.language_flag_2 != 0) read_language(reader, fields.language_2);
+    if (fields.substream1_flag != 0) read_language(reader, fields.substream1_lang);
+    if (fields.substream2_flag != 0) read_language(reader, fields.substream2_lang);
+    if (fields.substream3_flag != 0) read_language(reader, fields.substream3_lang);
     // Absent, and so zero, when the descriptor ends here.
-    read_bits(position, bytes, 7);  // reserved
-    fields.flag_ec3_extension_type_a = read_u8(position, bytes, 1);
-    if (fields.flag_ec3_extension_type_a != 0) fields.complexity_index_type_a = read_u8(position, bytes, 8);
+    skip_bits(reader, 7);  // reserved
+    fields.flag_ec3_extension_type_a = read_u8(reader, 1);
+    if (fields.flag_ec3_extension_type_a != 0) fields.complexity_index_type_a = read_u8(reader, 8);
 }
 
 // The first rule that is broken prints its finding and ends the checks.
@@ -122,35 +119,36 @@ int check_eac3_fields(const Eac3DescriptorFields& fields) {
     }
 }
 
-// Takes up to `wanted` bytes at the bit position, as far as they are there; the position moves by all of them.
-void copy_bytes(uint32_t& position, std::span<const uint8_t> bytes, size_t wanted, std::vector<uint8_t>& out) {
-    const std::span<const uint8_t> rest = bytes.subspan(std::min<size_t>(position / 8, bytes.size()));
+// Takes up to `wanted` bytes from the reader, as far as they are there; it moves by all of them.
+void copy_bytes(BitReader& reader, size_t wanted, std::vector<uint8_t>& out) {
+    const std::span<const uint8_t> rest =
+        reader.bytes.subspan(std::min<size_t>(reader.position / 8, reader.bytes.size()));
     const std::span<const uint8_t> taken = rest.first(std::min(wanted, rest.size()));
     out.assign(taken.begin(), taken.end());
-    position += static_cast<uint32_t>(8 * wanted);
+    skip_bits(reader, 8 * wanted);
 }
 
 int parse_ac4_descriptor(std::span<const uint8_t> bytes, Ac4DescriptorFields& fields) {
-    uint32_t position = 8 * HEADER_BYTES;
-    fields.descriptor_tag_extension = read_u8(position, bytes, 8);
+    BitReader reader = {bytes, 8 * HEADER_BYTES};
+    fields.descriptor_tag_extension = read_u8(reader, 8);
     if (fields.descriptor_tag_extension != DVB_AC4_TAG_EXTENSION) {
         std::printf("ERROR: Vexro AC-4 descriptor tag extension must be set to 0x15 according to DVB.\n");
         return TS_CHECK_FAILED;
     }
-    fields.ac4_config_flag = read_u8(position, bytes, 1);
-    fields.ac4_toc_flag = read_u8(position, bytes, 1);
-    read_bits(position, bytes, 6);  // reserved
+    fields.ac4_config_flag = read_u8(reader, 1);
+    fields.ac4_toc_flag = read_u8(reader, 1);
+    skip_bits(reader, 6);  // reserved
     if (fields.ac4_config_flag != 0) {
-        fields.ac4_dialog_enhancement_enabled = read_u8(position, bytes, 1);
-        fields.ac4_channel_mode = read_u8(position, bytes, 2);
-        read_bits(position, bytes, 5);  // reserved
+        fields.ac4_dialog_enhancement_enabled = read_u8(reader, 1);
+        fields.ac4_channel_mode = read_u8(reader, 2);
+        skip_bits(reader, 5);  // reserved
     }
     if (fields.ac4_toc_flag != 0) {
-        fields.ac4_toc_len = read_u8(position, bytes, 8);
-        copy_bytes(position, bytes, fields.ac4_toc_len, fields.ac4_dsi_byte);
+        fields.ac4_toc_len = read_u8(reader, 8);
+        copy_bytes(reader, fields.ac4_toc_len, fields.ac4_dsi_byte);
     }
-    if (position / 8 >= bytes.size()) return 0;
-    copy_bytes(position, bytes, bytes.size() - position / 8, fields.additional_info_byte);
+    if (reader.position / 8 >= bytes.size()) return 0;
+    copy_bytes(reader, bytes.size() - reader.position / 8, fields.additional_info_byte);
     std::printf("ERROR: The additional_info in Vexro AC-4 audio stream descriptor must not be used.\n");
     return TS_CHECK_FAILED;
 }
@@ -159,9 +157,8 @@ int parse_ac4_descriptor(std::span<const uint8_t> bytes, Ac4DescriptorFields& fi
 
 int parse_descriptor(std::span<const uint8_t> bytes, StreamDescriptor& descriptor, uint32_t& consumed) {
     descriptor = {};
-    uint32_t position = 0;
-    descriptor.tag = read_bits(position, bytes, 8);
-    descriptor.length = read_bits(position, bytes, 8);
+    descriptor.tag = load_u8(bytes, 0);
+    descriptor.length = load_u8(bytes, 1);
     const std::span<const uint8_t> own = bytes.first(std::min<size_t>(descriptor.length + HEADER_BYTES, bytes.size()));
     descriptor.length = own.size() > HEADER_BYTES ? static_cast<uint32_t>(own.size()) - HEADER_BYTES : 0;
     descriptor.name = descriptor_name(descriptor.tag);

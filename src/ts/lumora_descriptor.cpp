@@ -53,29 +53,29 @@ int print_with_compatibility(const LmraDescriptorFields& fields) {
 
 int parse_lumora_descriptor(std::span<const uint8_t> bytes, LmraDescriptorFields& fields) {
     fields = {};
-    uint32_t position = 16;  // descriptor_tag, descriptor_length
-    fields.version_major = static_cast<uint8_t>(read_bits(position, bytes, 8));
-    fields.version_minor = static_cast<uint8_t>(read_bits(position, bytes, 8));
+    BitReader reader = {bytes, 16};  // behind descriptor_tag and descriptor_length
+    fields.version_major = read_u8(reader, 8);
+    fields.version_minor = read_u8(reader, 8);
     std::printf("  Lmra stream version_major    : %d\n", fields.version_major);
     std::printf("  Lmra stream version_minor    : %d\n", fields.version_minor);
-    fields.profile = static_cast<uint8_t>(read_bits(position, bytes, 7));
+    fields.profile = read_u8(reader, 7);
     if (fields.profile >= PROFILE_COUNT) {
         std::printf("ERROR: Invalid lmra stream profile %d.\n", fields.profile);
         return TS_CHECK_FAILED;
     }
     // Every level is accepted, also those without a name: deliberately lenient.
-    fields.level = static_cast<uint8_t>(read_bits(position, bytes, 6));
-    fields.rpu_present_flag = static_cast<uint8_t>(read_bits(position, bytes, 1));
-    fields.el_present_flag = static_cast<uint8_t>(read_bits(position, bytes, 1));
-    fields.bl_present_flag = static_cast<uint8_t>(read_bits(position, bytes, 1));
+    fields.level = read_u8(reader, 6);
+    fields.rpu_present_flag = read_u8(reader, 1);
+    fields.el_present_flag = read_u8(reader, 1);
+    fields.bl_present_flag = read_u8(reader, 1);
     if (fields.bl_present_flag == 0) {
-        fields.dependency_pid = read_bits(position, bytes, 13);
-        read_bits(position, bytes, 3);  // reserved
+        fields.dependency_pid = read_u32(reader, 13);
+        skip_bits(reader, 3);  // reserved
         std::printf("  Lmra stream dependency PID   : %d\n", static_cast<int>(fields.dependency_pid));
     }
-    const int64_t bytes_left = static_cast<int64_t>(bytes.size()) - position / 8;
+    const int64_t bytes_left = static_cast<int64_t>(bytes.size()) - reader.position / 8;
     if (bytes_left == 1) {
-        fields.bl_signal_compatibility_id = static_cast<uint8_t>(read_bits(position, bytes, 4));
+        fields.bl_signal_compatibility_id = read_u8(reader, 4);
         if (print_with_compatibility(fields) != 0) return TS_CHECK_FAILED;
     } else {
         print_streams(fields, PROFILE_NAMES[fields.profile]);
