@@ -1,8 +1,8 @@
 #include "driver/master_playlist.h"
 
 #include <cstdio>
+#include <set>
 #include <string_view>
-#include <unordered_set>
 
 #include "bits/report.h"
 #include "driver/media_playlist.h"
@@ -19,13 +19,13 @@ namespace {
 struct MasterPlaylist {
     const std::string& path;
     const Playlist& playlist;
-    GroupIndex audio_variants;                          // the first variant of each audio group
-    std::unordered_set<std::string_view> media_groups;  // of the renditions to be validated
+    GroupIndex audio_variants;                // the first variant of each audio group
+    std::set<std::string_view> media_groups;  // of the renditions to be validated
 };
 
 // The rendition's TYPE is not looked at, deliberately.
-std::unordered_set<std::string_view> collect_media_groups(const Playlist& playlist) {
-    std::unordered_set<std::string_view> groups;
+std::set<std::string_view> collect_media_groups(const Playlist& playlist) {
+    std::set<std::string_view> groups;
     for (const MediaEntry& entry : playlist.media)
         if (entry.has_uri && entry.group_id) groups.insert(*entry.group_id);
     return groups;

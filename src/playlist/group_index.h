@@ -1,12 +1,13 @@
 #pragma once
 
+#include <map>
 #include <string_view>
-#include <unordered_map>
 
 #include "playlist/playlist.h"
 
 // The first variant of every AUDIO or VIDEO group, by the group's name. Borrows from the playlist that it was made of.
-using GroupIndex = std::unordered_map<std::string_view, const VariantStream*>;
+// Ordered: names can be chosen so that they share one bucket of a hash table.
+using GroupIndex = std::map<std::string_view, const VariantStream*>;
 
 // Indexes the variants of a master playlist by `group`: &VariantStream::audio or &VariantStream::video. Variants
 // without it are left out.

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <map>
+#include <set>
 #include <string_view>
-#include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 #include "playlist/codecs.h"
@@ -57,7 +57,7 @@ std::vector<bool> find_audio_differences(const Playlist& playlist) {
         std::string codecs;
         bool differ = false;
     };
-    std::unordered_map<std::string_view, LaterVariants> groups;
+    std::map<std::string_view, LaterVariants> groups;
     std::vector<bool> differs(playlist.variants.size());
     for (size_t i = playlist.variants.size(); i-- > 0;) {
         const VariantStream& variant = playlist.variants[i];
@@ -133,7 +133,7 @@ int check_variant(VariantStream& variant, bool audio_differs) {
 
 // Of the selected variants with one address only the first stays selected.
 void unselect_duplicates(Playlist& playlist) {
-    std::unordered_set<std::string_view> seen;
+    std::set<std::string_view> seen;
     for (VariantStream& variant : playlist.variants) {
         if (variant.selected && variant.uri && !seen.insert(*variant.uri).second) variant.selected = false;
     }
