@@ -52,8 +52,8 @@ int check_toc(const ac4_toc& toc, bool first_frame, const TsStreamTable& table, 
 
 }  // namespace
 
-int check_ac4_pes(const PesCheckInput& pes, TsAudioStream& stream, const TsStreamTable& table,
-                  const PlaylistAttributes* attrs) {
+int check_ac4_pes(const PesCheckInput& pes, const TsStreamTable& table, const PlaylistAttributes* attrs) {
+    TsAudioStream& stream = pes.stream;
     if (check_sync_word(pes.payload) != 0) return TS_CHECK_FAILED;
     const bool has_crc = load_be16(pes.payload, 0) == AC4_SYNC_WORD_WITH_CRC;
     const size_t usable = pes.payload.size() - (has_crc ? AC4_CRC_WORD_BYTES : 0);
@@ -61,12 +61,12 @@ int check_ac4_pes(const PesCheckInput& pes, TsAudioStream& stream, const TsStrea
     for (uint32_t frame_count = 1;; ++frame_count) {
         const uint32_t frame_size = read_ac4_frame_size(pes.payload, position);
         if (frame_size == 0) {
-            report_reason(table.path, "PID %d: AC-4 frame %u of a PES has the size 0", pes.pid, frame_count);
+            report_reason(table.path, "PID %d: AC-4 frame %u of a PES has the size 0", stream.pid, frame_count);
             return TS_UNREADABLE_FRAME;
         }
         uint32_t toc_position = 0;
         if (ac4_toc_parse(frame_bytes(pes.payload, position, frame_size), toc_position, stream.toc) != 0) {
-            report_reason(table.path, "PID %d: AC-4 frame %u of a PES has an unreadable table of contents", pes.pid,
+            report_reason(table.path, "PID %d: AC-4 frame %u of a PES has an unreadable table of contents", stream.pid,
                           frame_count);
             return TS_UNREADABLE_FRAME;
         }

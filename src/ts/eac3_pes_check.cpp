@@ -130,7 +130,8 @@ int compare_eac3_descriptor(const Eac3DescriptorFields& descriptor, const ZtpStr
     return check_objects(descriptor, summary);
 }
 
-int check_eac3_pes(const Eac3DescriptorFields& descriptor, const PesCheckInput& pes, TsAudioStream& stream) {
+int check_eac3_pes(const Eac3DescriptorFields& descriptor, const PesCheckInput& pes) {
+    TsAudioStream& stream = pes.stream;
     if (!stream.analyzer) stream.analyzer.reset(ztpinfo_open());
     ZtpStreamSummary summary;
     if (!stream.analyzer || ztpinfo_process(pes.payload, summary, stream.analyzer.get()) != 0) {

@@ -80,7 +80,7 @@ void note_audio_time(TsAudioStream& audio, int64_t pts) {
     if (audio.first_pts == -1 || (pts != -1 && pts < audio.first_pts)) audio.first_pts = pts;
     if (audio.last_pts == -1 || (pts != -1 && pts > audio.last_pts)) {
         audio.last_pts = pts;
-        // A product of 32 bits, as ever.
+        // A product of 32 bits, deliberately.
         audio.end_pts = pts + static_cast<int32_t>(audio.frames_in_pes * audio.frame_ticks);
     }
 }
@@ -129,10 +129,10 @@ int flush_pes(PesStream& stream, TsStreamTable& table) {
     int status = 0;
     const auto payload = std::span<const uint8_t>(stream.data).first(stream.length);
     if (elementary_stream_write(stream.output, payload) != 0) status = TS_OUTPUT_FAILED;
-    if (stream.kind == PesKind::VIDEO)
+    if (stream.audio == nullptr)
         note_video_time(table, stream.pts);
     else
-        note_audio_time(*find_audio_stream(table, stream.pid), stream.pts);
+        note_audio_time(*stream.audio, stream.pts);
     stream.length = 0;
     stream.expected = 0;
     stream.PES_packet_length = 0;

@@ -21,8 +21,6 @@ constexpr uint8_t STREAM_ID_PRIVATE_STREAM_1 = 0xBD;
 constexpr uint8_t PTS_ONLY = 2;
 constexpr uint8_t PTS_AND_DTS = 3;
 
-enum class PesKind { AUDIO, VIDEO };
-
 // What of a stream is not read or not checked in this segment, without a finding.
 struct PesLosses {
     uint64_t bytes = 0;              // payload outside of PES packets, or behind what a packet may hold
@@ -33,7 +31,7 @@ struct PesLosses {
 // One registered stream: the PES packet being collected and the file that its payload goes to.
 struct PesStream {
     uint16_t pid = 0;
-    PesKind kind = PesKind::AUDIO;
+    TsAudioStream* audio = nullptr;  // its entry in the stream table; null for video
     OutputFile output;
 
     std::vector<uint8_t> data;  // storage of the payload; `length` bytes of it are used

@@ -24,16 +24,16 @@ const StreamDescriptor* select_descriptor(const EsRecord& es) {
     return nullptr;
 }
 
-int check_by_descriptors(const EsRecord& es, const PesCheckInput& pes, TsAudioStream& stream,
-                         const TsStreamTable& table, const PlaylistAttributes* attrs) {
+int check_by_descriptors(const EsRecord& es, const PesCheckInput& pes, const TsStreamTable& table,
+                         const PlaylistAttributes* attrs) {
     const StreamDescriptor* descriptor = select_descriptor(es);
     if (descriptor != nullptr && selects_ac4(es.stream_type, descriptor->tag)) {
-        const int status = check_ac4_pes(pes, stream, table, attrs);
+        const int status = check_ac4_pes(pes, table, attrs);
         if (status == 0) return 0;
         std::printf("ERROR: Cannot get the ac4 descriptor.\n");
         return status | TS_CHECK_FAILED;
     }
-    const int status = descriptor != nullptr ? check_eac3_pes(descriptor->eac3, pes, stream) : 0;
+    const int status = descriptor != nullptr ? check_eac3_pes(descriptor->eac3, pes) : 0;
     // A failed check counts as a descriptor that was not found, with the ATSC stream type only: deliberate.
     if (es.stream_type != STREAM_TYPE_ATSC_EAC3 || (descriptor != nullptr && status == 0)) return status;
     std::printf("ERROR: Cannot get the ec3 descriptor.\n");
@@ -51,15 +51,13 @@ bool has_audio_check(uint16_t pid, const std::vector<ProgramRecord>& programs) {
     return false;
 }
 
-int check_audio_pes(const PesCheckInput& pes, const std::vector<ProgramRecord>& programs, TsStreamTable& table,
+int check_audio_pes(const PesCheckInput& pes, const std::vector<ProgramRecord>& programs, const TsStreamTable& table,
                     const PlaylistAttributes* attrs) {
-    TsAudioStream* stream = find_audio_stream(table, pes.pid);
-    if (stream == nullptr) return 0;
     int status = 0;
     for (const ProgramRecord& program : programs) {
-        const auto has_pid = [&](const EsRecord& es) { return es.elementary_PID == pes.pid; };
+        const auto has_pid = [&](const EsRecord& es) { return es.elementary_PID == pes.stream.pid; };
         const auto es = std::find_if(program.streams.begin(), program.streams.end(), has_pid);
-        if (es != program.streams.end()) status |= check_by_descriptors(*es, pes, *stream, table, attrs);
+        if (es != program.streams.end()) status |= check_by_descriptors(*es, pes, table, attrs);
     }
     return status;
 }

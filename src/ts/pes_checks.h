@@ -8,10 +8,9 @@
 #include "ts/program.h"
 #include "ts/stream_table.h"
 
-// A completed audio PES packet; `payload` is what follows its header.
+// A completed PES packet of an audio stream; `payload` is what follows its header.
 struct PesCheckInput {
-    uint16_t pid = 0;
-    uint8_t stream_id = 0;
+    TsAudioStream& stream;
     std::span<const uint8_t> payload;
 };
 
@@ -19,15 +18,14 @@ struct PesCheckInput {
 bool has_audio_check(uint16_t pid, const std::vector<ProgramRecord>& programs);
 
 // Checks a completed audio PES packet of private_stream_1 by the descriptors of its elementary stream: E-AC-3 against
-// descriptor and analyzer, AC-4 against the playlist's CODECS. The frame counts go to the stream's entry of `table`.
+// descriptor and analyzer, AC-4 against the playlist's CODECS. The frame counts go to the stream.
 // Returns 0, or the ORed results of the checks that failed (5, 10 and 11; findings are printed).
 [[nodiscard]] int check_audio_pes(const PesCheckInput& pes, const std::vector<ProgramRecord>& programs,
-                                  TsStreamTable& table, const PlaylistAttributes* attrs);
+                                  const TsStreamTable& table, const PlaylistAttributes* attrs);
 
 // E-AC-3: analyses the payload and compares what it carries with the descriptor. Returns 0, 10 when the analysis
 // failed, 11 when the descriptor does not match.
-[[nodiscard]] int check_eac3_pes(const Eac3DescriptorFields& descriptor, const PesCheckInput& pes,
-                                 TsAudioStream& stream);
+[[nodiscard]] int check_eac3_pes(const Eac3DescriptorFields& descriptor, const PesCheckInput& pes);
 
 // What the analyzer found in the payload against the descriptor: programs, channels, object audio. Returns 0, or 11 at
 // the first finding (printed).
@@ -35,5 +33,4 @@ bool has_audio_check(uint16_t pid, const std::vector<ProgramRecord>& programs);
 
 // AC-4: walks the sync frames of the payload (ETSI TS 103 190-2, annex C) and compares their tables of contents with
 // the playlist. Returns 0, 5 when a frame cannot be read (the reason goes to standard error), 11 after a finding.
-[[nodiscard]] int check_ac4_pes(const PesCheckInput& pes, TsAudioStream& stream, const TsStreamTable& table,
-                                const PlaylistAttributes* attrs);
+[[nodiscard]] int check_ac4_pes(const PesCheckInput& pes, const TsStreamTable& table, const PlaylistAttributes* attrs);

@@ -83,7 +83,7 @@ int open_stream(TsDemuxContext& context, size_t slot, const EsRecord& es, const 
         if (elementary_stream_open(stream.output, path, context.truncate) != 0) return TS_OUTPUT_FAILED;
     }
     stream.pid = es.elementary_PID;
-    stream.kind = slot == TS_VIDEO_SLOT ? PesKind::VIDEO : PesKind::AUDIO;
+    stream.audio = slot == TS_VIDEO_SLOT ? nullptr : &context.stream_table.audio[slot];
     return 0;
 }
 

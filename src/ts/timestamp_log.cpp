@@ -14,7 +14,7 @@ int64_t decoding_time(const PesStream& stream) {
 
 void write_log_line(PesStream& stream) {
     if (stream.initial_offset == 0) {
-        stream.initial_offset = stream.kind == PesKind::VIDEO ? stream.dts : stream.pts;
+        stream.initial_offset = stream.audio == nullptr ? stream.dts : stream.pts;
         std::fprintf(stream.timestamp_log, "Initial timestamp offset: %" PRId64 "\n", stream.initial_offset);
     }
     const int64_t ticks = stream.pts - stream.initial_offset;

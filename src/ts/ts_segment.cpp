@@ -52,16 +52,16 @@ void count_pes(TsStreamTable& table, size_t slot) {
 
 // An audio PES packet goes to its file without the checks that are made for its kind of stream.
 void note_unchecked(const TsDemuxContext& context, PesStream& stream) {
-    if (stream.kind == PesKind::AUDIO && stream.length > 0 && has_audio_check(stream.pid, context.psi.programs))
+    if (stream.audio != nullptr && stream.length > 0 && has_audio_check(stream.pid, context.psi.programs))
         ++stream.losses.unchecked_packets;
 }
 
 int handle_complete_pes(TsDemuxContext& context, PesStream& stream) {
     int status = 0;
-    if (stream.kind == PesKind::AUDIO && stream.stream_id == STREAM_ID_PRIVATE_STREAM_1) {
+    if (stream.audio != nullptr && stream.stream_id == STREAM_ID_PRIVATE_STREAM_1) {
         const auto payload = std::span<const uint8_t>(stream.data).first(stream.length);
-        status = check_audio_pes({stream.pid, stream.stream_id, payload}, context.psi.programs, context.stream_table,
-                                 context.stream_info);
+        status =
+            check_audio_pes({*stream.audio, payload}, context.psi.programs, context.stream_table, context.stream_info);
     } else {
         note_unchecked(context, stream);
     }

@@ -135,7 +135,7 @@ int check_pes(TsStreamTable& table, std::span<const uint8_t> payload, const std:
     table.audio[1].pid = PID;
     // Exactly the payload, so that a byte read too far is caught.
     const Bytes block(payload.begin(), payload.end());
-    return check_audio_pes({PID, 0xBD, block}, programs, table, codecs != nullptr ? &attrs : nullptr);
+    return check_audio_pes({table.audio[1], block}, programs, table, codecs != nullptr ? &attrs : nullptr);
 }
 
 int check_ac4(const Ac4Case& c, size_t size) {
