@@ -21,7 +21,7 @@ int32_t parse_index(const char* digits) {
     return static_cast<int32_t>(value);
 }
 
-// The message comes once per bad character, deliberately: that is how the option has always reported them.
+// The message comes once per bad character, deliberately.
 int32_t parse_start_index(const char* value) {
     bool valid = true;
     for (const char* c = value; *c != '\0'; ++c) {

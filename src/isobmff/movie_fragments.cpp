@@ -119,7 +119,7 @@ void append_run(TrackRecord& track, FileReader& reader, const TrackRun& run, uin
                                        track.default_sample_description_index});
     if ((run.flags & TRUN_SAMPLE_DURATION) == 0) {
         samples.time_to_sample.push_back({run.sample_count, track.default_sample_duration});
-        samples.media_duration += track.default_sample_duration * run.sample_count;
+        samples.media_duration += track.default_sample_duration * run.sample_count;  // 32 bits, which may wrap
     }
     append_run_samples(track, reader, run, entry_size);
 }

@@ -98,8 +98,7 @@ int parse_pmt(PsiTables& tables, uint16_t pid, std::span<const uint8_t> section)
     program.PCR_PID = load_be16(section, 8) & 0x1FFF;
     program.program_info_length = load_be16(section, 10) & 0x0FFF;
 
-    // What was collected ends with the first byte of the CRC_32.
-    const auto body = section.first(section.size() - 1);
+    const auto body = section_body(section);
     const auto loops = body.subspan(std::min(PMT_HEADER_SIZE, body.size()));
     const size_t program_info = std::min<size_t>(program.program_info_length, loops.size());
     bool surplus = false;

@@ -58,6 +58,10 @@ SectionState collect_section(PsiTables& tables, const TsPacket& packet, std::spa
     return SectionState::COMPLETE;
 }
 
+std::span<const uint8_t> section_body(std::span<const uint8_t> section) {
+    return section.first(section.size() - std::min<size_t>(section.size(), 1));
+}
+
 void parse_pat(PsiTables& tables, std::span<const uint8_t> section) {
     PatRecord& pat = tables.pat;
     pat = {};
@@ -66,8 +70,7 @@ void parse_pat(PsiTables& tables, std::span<const uint8_t> section) {
     pat.current_next_indicator = (load_u8(section, 5) & 1) != 0;
     pat.section_number = load_u8(section, 6);
     pat.last_section_number = load_u8(section, 7);
-    // 5 bytes of header behind the length and 4 of CRC_32; 4 bytes a program from byte 8 on.
-    for (size_t at = 8; at + 4 <= section.size() - std::min<size_t>(section.size(), 1); at += 4)
+    for (size_t at = 8; at + 4 <= section_body(section).size(); at += 4)
         pat.entries.push_back({load_be16(section, at), static_cast<uint16_t>(load_be16(section, at + 2) & 0x1FFF)});
 }
 

@@ -55,6 +55,9 @@ enum class SectionState { INCOMPLETE, COMPLETE, REFUSED };
 // last three bytes of its CRC_32, valid until the next call. REFUSED: one PID too many, said on standard error.
 SectionState collect_section(PsiTables& tables, const TsPacket& packet, std::span<const uint8_t>& section);
 
+// A completed section without its last byte, which is the first of the CRC_32.
+std::span<const uint8_t> section_body(std::span<const uint8_t> section);
+
 // Parses a program association section (ISO/IEC 13818-1, 2.4.4.3) into `tables.pat`.
 void parse_pat(PsiTables& tables, std::span<const uint8_t> section);
 
