@@ -173,6 +173,7 @@ def still_to_do(settings: Settings, assets: list[str], force: bool,
 def run_batch(options: argparse.Namespace) -> int:
     reports = os.path.abspath(options.output)
     streams = os.path.abspath(options.streams) if options.streams else None
+    say(options, "looking for assets and their reports")
     found = find_assets(options.inputs, options.null, [reports, *([streams] if streams else [])])
     assets = list(found.assets)
     if not assets:
