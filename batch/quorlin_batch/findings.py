@@ -14,6 +14,12 @@ VERDICT = "validation result: "
 SEPARATOR = "-" * 48
 VERIFIED = " has been verified."
 UNREADABLE = "ERROR: Invalid segment path: "
+# The disk's fault, not that of the content.
+UNWRITTEN = ("ERROR: Failed to write elementary stream path: ",
+             "ERROR: Failed to create elementary stream path: ", "[SV]   : Failed to fwrite ",
+             "[SV]   : Failed to write ")
+UNWRITTEN_REASON = ("cannot be written", "could not be written",
+                    "the track's file cannot be opened")
 # Second lines of findings that have two.
 CONTINUATIONS = ("There is an additional independent stream", "Num of Channels Field", " (audio: ")
 LEVEL = re.compile(r"\s*(?:\d{3} - )?(?:\[SV\]\s*: )?(FATAL |)(ERROR|FAILURE|WARNING):",
@@ -50,6 +56,7 @@ class Output:
     verified: int = 0  # playlists walked to their end
     skipped_segments: int = 0  # that could not be opened, or of which nothing was checked
     empty_playlists: set[str] = field(default_factory=set)  # of which no segment was read
+    unwritten: bool = False  # an elementary stream could not be written
     incomplete: bool = False  # something that should have been validated was not
     texts: dict[tuple[str, str], int] = field(default_factory=dict)  # (level, text) to count
     # The first path, of texts that leave it out.
@@ -116,6 +123,8 @@ def read_stdout(path: str, output: Output) -> None:
         if line.startswith(UNREADABLE):
             output.skipped_segments += 1
             output.incomplete = True
+        elif line.startswith(UNWRITTEN):
+            output.unwritten = True
         elif line.endswith(VERIFIED) and not line.startswith("ERROR"):
             output.verified += 1
         if not is_frame(line, previous):
@@ -154,6 +163,7 @@ def add_reason(output: Output, place: str, reason: str) -> None:
         return
     output.add("reason", reason, place)
     output.incomplete = True
+    output.unwritten |= any(words in reason for words in UNWRITTEN_REASON)
     output.skipped_segments += reason.endswith(SKIPPED_SEGMENT)
     if reason.endswith(EMPTY_PLAYLIST):
         output.empty_playlists.add(place)

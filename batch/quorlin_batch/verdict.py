@@ -42,6 +42,8 @@ def judge(run: Run, output: Output, look: Look) -> tuple[str, str]:
     if run.exit_code != 0 or output.verdict is None:
         said = output.first() or f"exit code {run.exit_code}"
         return NO_VERDICT, f"ended without a verdict: {said}"
+    if output.unwritten:
+        return NO_VERDICT, "the elementary streams could not be written"
     if output.verdict == "FAILED":
         return FAILED, ""
     # Two witnesses: what quorlin says that it skipped, and what is on the disk.

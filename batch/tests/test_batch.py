@@ -45,6 +45,8 @@ ENDS = [
      + PASSED),
     ("one missing", IN_PART, "echo 'ERROR: Invalid segment path: b.ts'; " + PASSED),
     ("bytes skipped", IN_PART, reason("bytes 0 to 3 skipped: no sync word") + PASSED),
+    ("disk full", ("no_verdict", "could not be written", 1),
+     "echo 'ERROR: Failed to write elementary stream path: a.ec3'; " + FAILED),
     ("subtitles", ("passed", "", 1),
      reason("a rendition that is not of TYPE=AUDIO: the playlist is not validated") + PASSED),
 ]
@@ -85,7 +87,8 @@ class Verdicts(BatchTest):
 
     def test_findings_are_folded_and_printable(self) -> None:
         finding = r"printf 'ERROR: tag \001 \033[1m \377 ]]> </script>\n'"
-        others = "for i in $(seq 600); do echo ERROR: $i; echo ERROR: m$i; echo '  s (pts:1)'; done; "
+        others = ("for i in $(seq 600); do "
+                  "echo ERROR: $i; echo ERROR: m$i; echo '  s (pts:1)'; done; ")
         self.asset("many", f"for i in $(seq 3000); do {finding}; done; {others}" + FAILED)
         self.assertEqual(self.batch().returncode, 1)
         record = self.records()["many"]
@@ -127,7 +130,8 @@ class Verdicts(BatchTest):
     def test_reasons_are_those_of_quorlin(self) -> None:
         sources = "".join(path.read_text() for path in (SOURCE.parent / "src").rglob("*.cpp"))
         for text in (*findings.OUT_OF_SCOPE, *findings.EMPTY_PLAYLIST, *findings.SKIPPED_SEGMENT,
-                     findings.UNREADABLE, findings.VERDICT, findings.VERIFIED):
+                     *findings.UNWRITTEN, *findings.UNWRITTEN_REASON, findings.UNREADABLE,
+                     findings.VERDICT, findings.VERIFIED):
             self.assertIn(text, sources)
 
 
