@@ -55,7 +55,6 @@ void read_substream(BitReader& reader, ac4_substream_dsi& substream) {
 }
 
 void read_presentation_v0_body(BitReader& reader, ac4_presentation_v0_dsi& presentation) {
-    constexpr std::array<uint8_t, 6> SUBSTREAMS = {2, 2, 2, 3, 3, 1};
     const bool single = presentation.presentation_config == AC4_DSI_CONFIG_SINGLE;
     presentation.mdcompat = read_u8(reader, 3);
     presentation.b_presentation_group_index = read_u8(reader, 1);
@@ -66,8 +65,8 @@ void read_presentation_v0_body(BitReader& reader, ac4_presentation_v0_dsi& prese
     if (!single) presentation.b_hsf_ext = read_u8(reader, 1);
     if (single) {
         presentation.n_substreams = 1;
-    } else if (presentation.presentation_config < SUBSTREAMS.size()) {
-        presentation.n_substreams = SUBSTREAMS[presentation.presentation_config];
+    } else if (presentation.presentation_config < AC4_CONFIG_SUBSTREAMS.size()) {
+        presentation.n_substreams = AC4_CONFIG_SUBSTREAMS[presentation.presentation_config];
     } else {
         skip_config_bytes(reader);
     }
@@ -140,15 +139,14 @@ void read_presentation_channels(BitReader& reader, ac4_presentation_v1_dsi& pres
 
 // The groups of ac4_presentation_v1_dsi, by its configuration.
 void read_substream_groups(BitReader& reader, ac4_presentation_v1_dsi& presentation) {
-    constexpr std::array<uint8_t, 5> GROUPS = {2, 2, 2, 3, 3};
     const uint8_t config = presentation.presentation_config_v1;
     uint32_t n_groups = 0;
     if (config == AC4_DSI_CONFIG_SINGLE) {
         n_groups = 1;
     } else {
         presentation.b_multi_pid = read_u8(reader, 1);
-        if (config < GROUPS.size()) {
-            n_groups = GROUPS[config];
+        if (config < AC4_CONFIG_SPECIFIERS.size()) {
+            n_groups = AC4_CONFIG_SPECIFIERS[config];
         } else if (config == 5) {
             n_groups = read_u32(reader, 3) + 2;  // n_substream_groups_minus2
         } else {

@@ -124,13 +124,12 @@ void parse_group_counts(Ac4TocParser& parser, ac4_presentation_v1_info& presenta
     // Main with dialogue enhancement counts as one group, with an associated group as two, although the enhancement
     // has a specifier of its own.
     constexpr std::array<uint8_t, 5> GROUPS = {2, 1, 2, 3, 2};
-    constexpr std::array<uint8_t, 5> SPECIFIERS = {2, 2, 2, 3, 3};
     const uint32_t config = presentation.presentation_config;
     if (presentation.b_single_substream_group != 0) {
         presentation.n_substream_groups = presentation.n_group_indices = 1;
     } else if (config < GROUPS.size()) {
         presentation.n_substream_groups = GROUPS[config];
-        presentation.n_group_indices = SPECIFIERS[config];
+        presentation.n_group_indices = AC4_CONFIG_SPECIFIERS[config];
     } else if (config == 5) {
         uint32_t n_substream_groups = read_u32(parser.reader, 2) + 2;
         if (n_substream_groups == 5) n_substream_groups += read_variable_bits(parser.reader, 2);
@@ -165,11 +164,10 @@ void parse_presentation_v1_body(Ac4TocParser& parser, ac4_presentation_v1_info& 
 
 // One ac4_substream_info of a version-0 presentation, the first one with the ac4_hsf_ext_substream_info behind it.
 void parse_presentation_substreams(Ac4TocParser& parser, ac4_presentation_info& presentation) {
-    constexpr std::array<uint8_t, 6> SUBSTREAMS = {2, 2, 2, 3, 3, 1};
     if (presentation.b_single_substream != 0) {
         presentation.n_substreams = 1;
-    } else if (presentation.presentation_config < SUBSTREAMS.size()) {
-        presentation.n_substreams = SUBSTREAMS[presentation.presentation_config];
+    } else if (presentation.presentation_config < AC4_CONFIG_SUBSTREAMS.size()) {
+        presentation.n_substreams = AC4_CONFIG_SUBSTREAMS[presentation.presentation_config];
     }
     for (uint32_t i = 0; i < presentation.n_substreams; ++i) {
         parse_substream_info(parser, presentation.substreams[i]);

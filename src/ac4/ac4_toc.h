@@ -21,6 +21,10 @@ constexpr uint32_t AC4_IMS_PRESENTATION_VERSION = 2;
 // presentation_config of a presentation that consists of EMDF substreams alone.
 constexpr uint32_t AC4_CONFIG_EMDF_ONLY = 6;
 
+// By presentation_config: substreams of a version-0 presentation, substream group specifiers of a later one.
+constexpr std::array<uint8_t, 6> AC4_CONFIG_SUBSTREAMS = {2, 2, 2, 3, 3, 1};
+constexpr std::array<uint8_t, 5> AC4_CONFIG_SPECIFIERS = {2, 2, 2, 3, 3};
+
 // TS 103 190-2, emdf_info; the payload substream and the protection bits are not kept.
 struct ac4_emdf_info {
     uint32_t emdf_version = 0;

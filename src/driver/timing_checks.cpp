@@ -7,9 +7,6 @@
 
 namespace {
 
-// One E-AC-3 syncframe of 1536 samples at 48 kHz, in 90 kHz ticks.
-constexpr int64_t EAC3_FRAME_90KHZ = 2880;
-
 // Differences wrap instead of overflowing: the times come from the input.
 int64_t difference(int64_t a, int64_t b) {
     return static_cast<int64_t>(static_cast<uint64_t>(a) - static_cast<uint64_t>(b));
@@ -30,7 +27,7 @@ int check_stream_timing(const TsStreamTiming& audio, const TsStreamTiming& previ
     }
     int status = 0;
     const int64_t offset = difference(audio.first_pts, video);
-    if (offset >= EAC3_FRAME_90KHZ) {
+    if (offset >= int64_t{EAC3_FRAMESET_TICKS}) {
         std::printf(
             "ERROR: The offset between the smallest audio PTS of a segment and the smallest video PTS is more than "
             "2,879 ticks (audio [%" PRId64 "], video [%" PRId64 "], difference is [%" PRId64 "]).\n",

@@ -11,8 +11,6 @@
 
 namespace {
 
-constexpr int ANALYZER_FATAL = 2;
-constexpr uint32_t STRMTYP_DEPENDENT = 1;
 constexpr uint32_t AC4_DSI_NEWEST_VERSION = 2;  // of the presentations that are compared
 
 int compare_substream_counts(const Ec3Configuration& ec3, const ZtpStreamSummary& summary, uint32_t common) {
@@ -132,15 +130,14 @@ int compare_with_dec3(const Ec3Configuration& ec3, const ZtpStreamSummary& summa
 int check_ec3_sample(TrackRecord& track, std::span<const uint8_t> sample, bool first) {
     if (!track.output.analyzer) track.output.analyzer.reset(ztpinfo_open());
     ZtpStreamSummary summary;
-    int result = ANALYZER_FATAL;
+    int result = ZTP_FATAL;
     if (track.output.analyzer) result = ztpinfo_process(sample, summary, track.output.analyzer.get());
     int status = 0;
     if (result != 0) {
         std::printf("ERROR: Zentra Plus info tool returns errors when parsing the payload data.\n");
         status = SEGMENT_FINDING;
     }
-    if (track.codec_kind == CODEC_EC3 && first && result != ANALYZER_FATAL)
-        status |= compare_with_dec3(track.ec3, summary);
+    if (track.codec_kind == CODEC_EC3 && first && result != ZTP_FATAL) status |= compare_with_dec3(track.ec3, summary);
     return status;
 }
 

@@ -13,25 +13,13 @@
 
 #include "bits/byte_order.h"
 #include "isobmff/box_reader.h"
+#include "ztpinfo/ztpinfo.h"
 
 namespace {
 
 constexpr uint32_t CHAN_LOC_BITS = 9;
-constexpr uint32_t CHANMAP_LFE = 0x0001;
 // The locations that stand for a pair: Lc/Rc, Lrs/Rrs, Lsd/Rsd, Lw/Rw, Lvh/Rvh, Lts/Rts.
 constexpr uint32_t CHANMAP_PAIRS = 0x0674;
-
-// The channels of an acmod as chanmap locations; 1+1 counts as left and right.
-constexpr uint16_t ACMOD_LOCATIONS[8] = {
-    0xA000,  // 1+1
-    0x4000,  // C
-    0xA000,  // L R
-    0xE000,  // L C R
-    0xA100,  // L R Cs
-    0xE100,  // L C R Cs
-    0xB800,  // L R Ls Rs
-    0xF800,  // L C R Ls Rs
-};
 
 // chan_loc counts from the least significant bit and leaves out Lts/Rts: bits 0 to 7 are locations 5 to 12, bit 8 is
 // LFE2 (location 14).
@@ -47,7 +35,7 @@ uint32_t chan_loc_to_chanmap(uint32_t chan_loc) {
 }
 
 uint32_t count_channels(const Ec3IndependentSubstream& substream) {
-    uint32_t mask = ACMOD_LOCATIONS[substream.acmod] | chan_loc_to_chanmap(substream.chan_loc);
+    uint32_t mask = ztpinfo_acmod_locations(substream.acmod) | chan_loc_to_chanmap(substream.chan_loc);
     if (substream.lfeon != 0) mask |= CHANMAP_LFE;
     return static_cast<uint32_t>(std::popcount(mask) + std::popcount(mask & CHANMAP_PAIRS));
 }
@@ -117,7 +105,6 @@ bool parse_avc_configuration(VideoConfiguration& video) {
 }
 
 constexpr std::string_view PIFF_MARK = "PIFF";
-constexpr std::array<uint8_t, 4> START_CODE = {0, 0, 0, 1};
 
 // The units between start codes: the first is the SPS, the others are PPS.
 void parse_piff_configuration(VideoConfiguration& video) {

@@ -20,6 +20,9 @@ constexpr size_t MAX_TRACKS = 256;
 // The status of a segment with findings.
 constexpr int SEGMENT_FINDING = 11;
 
+// ISO/IEC 14496-10 and 23008-2, annex B: what each NAL unit of a byte stream begins with.
+constexpr std::array<uint8_t, 4> START_CODE = {0, 0, 0, 1};
+
 // A four-character code as the number that its bytes make, first character most significant.
 constexpr uint32_t fourcc(const char (&text)[5]) {
     uint32_t value = 0;

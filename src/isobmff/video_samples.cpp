@@ -1,7 +1,6 @@
 #include "isobmff/video_samples.h"
 
 #include <algorithm>
-#include <array>
 #include <cinttypes>
 #include <cstdio>
 #include <vector>
@@ -10,8 +9,6 @@
 #include "isobmff/track_output.h"
 
 namespace {
-
-constexpr std::array<uint8_t, 4> START_CODE = {0, 0, 0, 1};
 
 // ISO/IEC 14496-10, table 7-1.
 constexpr uint32_t AVC_IDR_SLICE = 5;

@@ -5,8 +5,6 @@
 
 namespace {
 
-constexpr uint32_t EAC3_FRAMESET_TICKS = 2880;  // 1536 samples at 48 kHz
-
 // A further independent substream must be announced by its flag. 0 or 11.
 int check_programs(const Eac3DescriptorFields& descriptor, const ZtpStreamSummary& summary) {
     const auto carries = [&](uint32_t k) {

@@ -20,6 +20,9 @@ enum StreamType : uint8_t {
     STREAM_TYPE_ATSC_EAC3 = 0x87,
 };
 
+// Duration of an E-AC-3 frameset (1536 samples) at 48 kHz, in 90 kHz ticks.
+constexpr uint32_t EAC3_FRAMESET_TICKS = 2880;
+
 // One elementary stream of a PMT (ISO/IEC 13818-1, table 2-33).
 struct EsRecord {
     uint8_t stream_type = 0;

@@ -10,12 +10,6 @@
 // follows from its ...e flag or from the condition of the syntax (the has_... functions below). Every field is 16 bits
 // wide so that the records have no padding and can be compared as one block.
 
-// Values of strmtyp (ETSI TS 102 366, E.1.3.1.1).
-constexpr uint16_t STRMTYP_INDEPENDENT = 0;
-constexpr uint16_t STRMTYP_DEPENDENT = 1;
-constexpr uint16_t STRMTYP_TRANSCODED = 2;
-constexpr uint16_t STRMTYP_RESERVED = 3;
-
 // Samples of each channel in an audio block, and the blocks of a frameset: as many as an AC-3 frame holds.
 constexpr uint32_t SAMPLES_PER_BLOCK = 256;
 constexpr uint32_t FRAMESET_BLOCKS = 6;

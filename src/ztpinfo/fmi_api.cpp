@@ -13,10 +13,6 @@ constexpr const char* SOURCE = "fmi_api";
 constexpr uint32_t SAMPLE_RATES[3] = {48000, 44100, 32000};  // by fscod; 3 never gets this far
 constexpr uint16_t FULL_BAND_CHANNELS[8] = {2, 1, 2, 3, 3, 4, 4, 5};
 
-// Channel locations in chanmap form by acmod (ETSI TS 102 366, 4.4.2.3 and E.1.3.1.8); 1+1 counts as left and right.
-constexpr uint16_t ACMOD_LOCATIONS[8] = {0xA000, 0x4000, 0xA000, 0xE000, 0xA100, 0xE100, 0xB800, 0xF800};
-constexpr uint16_t LOCATION_LFE = 0x0001;
-
 void set_common(ZtpFrameInfo& frame, const Ac3Bsi& bsi) {
     frame.bsid = bsi.bsid;
     frame.strmtyp = 0;
@@ -52,7 +48,8 @@ void set_derived(ZtpFrameInfo& frame, size_t frame_words) {
     frame.sample_rate = SAMPLE_RATES[frame.fscod];
     frame.full_band_channels = FULL_BAND_CHANNELS[frame.acmod];
     frame.total_channels = static_cast<uint16_t>(frame.full_band_channels + frame.lfeon);
-    frame.locations = static_cast<uint16_t>(ACMOD_LOCATIONS[frame.acmod] | (frame.lfeon != 0 ? LOCATION_LFE : 0));
+    frame.locations =
+        static_cast<uint16_t>(ztpinfo_acmod_locations(frame.acmod) | (frame.lfeon != 0 ? CHANMAP_LFE : 0));
     const uint32_t samples = frame.blocks_per_frame * SAMPLES_PER_BLOCK;
     frame.data_rate_kbps = static_cast<float>(frame.bytes_per_frame * 8u) * static_cast<float>(frame.sample_rate) /
                            (static_cast<float>(samples) * 1000.0f);
@@ -70,6 +67,20 @@ uint16_t ac3_crc_status(std::span<const uint16_t> words) {
 }
 
 }  // namespace
+
+uint16_t ztpinfo_acmod_locations(uint32_t acmod) {
+    constexpr uint16_t LOCATIONS[8] = {
+        0xA000,  // 1+1
+        0x4000,  // C
+        0xA000,  // L R
+        0xE000,  // L C R
+        0xA100,  // L R Cs
+        0xE100,  // L C R Cs
+        0xB800,  // L R Ls Rs
+        0xF800,  // L C R Ls Rs
+    };
+    return LOCATIONS[acmod & 7];
+}
 
 int unpack_frame(std::span<const uint16_t> words, ZtpFrameInfo& frame) {
     if (words.size() < FRAME_HEADER_WORDS) {

@@ -13,6 +13,24 @@ constexpr uint32_t ZTP_MAX_PROGRAMS = 8;
 constexpr uint32_t ZTP_MAX_DEPENDENT_SUBSTREAMS = 8;
 constexpr uint32_t ZTP_MAX_ADDBSI_BYTES = 64;
 
+// Values of strmtyp (ETSI TS 102 366, E.1.3.1.1).
+constexpr uint16_t STRMTYP_INDEPENDENT = 0;
+constexpr uint16_t STRMTYP_DEPENDENT = 1;
+constexpr uint16_t STRMTYP_TRANSCODED = 2;
+constexpr uint16_t STRMTYP_RESERVED = 3;
+
+// Channel locations of an acmod in the form of a chanmap (ETSI TS 102 366, 4.4.2.3 and E.1.3.1.8: the first location in
+// the most significant of 16 bits), without LFE. 1+1 counts as left and right.
+uint16_t ztpinfo_acmod_locations(uint32_t acmod);
+constexpr uint16_t CHANMAP_LFE = 0x0001;
+
+// What ztpinfo_process returns.
+enum ZtpResult : int {
+    ZTP_CLEAN = 0,
+    ZTP_FAILURES = 1,  // a compliance failure is on record
+    ZTP_FATAL = 2,
+};
+
 // Bits of the options word: what is printed while a buffer is walked.
 enum ZtpOption : uint16_t {
     ZTP_OPTION_PROGRAMS = 0x0002,        // program summary of a timeslice whose layout changed
@@ -92,6 +110,6 @@ using ZtpInfoPtr = std::unique_ptr<ZtpInfoContext, ZtpInfoCloser>;
 void ztpinfo_configure(ZtpInfoContext* handle, const ZtpSettings& settings);
 
 // Analyses a buffer of consecutive syncframes (one PES payload, the samples of a run, a whole file) and fills `summary`
-// from the last completed timeslice. Returns 0; 1 when a compliance failure is on record for this handle, from this or
-// an earlier call; 2 after a fatal condition, with a cleared summary. `bytes` is not kept.
+// from the last completed timeslice. Returns a ZtpResult: failures on record may come from an earlier call with this
+// handle; after a fatal condition the summary is cleared. `bytes` is not kept.
 [[nodiscard]] int ztpinfo_process(std::span<const uint8_t> bytes, ZtpStreamSummary& summary, ZtpInfoContext* handle);

@@ -24,8 +24,6 @@ constexpr const char* SOURCE = "ztpinfo_api";
 // How the walk over a buffer, or one step of it, came out.
 enum class Walk { GO_ON, END, INCOMPLETE, FATAL };
 
-enum ProcessResult : int { RESULT_CLEAN = 0, RESULT_FAILURES = 1, RESULT_FATAL = 2 };
-
 // Reads the words of the next frame into context.words; `frame_words` is its length.
 Walk read_frame(ZtpInfoContext& context, uint32_t& frame_words) {
     WordInput& input = context.input;
@@ -131,7 +129,7 @@ void print_end_of_call(ZtpInfoContext& context) {
 }
 
 int compliance_result(const ZtpInfoContext& context) {
-    return context.timeslices.compliance.failures.any() ? RESULT_FAILURES : RESULT_CLEAN;
+    return context.timeslices.compliance.failures.any() ? ZTP_FAILURES : ZTP_CLEAN;
 }
 
 }  // namespace
@@ -170,11 +168,11 @@ int ztpinfo_process(std::span<const uint8_t> bytes, ZtpStreamSummary& summary, Z
     Walk walk = Walk::GO_ON;
     while (walk == Walk::GO_ON) walk = process_frame(context);
     context.input.bytes = {};
-    if (walk == Walk::FATAL) return RESULT_FATAL;
+    if (walk == Walk::FATAL) return ZTP_FATAL;
     if (walk == Walk::END) {
         if (finish_timeslice(timeslices, context.settings.rule_set) != 0) {
             report_fatal("Processing error in ZIT subroutine", SOURCE, __LINE__);
-            return RESULT_FATAL;
+            return ZTP_FATAL;
         }
     }
     fill_summary(summary, context, timeslices.totals.timeslices - completed_before);
