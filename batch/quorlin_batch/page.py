@@ -4,7 +4,7 @@ import html
 import json
 import os
 
-from .summary import form
+from .summary import form, without_folder
 from .text import write_whole
 from .verdict import STATES, TITLES
 
@@ -45,7 +45,7 @@ def page_data(summary: dict) -> dict:
         return [numbers.setdefault(key, len(numbers)), finding["count"], *place]
 
     def shortened(text: str) -> str:
-        return text.replace(summary["root"] + "/", "")
+        return without_folder(text, summary["root"].rstrip("/") + "/")
 
     assets = []
     for record in summary["assets"]:

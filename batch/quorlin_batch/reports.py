@@ -61,7 +61,7 @@ class Look:
     """An asset's files, as they are on the disk at one moment."""
     digest: str  # of their names, sizes and times
     is_playlist: bool
-    named: int  # segments and init sections that are named
+    named: int  # segments that are named, and init sections that are not there
     segments: int  # segment files that are there
 
 
@@ -79,7 +79,8 @@ def look_at(asset: str) -> Look:
     for path in sorted({asset, *playlists, *init_sections}):
         stamp(path, digest)
     present = sum(stamp(path, digest) for path in sorted(set(segments)))
-    return Look(digest.hexdigest(), bool(playlists), len(segments) + len(init_sections), present)
+    named = len(segments) + sum(not os.path.exists(path) for path in init_sections)
+    return Look(digest.hexdigest(), bool(playlists), named, present)
 
 
 def is_playlist(asset: str) -> bool:

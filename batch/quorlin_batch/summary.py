@@ -99,7 +99,8 @@ def add_to_group(group: dict, key: tuple[str, str], text: str) -> None:
 
 
 def without_folder(text: str, folder: str) -> str:
-    return text.replace(folder, "") if folder != "/" else text
+    """The text with its paths (not parts of them) from the folder on; `folder` ends in a slash."""
+    return (" " + text).replace(" " + folder, " ")[1:] if folder != "/" else text
 
 
 def form(text: str, folder: str) -> str:

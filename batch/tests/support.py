@@ -17,7 +17,7 @@ QUORLIN = os.environ.get("QUORLIN", str(SOURCE.parent / "build" / "quorlin"))
 WALKED = "printf -- '" + "-" * 48 + r"\nx:\nx has been verified.\n\n'; "
 PASSED = WALKED + "echo validation result: PASSED"
 FAILED = r"""printf 'ERROR: Lost sync.\n\nvalidation result: FAILED\n'"""
-MEDIA = "#EXTM3U\n#EXTINF:2,\nseg.ts\n#EXTINF:2,\nmore.ts\n"
+MEDIA = '#EXTM3U\n#EXT-X-MAP:URI="more.ts"\n' + "#EXTINF:2,\nseg.ts\n#EXTINF:2,\nmore.ts\n"
 # Runs the script beside the playlist and counts the runs there.
 FAKE = """#!/bin/sh
 [ "$1" = -v ] && { cat "$0.version"; exit; }
