@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
-# faults.sh QUORLIN EXAMPLES FAULT-READS [SANITIZERS]: what the system can refuse, and what quorlin makes of it. No case
-# may end by a signal or wait for ever. FAULT-READS is the library that makes reads fail.
+# faults.sh QUORLIN EXAMPLES FAULT-READS [INSTRUMENTS]: what the system can refuse, and what quorlin makes of it. No case
+# may end by a signal or wait for ever. FAULT-READS is the library that makes reads fail; INSTRUMENTS are sanitizers or
+# coverage counters in the program, which need memory of their own.
 source "$(dirname "${BASH_SOURCE[0]}")/case_table.sh"
 examples=$2
 fault_reads=$3
-sanitizers=${4-}
+instruments=${4-}
 
 # All files beside each other. Root is refused nothing: its cases run as another user.
 ordinary=
@@ -96,7 +97,7 @@ run 'a pipe as the single file' PASSED 0 '' pipe.ts
 fresh
 broken() { # FILE OFFSET INPUT
     local preload=$fault_reads
-    [ -n "$sanitizers" ] && export ASAN_OPTIONS=verify_asan_link_order=0
+    [ -n "$instruments" ] && export ASAN_OPTIONS=verify_asan_link_order=0
     FAULT_FILE=$1 FAULT_OFFSET=$2 timeout 60 env LD_PRELOAD="$preload" "$program" -i "$3" -o out
 }
 while read -r file offset input reason; do
@@ -135,7 +136,7 @@ while read -r file input message; do
     ln -s /dev/full "out/$file"
     run "a full disk: $file" FAILED 0 "$message" "$input" -o out
     rm "out/$file"
-    small() { (ulimit -f 4 && quorlin "$@" | cat && exit "${PIPESTATUS[0]}"); }
+    small() { (ulimit -f 4 && GCOV_PREFIX=$folder quorlin "$@" | cat && exit "${PIPESTATUS[0]}"); }
     expect "a file that may not grow: $file" FAILED 0 "$message" small -i "$input" -o out
     rm -rf out
     : >out
@@ -171,7 +172,7 @@ for input in seg_0001.ts seg_%04d.ts master.m3u8 hevc.m3u8 packed.m3u8; do
     expect "a full standard output: $input" - 255 'quorlin: standard output: cannot be written' full
     gone() { { sleep 0.3 && quorlin -i "$input"; } | :; return "${PIPESTATUS[0]}"; }
     expect "a pipe nobody reads: $input" - 255 'quorlin: standard output: cannot be written' gone
-    limited() { (ulimit -f 0 && quorlin -i "$input" >grows) 2>&1 | cat >&2; return "${PIPESTATUS[0]}"; }
+    limited() { (ulimit -f 0 && GCOV_PREFIX=$folder quorlin -i "$input" >grows) 2>&1 | cat >&2; return "${PIPESTATUS[0]}"; }
     expect "a standard output that may not grow: $input" - 255 'quorlin: standard output: cannot be written' limited
     closed() { quorlin -i "$input" >&-; }
     expect "no standard output: $input" - 0 '' closed
@@ -188,7 +189,7 @@ expect 'few open files for fMP4' FAILED 0 'quorlin: hevc_0.m4s: cannot be opened
 
 # Enough for nothing, then for more and more: what it begins it ends with a message. An analyzer without memory has a
 # message of its own, and the verdict.
-if [ -z "$sanitizers" ]; then
+if [ -z "$instruments" ]; then
     short=0
     for input in seg_0001.ts seg_%04d.ts master.m3u8 hevc.m3u8 eac3.m3u8 packed.m3u8; do
         for ((size = 3000; size < 9500; size += 130)); do
