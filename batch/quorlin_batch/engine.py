@@ -29,7 +29,7 @@ def parallel_command(engine: Engine, settings: Settings) -> list[str]:
     # --plain: no options from the user's own configuration. A job is a number, so that no name is
     # in anybody's way.
     command = ["parallel", "--plain", "--will-cite", "--null", "--ungroup", "--halt", "never"]
-    command += ["--retries", str(MAX_ATTEMPTS)]
+    command += ["--retries", str(MAX_ATTEMPTS), "--termseq", "TERM,5000,KILL,25"]
     command += ["--joblog", Settings.path(settings.reports, "joblog")]
     if settings.limit:
         command += ["--timeout", str(int(settings.limit) + TIME_FOR_THE_REST)]
