@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cinttypes>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "bits/report.h"
@@ -126,8 +127,7 @@ void seek_chunk(Extraction& extraction, uint64_t offset) {
     const uint64_t buffer_start = reader.position - reader.cursor;
     // A walk over the file from its start to its end is every track's right; only going back is work.
     if (offset < buffer_start) spend_work(extraction.context, SEEK_READ_SIZE);
-    const uint32_t chunk_size = reader.chunk_size;
-    reader.chunk_size = std::min(chunk_size, SEEK_READ_SIZE);
+    const uint32_t chunk_size = std::exchange(reader.chunk_size, std::min(reader.chunk_size, SEEK_READ_SIZE));
     reader_skip(static_cast<int64_t>(offset - reader.position), reader);
     reader.chunk_size = chunk_size;
     if (!in_front) return;
@@ -162,7 +162,10 @@ void restart_reader(const MediaContext& context, FileReader& reader) {
 }
 
 int extract_samples(MediaContext& context, FileReader& reader, TrackRecord& track) {
+    // The track's first sample is probably elsewhere.
+    const uint32_t chunk_size = std::exchange(reader.chunk_size, std::min(reader.chunk_size, SEEK_READ_SIZE));
     restart_reader(context, reader);
+    reader.chunk_size = chunk_size;
     track.cut_samples = 0;
     Extraction extraction = {context, reader, track, {}, {}};
     const SampleTables& samples = track.samples;
