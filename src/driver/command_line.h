@@ -18,8 +18,8 @@ struct CommandLineOptions {
     int32_t input_kind = INPUT_UNDECIDED;
 };
 
-// Reads the options. Returns 0 (also after -h and -v, which end the parsing), or -1 on an error that has been printed.
-// An input path that is none of the known kinds leaves `input_kind` undecided.
+// Reads the options. Returns 0 (also after -h and -v, which end the parsing but leave what was read), or -1 on an error
+// that has been printed. An input path that is none of the known kinds leaves `input_kind` undecided.
 [[nodiscard]] int parse_command_line(int argc, const char* const* argv, CommandLineOptions& options);
 
 // True when the path counts as a file-name template. The test is loose: it takes some names without an index

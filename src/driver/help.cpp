@@ -1,17 +1,8 @@
 #include "driver/help.h"
 
-#include <cstdint>
 #include <cstdio>
 
 namespace {
-
-struct Version {
-    int32_t major;
-    int32_t minor;
-    int32_t patch;
-};
-
-constexpr Version VERSION = {2, 2, 0};
 
 constexpr char HELP_TEXT[] =
     "\n"
@@ -55,8 +46,7 @@ constexpr char HELP_TEXT[] =
 int print_version() {
     std::printf("*** HLS stream validator tool ***\n");
     // The compiler takes its date from SOURCE_DATE_EPOCH when that is set, so builds can be reproduced.
-    std::printf("*** Version %d.%d.%d ***\n*** built on %s ***\n", VERSION.major, VERSION.minor, VERSION.patch,
-                __DATE__);
+    std::printf("*** Version %s ***\n*** built on %s ***\n", QUORLIN_VERSION, __DATE__);
     return 0;
 }
 

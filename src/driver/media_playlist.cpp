@@ -21,15 +21,16 @@ struct SegmentLoop {
     const std::string& stem;
     const std::optional<std::string>& output_dir;
     const PlaylistAttributes* attrs;
-    FileReader reader;
-    MediaContextPtr init_context;
-    TsSegmentTiming previous_timing;
-    ByteRangeEnds range_ends;
+    FileReader reader = {};
+    MediaContextPtr init_context = {};
+    TsSegmentTiming previous_timing = {};
+    ByteRangeEnds range_ends = {};
     uint32_t segments_named = 0;  // entries that name a file
     uint32_t segments_opened = 0;
 };
 
-// Keeps the file of consecutive byte ranges open; opens any other. Returns 0 when the segment can be read.
+// Keeps the file of consecutive byte ranges open, where its reader does not close it (fragmented MP4); opens any other.
+// Returns 0 when the segment can be read.
 int select_segment(SegmentLoop& loop, const std::string& address) {
     if (loop.reader.file && loop.reader.path == address) return 0;
     reader_close(loop.reader);
@@ -158,7 +159,7 @@ void validate_media_playlist(const std::string& path, const std::string& stem,
     Playlist playlist;
     if (read_playlist(path, playlist) == 0) {
         if (playlist.is_master) report_reason(path, "a master playlist where a media playlist is expected");
-        SegmentLoop loop = {stem, output_dir, attrs, {}, nullptr, {}, {}, 0, 0};
+        SegmentLoop loop = {stem, output_dir, attrs};
         error_flag |= validate_segments(path, playlist, loop);
     } else {
         error_flag = -1;

@@ -26,7 +26,7 @@ void print_invalid_input(const std::string& path) {
     std::printf("ERROR: Invalid input file path: %s\n", path.c_str());
 }
 
-int run_ts_file(const std::string& path, const std::optional<std::string>& output_dir) {
+int run_ts_file(const std::string& path, const std::string& stem, const std::optional<std::string>& output_dir) {
     FileReader reader;
     if (is_http_address(path)) {
         std::printf("ERROR: Invalid segment path: %s\n", path.c_str());
@@ -35,11 +35,6 @@ int run_ts_file(const std::string& path, const std::optional<std::string>& outpu
     }
     if (set_segment(reader, open_input_stream(path), path) != 0) {
         print_invalid_input(path);
-        return -1;
-    }
-    std::string stem;
-    if (file_stem(path, stem) != 0) {
-        report_reason(path, "the name has no extension to take a stem from");
         return -1;
     }
     reader_start(reader);
@@ -82,17 +77,14 @@ bool is_in_series(const std::string& name) {
     return false;
 }
 
-int run_template(const CommandLineOptions& options, const std::optional<std::string>& output_dir) {
+// Takes the stem of the template itself, not of a segment's name.
+int run_template(const CommandLineOptions& options, const std::string& stem,
+                 const std::optional<std::string>& output_dir) {
     SeriesState series;
     std::string name;
-    std::string stem;
     for (int64_t index = options.start_index; index <= std::numeric_limits<int32_t>::max(); ++index) {
         const TemplateKind kind = expand_template(options.input_path, static_cast<int32_t>(index), name);
         if (kind == TemplateKind::NO_MATCH || !is_in_series(name)) break;
-        if (file_stem(options.input_path, stem) != 0) {
-            print_verdict(series.error_flag);
-            return 0;
-        }
         validate_series_segment(name, stem, output_dir, series);
         if (kind == TemplateKind::FIXED || std::ferror(stdout) != 0) break;
     }
@@ -105,7 +97,7 @@ int run_template(const CommandLineOptions& options, const std::optional<std::str
     return 0;
 }
 
-int run_playlist(const std::string& path, const std::optional<std::string>& output_dir) {
+int run_playlist(const std::string& path, const std::string& stem, const std::optional<std::string>& output_dir) {
     Playlist playlist;
     const int read_status = read_playlist(path, playlist);
     if (read_status == 1) return -1;
@@ -113,14 +105,9 @@ int run_playlist(const std::string& path, const std::optional<std::string>& outp
     if (playlist.is_master) {
         error_flag |= validate_master_playlist(path, playlist, output_dir);
     } else {
+        // Read once more where its findings belong, behind its header.
         playlist = {};
-        std::string stem;
-        if (file_stem(path, stem) == 0) {
-            validate_media_playlist(path, stem, output_dir, nullptr, error_flag);
-        } else {
-            report_reason(path, "the name has no extension to take a stem from");
-            error_flag = -1;
-        }
+        validate_media_playlist(path, stem, output_dir, nullptr, error_flag);
     }
     print_verdict(error_flag);
     return 0;
@@ -133,13 +120,16 @@ int run_input(const CommandLineOptions& options) {
         std::printf("ERROR: create output folider (%s) failed.\n", output_dir->c_str());
         return -1;
     }
+    // It has one: an input of a known kind has an extension.
+    std::string stem;
+    (void)file_stem(options.input_path, stem);
     switch (options.input_kind) {
         case INPUT_TS_FILE:
-            return run_ts_file(options.input_path, output_dir);
+            return run_ts_file(options.input_path, stem, output_dir);
         case INPUT_TS_TEMPLATE:
-            return run_template(options, output_dir);
+            return run_template(options, stem, output_dir);
         case INPUT_PLAYLIST:
-            return run_playlist(options.input_path, output_dir);
+            return run_playlist(options.input_path, stem, output_dir);
         default:
             print_invalid_input(options.input_path);
             return -1;
@@ -158,6 +148,8 @@ int run(int argc, const char* const* argv) {
         print_help();
         return -1;
     }
+    // Behind -h or -v an input that was named in front of it is looked at all the same, deliberately: of unknown kind,
+    // since the options were not read to their end.
     if (options.input_path == nullptr) return 0;
     return run_input(options);
 }
