@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "ac4/ac4_dsi.h"
-#include "ac4/ac4_dsi_fields.h"
+#include "ac4/ac4_dsi_compare.h"
 
 namespace {
 

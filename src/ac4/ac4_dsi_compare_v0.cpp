@@ -3,7 +3,7 @@
 #include <string>
 
 #include "ac4/ac4_channel_modes.h"
-#include "ac4/ac4_dsi_fields.h"
+#include "ac4/ac4_dsi_compare.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "ac4/ac4_dsi_fields.h"
+#include "ac4/ac4_dsi_compare.h"
 
 #include <algorithm>
 #include <cstdio>

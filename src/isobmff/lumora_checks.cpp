@@ -3,8 +3,6 @@
 #include <cstdio>
 #include <string>
 
-#include "isobmff/sample_entry_checks.h"
-#include "isobmff/video_samples.h"
 #include "playlist/codecs.h"
 
 namespace {
@@ -12,6 +10,7 @@ namespace {
 constexpr uint32_t MAX_PROFILE = 9;
 constexpr uint32_t MAX_LEVEL = 9;
 constexpr uint32_t SINGLE_LAYER_AVC_PROFILE = 9;
+constexpr uint32_t MAX_HEVC_PROFILE = 8;
 constexpr uint32_t HEVC_PROFILE_WITH_EL_BOX = 8;
 
 bool is_lumora_video(const TrackRecord& track) {
@@ -66,12 +65,12 @@ int check_profile_and_level(const TrackRecord& track) {
     const uint32_t profile = track.lumora->profile;
     const uint32_t level = track.lumora->level;
     int status = 0;
-    if (is_avc(track) && profile != 0 && profile != 1 && profile != 9) {
+    if (is_avc(track) && profile != 0 && profile != 1 && profile != SINGLE_LAYER_AVC_PROFILE) {
         std::printf("[SV]   : ERROR: lumora avc stream, profile should be 0 or 1 or 9!\n");
         status = SEGMENT_FINDING;
     }
     // Profile 1 passes although the text says larger than 1, deliberately.
-    if (is_hevc(track) && (profile < 1 || profile >= 9)) {
+    if (is_hevc(track) && (profile < 1 || profile > MAX_HEVC_PROFILE)) {
         std::printf("[SV]   : ERROR: lumora hevc stream, profile should be larger than 1, less than 9!\n");
         status = SEGMENT_FINDING;
     }

@@ -197,6 +197,15 @@ struct TrackRecord {
     TrackOutput output;
 };
 
+// Whether the track's samples are H.264 or H.265: NAL units behind length fields.
+inline bool is_avc(const TrackRecord& track) {
+    return track.codec_kind == CODEC_AVC1 || track.codec_kind == CODEC_AVC3;
+}
+
+inline bool is_hevc(const TrackRecord& track) {
+    return track.codec_kind == CODEC_HEV1 || track.codec_kind == CODEC_HVC1;
+}
+
 // Where the walk stands, for the handlers and for the line that says why it stopped.
 struct BoxPlace {
     uint32_t type = 0;
@@ -238,6 +247,11 @@ struct MediaContext {
     // again, or empty samples without end, come to an end here; other input never does.
     uint64_t work_left = 0;
 };
+
+// The CODECS value to compare with, null when there is none.
+inline const std::string* playlist_codecs(const MediaContext& context) {
+    return context.attrs && !context.attrs->codecs.empty() ? &context.attrs->codecs : nullptr;
+}
 
 // Sets the limit: 16 times the file and 4 MiB more.
 inline void start_work(MediaContext& context) {

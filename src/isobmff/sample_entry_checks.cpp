@@ -6,7 +6,6 @@
 
 #include "ac4/ac4_dsi.h"
 #include "bits/report.h"
-#include "isobmff/video_samples.h"
 #include "playlist/codecs.h"
 
 namespace {
@@ -94,10 +93,6 @@ int check_avc_entry(const std::string& codecs) {
 }
 
 }  // namespace
-
-const std::string* playlist_codecs(const MediaContext& context) {
-    return context.attrs && !context.attrs->codecs.empty() ? &context.attrs->codecs : nullptr;
-}
 
 int check_sample_entry(const MediaContext& context, const TrackRecord& track, const std::string& path) {
     const std::string* codecs = playlist_codecs(context);

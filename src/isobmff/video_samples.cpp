@@ -114,14 +114,6 @@ void write_sample(ByteStreamWriter& writer, size_t begin, size_t end) {
 
 }  // namespace
 
-bool is_avc(const TrackRecord& track) {
-    return track.codec_kind == CODEC_AVC1 || track.codec_kind == CODEC_AVC3;
-}
-
-bool is_hevc(const TrackRecord& track) {
-    return track.codec_kind == CODEC_HEV1 || track.codec_kind == CODEC_HVC1;
-}
-
 int write_video_samples(MediaContext& context, TrackRecord& track, std::span<uint8_t> bytes,
                         std::span<const uint32_t> sample_sizes) {
     ByteStreamWriter writer = {context, track, bytes};

@@ -5,10 +5,6 @@
 
 #include "isobmff/media_context.h"
 
-// Whether the track's samples are H.264 or H.265: NAL units behind length fields.
-bool is_avc(const TrackRecord& track);
-bool is_hevc(const TrackRecord& track);
-
 // Writes samples that lie one behind the other in `bytes` (sizes in `sample_sizes`) as a byte stream: start codes in
 // place of the length fields (ISO/IEC 14496-15 to ISO/IEC 14496-10 and 23008-2, annex B), the parameter sets of the
 // configuration before the first unit and before IDR units. `bytes` is overwritten where that saves a copy. Returns 0,

@@ -139,19 +139,6 @@ void report_not_followed(TsDemuxContext& context, const EsRecord& es) {
 
 }  // namespace
 
-void handle_pat(TsDemuxContext& context, std::span<const uint8_t> section) {
-    auto& entries = context.psi.pat.entries;
-    for (const PatEntry& entry : entries) {
-        PidRoute& route = context.routes[entry.pid];
-        route.kind = route.slot != TS_NO_SLOT ? PidKind::PES : PidKind::OTHER;
-    }
-    parse_pat(context.psi, section);
-    // Backwards, so that of several entries with one PID the first in PAT order decides.
-    for (auto entry = entries.rbegin(); entry != entries.rend(); ++entry)
-        context.routes[entry->pid].kind = entry->program_number != 0 ? PidKind::PMT : PidKind::NETWORK;
-    context.routes[PAT_PID].kind = PidKind::PAT;
-}
-
 int register_streams(TsDemuxContext& context, const ProgramRecord& program) {
     int status = 0;
     for (const EsRecord& es : program.streams) {

@@ -1,13 +1,6 @@
 #pragma once
 
-#include <cstdint>
-#include <span>
-
 #include "ts/ts_demux.h"
-
-// Parses a program association section and routes the PIDs that it lists to section handling, those of the earlier one
-// back to their streams.
-void handle_pat(TsDemuxContext& context, std::span<const uint8_t> section);
 
 // Registers the audio streams and the one video stream of `program` that are not registered yet, and opens their files.
 // Returns 0, or ORed: 5 a second video PID, 3 an output file that cannot be opened, 11 too many audio streams.

@@ -13,6 +13,21 @@
 
 namespace {
 
+// Routes the PIDs that a program association section lists to section handling, those of the earlier one back to their
+// streams.
+void handle_pat(TsDemuxContext& context, std::span<const uint8_t> section) {
+    auto& entries = context.psi.pat.entries;
+    for (const PatEntry& entry : entries) {
+        PidRoute& route = context.routes[entry.pid];
+        route.kind = route.slot != TS_NO_SLOT ? PidKind::PES : PidKind::OTHER;
+    }
+    parse_pat(context.psi, section);
+    // Backwards, so that of several entries with one PID the first in PAT order decides.
+    for (auto entry = entries.rbegin(); entry != entries.rend(); ++entry)
+        context.routes[entry->pid].kind = entry->program_number != 0 ? PidKind::PMT : PidKind::NETWORK;
+    context.routes[PAT_PID].kind = PidKind::PAT;
+}
+
 // A completed PMT of the followed program: its streams are registered, and what was parsed just now is compared with
 // the playlist.
 int handle_pmt(TsDemuxContext& context, uint16_t pid, std::span<const uint8_t> section) {

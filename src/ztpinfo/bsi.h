@@ -10,6 +10,24 @@
 // follows from its ...e flag or from the condition of the syntax (the has_... functions below). Every field is 16 bits
 // wide so that the records have no padding and can be compared as one block.
 
+// Codes of the fatal errors in a frame.
+enum FrameError : int {
+    FRAME_SHORT = 1,
+    FRAME_BAD_SYNC = 1537,
+    FRAME_BAD_SAMPLE_RATE = 1538,
+    FRAME_BAD_SIZE = 1539,
+    FRAME_BAD_BSID = 1540,
+    FRAME_HALF_RATE = 1541,
+};
+
+constexpr uint16_t FRAME_SYNCWORD = 0x0B77;
+
+// Words of a frame that unpack_frame_words looks at.
+constexpr uint32_t FRAME_HEADER_WORDS = 3;
+
+// Longest frame: frmsiz is an 11-bit field.
+constexpr uint32_t MAX_FRAME_WORDS = 2048;
+
 // Samples of each channel in an audio block, and the blocks of a frameset: as many as an AC-3 frame holds.
 constexpr uint32_t SAMPLES_PER_BLOCK = 256;
 constexpr uint32_t FRAMESET_BLOCKS = 6;

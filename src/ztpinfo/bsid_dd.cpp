@@ -1,6 +1,5 @@
 #include "ztpinfo/bsid_dd.h"
 
-#include "ztpinfo/bsid_ztp.h"
 #include "ztpinfo/word_cursor.h"
 #include "ztpinfo/zit_fio.h"
 
