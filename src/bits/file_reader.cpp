@@ -132,6 +132,17 @@ int reader_start(FileReader& reader) {
     return 0;
 }
 
+void reader_restart(FileReader& reader, int64_t remaining) {
+    if (reader.limited) reader.remaining = remaining;
+    const uint64_t buffer_start = reader.position - reader.cursor;
+    if (reader.start_offset < buffer_start || reader.start_offset >= buffer_start + reader.valid) {
+        reader_start(reader);
+        return;
+    }
+    reader.cursor = static_cast<uint32_t>(reader.start_offset - buffer_start);
+    reader.position = reader.start_offset;
+}
+
 uint32_t reader_read(uint8_t* destination, uint32_t count, FileReader& reader) {
     if (at_end_of_stream(reader)) return 0;
     if (reader.limited) count = static_cast<uint32_t>(std::min<uint64_t>(remaining_bytes(reader), count));

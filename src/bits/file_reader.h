@@ -42,6 +42,9 @@ const char* open_failure_text();
 // Seeks to `start_offset` and fills the buffer. Always 0.
 int reader_start(FileReader& reader);
 
+// Starts again at `start_offset`, with `remaining` bytes to read when limited; a buffer that holds that place is kept.
+void reader_restart(FileReader& reader, int64_t remaining);
+
 // Copies up to `count` bytes to `destination`; returns how many were delivered (fewer at the end or the limit).
 uint32_t reader_read(uint8_t* destination, uint32_t count, FileReader& reader);
 

@@ -21,7 +21,7 @@ struct PageBuffer {
 
 // Makes room for `size` bytes at least. They are not cleared: a buffer is large and is filled by what follows.
 inline void page_buffer_allocate(PageBuffer& buffer, size_t size) {
-    if (buffer.size >= size) return;
+    if (buffer.bytes && buffer.size >= size) return;
     buffer = {};
     buffer.bytes.reset(static_cast<uint8_t*>(::operator new (size, std::align_val_t{PAGE_ALIGNMENT})));
     buffer.size = size;

@@ -150,21 +150,10 @@ void report_left_over(const Extraction& extraction) {
 
 }  // namespace
 
-void restart_reader(const MediaContext& context, FileReader& reader) {
-    if (reader.limited) reader.remaining = static_cast<int64_t>(context.range_length);
-    const uint64_t buffer_start = reader.position - reader.cursor;
-    if (reader.start_offset < buffer_start || reader.start_offset >= buffer_start + reader.valid) {
-        reader_start(reader);
-        return;
-    }
-    reader.cursor = static_cast<uint32_t>(reader.start_offset - buffer_start);
-    reader.position = reader.start_offset;
-}
-
 int extract_samples(MediaContext& context, FileReader& reader, TrackRecord& track) {
     // The track's first sample is probably elsewhere.
     const uint32_t chunk_size = std::exchange(reader.chunk_size, std::min(reader.chunk_size, SEEK_READ_SIZE));
-    restart_reader(context, reader);
+    reader_restart(reader, static_cast<int64_t>(context.range_length));
     reader.chunk_size = chunk_size;
     track.cut_samples = 0;
     Extraction extraction = {context, reader, track, {}, {}};

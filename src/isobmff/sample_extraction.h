@@ -5,9 +5,6 @@
 #include "bits/file_reader.h"
 #include "isobmff/media_context.h"
 
-// Starts the reader again at the start of the segment's range; a buffer that still holds it is kept.
-void restart_reader(const MediaContext& context, FileReader& reader);
-
 // Copies the track's samples of this segment to its file, video as a byte stream, and hands audio to the analyzers.
 // Returns 0, or 11 with findings; a sample outside the file or range ends it.
 [[nodiscard]] int extract_samples(MediaContext& context, FileReader& reader, TrackRecord& track);

@@ -42,7 +42,7 @@ int apply_byte_range(MediaContext& context, FileReader& reader, const SegmentEnt
             reader.limited = true;
         }
     }
-    restart_reader(context, reader);
+    reader_restart(reader, static_cast<int64_t>(context.range_length));
     return 0;
 }
 
