@@ -42,17 +42,11 @@ int select_segment(SegmentLoop& loop, const std::string& address) {
     return set_segment(loop.reader, open_input_file(address), address);
 }
 
-// Starts the reader on the entry's byte range, or on the whole file. Returns 0, or -1 with a reason when the range is
-// none.
+// Starts the reader on the entry's byte range, or on the whole file. Returns 0, or -1 when the range is none.
 int start_segment(SegmentLoop& loop, const SegmentEntry& entry) {
     ByteSpan range;
-    if (entry.byte_range && resolve_byte_range(*entry.byte_range, loop.reader.path, loop.range_ends, range) != 0) {
-        report_reason(loop.reader.path,
-                      "the byte range \"%s%s%s\" is not a length and an offset; the segment is not read",
-                      entry.byte_range->length.c_str(), entry.byte_range->offset ? "@" : "",
-                      entry.byte_range->offset.value_or("").c_str());
+    if (entry.byte_range && resolve_byte_range(*entry.byte_range, loop.reader.path, loop.range_ends, range) != 0)
         return -1;
-    }
     loop.reader.start_offset = range.offset;
     loop.reader.remaining = static_cast<int64_t>(range.length);
     loop.reader.limited = range.length != 0;

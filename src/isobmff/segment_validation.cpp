@@ -32,10 +32,7 @@ int apply_byte_range(MediaContext& context, FileReader& reader, const SegmentEnt
     reader.limited = false;
     if (segment.byte_range) {
         ByteSpan range;
-        if (resolve_byte_range(*segment.byte_range, reader.path, context.range_ends, range) != 0) {
-            report_reason(reader.path, "the byte range is not a length and an offset; the segment is not read");
-            return 1;
-        }
+        if (resolve_byte_range(*segment.byte_range, reader.path, context.range_ends, range) != 0) return 1;
         if (range.length != 0) {
             context.range_length = std::min(range.length, MAX_RANGE_LENGTH);
             reader.start_offset = std::min(range.offset, context.file_size);

@@ -262,7 +262,7 @@ media '#EXT-X-MAP:URI="init.mp4"'
 row 'an init section without a track' PASSED 0 p.m3u8 'init.mp4: the init section has no track: nothing is validated'
 init "$avc" >init.mp4
 media '#EXT-X-MAP:URI="init.mp4",BYTERANGE="x"'
-row 'a byte range of fMP4' FAILED 0 p.m3u8 'init.mp4: the byte range is not a length and an offset; the segment is not read'
+row 'a byte range of fMP4' FAILED 0 p.m3u8 'init.mp4: the byte range "x" is not a length and an offset; the segment is not read'
 init "$(entry avc1 "$(box avcC 014d001fffe100ff)")" >init.mp4
 media '#EXT-X-MAP:URI="init.mp4"'
 row 'an SPS that is too long' PASSED 0 p.m3u8 "init.mp4: box 'avcC' at byte 166: a NAL unit runs past its end: this one and those behind it are not read"
