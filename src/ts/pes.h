@@ -47,7 +47,7 @@ struct PesStream {
     int64_t last_timestamp = 0;          // 0 = unset
     int64_t initial_offset = 0;          // 0 = unset
     uint32_t bytes_total = 0;            // payload bytes of completed or cut packets in this segment
-    std::FILE* timestamp_log = nullptr;  // when attached: a line for each time stamp; borrowed
+    std::FILE* timestamp_log = nullptr;  // a line for each time stamp; borrowed. No option attaches one yet
     PesLosses losses;
 };
 

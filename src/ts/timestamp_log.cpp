@@ -33,7 +33,7 @@ void log_timestamp(PesStream& stream, int64_t packets_read) {
     const bool has_pts = stream.PTS_DTS_flags >= PTS_ONLY;
     if (stream.timestamp_log != nullptr && has_pts) write_log_line(stream);
     if (stream.last_timestamp == 0) {
-        // Taken without a comparison, and the DTS even of a packet that carries a PTS alone: kept as it stands.
+        // Taken without a comparison, and the DTS even of a packet that carries a PTS alone: deliberate.
         stream.last_timestamp = stream.dts;
     } else if (has_pts) {
         if (stream.last_timestamp < decoding_time(stream))

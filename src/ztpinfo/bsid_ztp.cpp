@@ -161,7 +161,7 @@ int read_start(WordCursor& cursor, Eac3Bsi& bsi) {
     bsi.frmsiz = cursor.read(11);
     bsi.fscod = cursor.read(2);
     if (bsi.fscod == 3) {
-        // The reduced sample rates (fscod2) are refused on purpose.
+        // The reduced sample rates (fscod2) are refused, deliberately.
         report_fatal("Half sample rate unsupported", SOURCE, __LINE__);
         return FRAME_HALF_RATE;
     }

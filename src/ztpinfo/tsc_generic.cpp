@@ -5,7 +5,7 @@ namespace {
 
 constexpr float MAX_DATA_RATE_KBPS = 3024.0f;
 
-// bsid 12 is accepted beside 16 on purpose, though the messages name 16 alone.
+// bsid 12 is accepted beside 16, deliberately, though the messages name 16 alone.
 bool is_accepted_bsid(uint32_t bsid) {
     return bsid == 12 || bsid == BSID_EAC3;
 }
@@ -83,7 +83,7 @@ bool check_generic_program_form(ComplianceFlags& compliance, const TimesliceReco
     const ProgramPair programs = pair_first_programs(timeslice, previous);
     const ZtpProgramRecord& program = programs.current;
     fail_if(compliance, timeslice.num_programs != previous.num_programs, 61);
-    // Beyond the number of programs only the first one is looked at, on purpose.
+    // Beyond the number of programs only the first one is looked at, deliberately.
     if (!check_bsid(compliance, programs.i0)) return false;
     fail_if(compliance, programs.i0.strmtyp > STRMTYP_DEPENDENT, 187);
     fail_if(compliance, program_channels_differ(program, programs.previous), 62);
