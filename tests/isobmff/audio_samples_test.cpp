@@ -41,6 +41,12 @@ TEST(AudioSamples, AgainstTheSampleDescription) {
     const Bytes ac4 = init_with_entry(audio_entry("ac-4", 2, {}));
     const Bytes ac4_segment = media_segment({{.samples = {{0x40}, {0x40}}}});
     cases.push_back({"AC-4: the first sample of every segment", {ac4, ac4_segment, ac4_segment}});
+    // One presentation with 5.1; the sample has none.
+    const Bytes dac4 = text_boxes(
+        "dac4:8 0x20 0xBA 1 0 0 0 0 0x1F 0xFF 0xFF 0xFF 0xE0 1 0x0D 0xF9 0 0 9 0 0 0x11 0xCA 2 0 0 0x11 0xC0");
+    cases.push_back({"AC-4: no presentation of the description",
+                     {init_with_entry(audio_entry("ac-4", 2, {dac4})),
+                      media_segment({{.samples = {{0x80, 0, 0x20, 0x80, 0, 0, 0, 0}}}})}});
     expect_golden_cases("golden/audio_samples.txt", cases);
 }
 

@@ -57,6 +57,9 @@ class Program : public testing::Test {
         write_file(folder / "d0.ts", segment(90000, 2));
         write_file(folder / "junk.bin", "no container");
         write_file(folder / "both.m3u8", "#EXT-X-STREAM-INF:BANDWIDTH=1\nv.m3u8\n#EXTINF:4,\na.ts\n");
+        write_file(folder / "programs.m3u8",
+                   "#EXT-X-MEDIA:TYPE=AUDIO,GROUP-ID=\"a\",URI=\"clean.m3u8\",ZTP_PROGRAM0=x\n"
+                   "#EXT-X-STREAM-INF:AUDIO=\"a\",CODECS=\"mp4a.40.2\"\nclean.m3u8\n");
         write_file(folder / "list.m3u8",
                    media_playlist("#EXTINF:4,\na.ts\n#EXT-X-DISCONTINUITY\n#EXTINF:4,\nmissing.ts\n"
                                   "#EXTINF:4,\nhttp://host/a.ts\n#EXTINF:4,\njunk.bin\n"));
@@ -128,6 +131,7 @@ TEST_F(Program, Transcripts) {
         "-i clean.m3u8 -o out",
         "-i clean.m3u8",
         "-i ranges.m3u8 -o out",
+        "-i programs.m3u8",
         "-i a.ts >/dev/full",
         "-i a.ts >&-",
     };
