@@ -1,7 +1,7 @@
 """Finds the assets of the folders, lists and playlists of a command line, always in one order."""
 
+import codecs
 import os
-import sys
 from collections.abc import Iterable
 from dataclasses import dataclass, field
 
@@ -28,7 +28,7 @@ def find_assets(arguments: Iterable[str], null: bool, leave_out: Iterable[str]) 
     found = Found()
     skipped = {folder_id(folder) for folder in leave_out if os.path.isdir(folder)}
     for argument in arguments:
-        if argument == "-" or (os.path.isfile(argument) and not is_asset_name(argument)):
+        if argument == "-" or is_list(argument):
             for entry in read_list(argument, null):
                 add_entry(found, entry, skipped)
         elif os.path.isdir(argument) or is_asset_name(argument):
@@ -38,22 +38,28 @@ def find_assets(arguments: Iterable[str], null: bool, leave_out: Iterable[str]) 
     return found
 
 
+def is_list(path: str) -> bool:
+    """A pipe is one, too: <(find ...)."""
+    return os.path.exists(path) and not os.path.isdir(path) and not is_asset_name(path)
+
+
 def is_asset_name(path: str) -> bool:
     return path.lower().endswith(ASSET_NAMES)
 
 
 def read_list(path: str, null: bool) -> list[str]:
     """Lines of a list, but for empty ones and comments; or what stands between zero bytes."""
-    if path == "-":
-        content = sys.stdin.buffer.read()
-    else:
-        with open(path, "rb") as file:
+    try:
+        with open(0 if path == "-" else path, "rb", closefd=path != "-") as file:
             content = file.read()
+    except OSError as error:
+        raise UsageError(f"{path}: cannot be read: {error.strerror}") from error
     if null:
         return [os.fsdecode(name) for name in content.split(b"\0") if name]
     if b"\0" in content:
         raise UsageError(f"{path}: not a list of lines (for names between zero bytes use --null)")
-    lines = [line.removesuffix(b"\r") for line in content.split(b"\n")]
+    lines = content.removeprefix(codecs.BOM_UTF8).split(b"\n")
+    lines = [line.removesuffix(b"\r") for line in lines]
     return [os.fsdecode(line) for line in lines if line and not line.startswith(b"#")]
 
 
@@ -82,20 +88,33 @@ def search_folder(top: str, skipped: set[FolderId], problems: list[str]) -> list
 def walk_playlists(top: str, skipped: set[FolderId], problems: list[str]) -> Iterable[str]:
     """Playlists below a folder. Symbolic links are followed, a folder is entered once."""
     seen = set(skipped)
-
-    def report(error: OSError) -> None:
-        problems.append(f"{error.filename}: cannot be searched: {error.strerror}")
-
-    for folder, subfolders, files in os.walk(top, onerror=report, followlinks=True):
-        if folder_id(folder) in seen:
-            subfolders.clear()
+    folders = [top]
+    while folders:
+        folder = folders.pop()
+        try:
+            if (identity := folder_id(folder)) in seen:
+                continue
+            seen.add(identity)
+            with os.scandir(folder) as entries:
+                subfolders, files = split_entries(entries)
+        except FileNotFoundError:  # it has gone since its name was read
             continue
-        seen.add(folder_id(folder))
-        subfolders.sort()
-        for name in files:
-            path = os.path.join(folder, name)
-            if name.lower().endswith(PLAYLIST_NAMES) and os.path.isfile(path):
+        except OSError as error:
+            problems.append(f"{folder}: cannot be searched: {error.strerror}")
+            continue
+        folders += sorted(subfolders, reverse=True)
+        for path in files:
+            if path.lower().endswith(PLAYLIST_NAMES) and os.path.isfile(path):
                 yield path
+
+
+def split_entries(entries: Iterable[os.DirEntry]) -> tuple[list[str], list[str]]:
+    """Paths of the folders (also behind symbolic links), and all others."""
+    folders, others = [], []
+    for entry in entries:
+        is_folder = os.path.isdir(entry.path) if entry.is_symlink() else entry.is_dir()
+        (folders if is_folder else others).append(entry.path)
+    return folders, others
 
 
 def folder_id(path: str) -> FolderId:

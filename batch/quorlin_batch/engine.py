@@ -11,14 +11,15 @@ from dataclasses import dataclass, field
 
 from .reports import MAX_ATTEMPTS, Settings
 
-# Beyond its own time limit a job reads files and folds findings. GNU parallel ends it when even
-# that hangs.
-TIME_FOR_THE_REST = 300
+# Beyond its own time limit a job reads files and folds findings, gigabytes of them at worst. GNU
+# parallel ends it when even that hangs.
+TIME_FOR_THE_REST = 1800
 
 
 @dataclass
 class Engine:
     """What is passed through to GNU parallel."""
+    lock: int  # the jobs hold it too: what is left of a killed batch still works in the folder
     jobs: str | None = None
     sshlogins: list[str] = field(default_factory=list)
     sshloginfiles: list[str] = field(default_factory=list)
@@ -53,7 +54,7 @@ def run_jobs(engine: Engine, settings: Settings, assets: list[str], to_do: Itera
     interrupted = False
     environment = os.environ | {"PARALLEL_SHELL": "/bin/sh"}
     process = subprocess.Popen(parallel_command(engine, settings), stdin=subprocess.PIPE,
-                               env=environment)
+                               env=environment, pass_fds=[engine.lock])
 
     def pass_on(*_: object) -> None:
         nonlocal interrupted
@@ -61,7 +62,8 @@ def run_jobs(engine: Engine, settings: Settings, assets: list[str], to_do: Itera
         process.terminate()
 
     signals = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
-    previous = {number: signal.signal(number, pass_on) for number in signals}
+    previous = {number: signal.signal(number, pass_on) for number in signals
+                if signal.getsignal(number) != signal.SIG_IGN}  # as nohup does
     try:
         process.communicate(b"".join(b"%d\0" % index for index in to_do))
     except BrokenPipeError:

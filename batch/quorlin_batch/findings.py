@@ -1,13 +1,16 @@
 """Folds what quorlin printed: each text once, with its count. Reads outputs of any size by line."""
 
+import os
 import re
 from collections import Counter
 from collections.abc import Iterator
 from dataclasses import dataclass, field
+from typing import BinaryIO
 
 from .text import printable
 
-MAX_LINE = 1000  # bytes kept of a line
+MAX_LINE = 10000  # bytes read of a line: more than two of the longest paths
+MAX_TEXT = 1000  # characters kept of a text
 MAX_TEXTS = 500  # different texts kept of an asset
 MAX_ALIKE = 50  # of these, texts that differ in numbers only
 VERDICT = "validation result: "
@@ -24,7 +27,7 @@ UNWRITTEN_REASON = ("cannot be written", "could not be written",
 CONTINUATIONS = ("There is an additional independent stream", "Num of Channels Field", " (audio: ")
 LEVEL = re.compile(r"\s*(?:\d{3} - )?(?:\[SV\]\s*: )?(FATAL |)(ERROR|FAILURE|WARNING):",
                    re.IGNORECASE)
-PACKED_AUDIO_TIME = re.compile(r"  .* \(pts:-?\d+\)")
+PACKED_AUDIO_TIME = re.compile(r" \(pts:-?\d+\)\Z")
 # The number of a rule is none that differs, nor are the digits of words such as ec3.
 NUMBER = re.compile(r"(?<![A-Za-z\d-])(?!^\d{3} - )\d+")
 
@@ -65,6 +68,8 @@ class Output:
     more: int = 0  # lines with yet other texts
 
     def add(self, level: str, text: str, place: str | None = None) -> None:
+        if len(text) > MAX_TEXT:
+            text = text[:MAX_TEXT] + "…"
         key = (level, text)
         if key not in self.texts:
             form = NUMBER.sub("N", text)
@@ -90,16 +95,22 @@ class Output:
         return next((text for level, text in self.texts if level != "note"), None)
 
 
-def read_lines(path: str) -> Iterator[str]:
-    """Lines made printable, cut when they are over-long."""
+def read_lines(path: str, asset: str) -> Iterator[str]:
+    """Lines made printable, cut when they are over-long. No line ends within the asset's path."""
+    name = os.fsencode(asset)
+    line_breaks = tuple(name[:found.end()] for found in re.finditer(b"\n", name))
     with open(path, "rb") as file:
-        while line := file.readline(MAX_LINE + 1):
-            cut = len(line) > MAX_LINE and not line.endswith(b"\n")
-            rest = line
-            while cut and rest and not rest.endswith(b"\n"):
-                rest = file.readline(1 << 16)
-            text = line[:MAX_LINE].removesuffix(b"\n").decode("utf-8", "surrogateescape")
-            yield printable(text) + ("…" if cut else "")
+        while line := read_line(file):
+            for _ in line_breaks:
+                line += read_line(file) if line.endswith(line_breaks) else b""
+            yield printable(line.removesuffix(b"\n").decode("utf-8", "surrogateescape"))
+
+
+def read_line(file: BinaryIO) -> bytes:
+    line = rest = file.readline(MAX_LINE)
+    while len(rest) >= MAX_LINE and not rest.endswith(b"\n"):
+        rest = file.readline(1 << 16)
+    return line
 
 
 def level_of(line: str) -> str:
@@ -109,11 +120,11 @@ def level_of(line: str) -> str:
     return "error" if line.startswith("[SV]") else "note"
 
 
-def read_stdout(path: str, output: Output) -> None:
+def read_stdout(path: str, asset: str, output: Output) -> None:
     """Findings, and the verdict: the last line. What only frames the findings is left out."""
     previous = last = ""
     finding: tuple[str, str] | None = None  # waits for its second line
-    for line in read_lines(path):
+    for line in read_lines(path, asset):
         last = line
         if finding and line.startswith(CONTINUATIONS):
             line = finding[1].rstrip() + " " + line.strip()
@@ -144,17 +155,24 @@ def is_frame(line: str, previous: str) -> bool:
     if previous.endswith(SEPARATOR) and line.endswith(":"):
         return True
     is_verified = line.endswith(VERIFIED) and level_of(line) == "note"
-    return is_verified or PACKED_AUDIO_TIME.fullmatch(line) is not None
+    return is_verified or (line.startswith("  ") and bool(PACKED_AUDIO_TIME.search(line)))
 
 
-def read_stderr(path: str, output: Output) -> None:
+def read_stderr(path: str, asset: str, output: Output) -> None:
     """Reasons are folded without their path: thousands of segments are skipped for one reason."""
-    for line in read_lines(path):
-        place, separator, reason = line.removeprefix("quorlin: ").partition(": ")
-        if line.startswith("quorlin: ") and separator:
-            add_reason(output, place, reason)
+    folder = printable(os.path.dirname(asset)) + "/"
+    for line in read_lines(path, asset):
+        if line.startswith("quorlin: ") and ": " in line.removeprefix("quorlin: "):
+            add_reason(output, *split_reason(line.removeprefix("quorlin: "), folder))
         elif line.strip():
             output.add(level_of(line), line)
+
+
+def split_reason(line: str, folder: str) -> tuple[str, str]:
+    """Path and reason: there may be a colon and a blank in the asset's folder, too."""
+    start = len(folder) if line.startswith(folder) else 0
+    place, _, reason = line[start:].partition(": ")
+    return line[:start] + place, reason
 
 
 def add_reason(output: Output, place: str, reason: str) -> None:
@@ -165,8 +183,9 @@ def add_reason(output: Output, place: str, reason: str) -> None:
     output.incomplete = True
     output.unwritten |= any(words in reason for words in UNWRITTEN_REASON)
     output.skipped_segments += reason.endswith(SKIPPED_SEGMENT)
-    if reason.endswith(EMPTY_PLAYLIST):
-        output.empty_playlists.add(place)
+    for ending in EMPTY_PLAYLIST:
+        if reason.endswith(ending):  # what is before it may belong to the playlist's name
+            output.empty_playlists.add(f"{place}: {reason.removesuffix(ending)}")
 
 
 def told(finding: dict) -> str:

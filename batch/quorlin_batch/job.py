@@ -13,7 +13,7 @@ import time
 
 from .findings import Output, read_stderr, read_stdout
 from .reports import (FORMAT, RESULT, STDERR, STDOUT, Settings, is_final, load_result, look_at,
-                      nested, report_folder)
+                      nested, remove_files, report_folder)
 from .text import printable, write_whole
 from .verdict import Run, judge
 
@@ -57,11 +57,12 @@ def validate(settings: Settings, asset: str) -> dict:
     before = load_result(settings, asset)
     look = look_at(asset)
     beside = [os.path.join(folder, name + ".new") for name in (STDOUT, STDERR)]
+    remove_files(beside)  # a quorlin that outlived its job may still write to them
     try:
         run = run_quorlin(settings, asset, *beside)
         output = Output()
-        read_stdout(beside[0], output)
-        read_stderr(beside[1], output)
+        read_stdout(beside[0], asset, output)
+        read_stderr(beside[1], asset, output)
         state, reason = judge(run, output, look)
         result = {
             "format": FORMAT,
@@ -87,9 +88,7 @@ def validate(settings: Settings, asset: str) -> dict:
         write_whole(os.path.join(folder, RESULT), json.dumps(result, indent=1).encode())
         return result
     finally:
-        for path in beside:
-            with contextlib.suppress(FileNotFoundError):
-                os.remove(path)
+        remove_files(beside)
 
 
 def run_quorlin(settings: Settings, asset: str, stdout_path: str, stderr_path: str) -> Run:
@@ -99,7 +98,8 @@ def run_quorlin(settings: Settings, asset: str, stdout_path: str, stderr_path: s
     started = time.monotonic()
     timed_out = False
     with open(stdout_path, "wb") as stdout, open(stderr_path, "wb") as stderr:
-        # A group of its own: --quorlin may name a script, whose children have to go with it.
+        # A group of its own: --quorlin may name a script, whose children have to go with it, even
+        # when it has ended itself.
         process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=stdout, stderr=stderr,
                                    process_group=0)
         try:
@@ -107,7 +107,7 @@ def run_quorlin(settings: Settings, asset: str, stdout_path: str, stderr_path: s
         except subprocess.TimeoutExpired:
             timed_out = True
         finally:
-            if process.poll() is None:
+            with contextlib.suppress(ProcessLookupError):
                 os.killpg(process.pid, signal.SIGKILL)
             exit_code = process.wait()
     if not timed_out and -exit_code in OUTSIDE_SIGNALS:

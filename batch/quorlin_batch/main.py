@@ -9,6 +9,7 @@ import shutil
 import subprocess
 import sys
 import time
+import traceback
 from collections.abc import Iterable, Iterator
 
 from . import VERSION
@@ -61,7 +62,7 @@ Examples:
 
 def parse_time(text: str) -> float:
     """Seconds of a time like 90, 90s, 15m, 2h or 1.5d."""
-    if not (found := re.fullmatch(r"(\d+(?:\.\d+)?)([smhd]?)", text)):
+    if not (found := re.fullmatch(r"(\d{1,9}(?:\.\d+)?)([smhd]?)", text)):
         raise argparse.ArgumentTypeError(f"not a time: {text} (write 90, 15m, 2h)")
     return float(found[1]) * TIME_UNITS[found[2]]
 
@@ -117,11 +118,14 @@ def find_quorlin(given: str | None) -> str:
                      ("" if given else "; name it with --quorlin"))
 
 
-def check_parallel() -> None:
-    """GNU parallel is not the only program of its name."""
+def check_parallel(jobs: str | None) -> None:
+    """GNU parallel is not the only program of its name. It says what it takes for `jobs`."""
     program = shutil.which("parallel")
     if program is None or b"GNU parallel" not in ask(program, "--version").stdout:
         raise UsageError("GNU parallel is not installed (Debian: apt-get install parallel)")
+    dry_run = ("--plain", "--will-cite", "--dry-run", "--jobs", jobs, "true", ":::", "0")
+    if jobs is not None and ask(program, *dry_run).returncode != 0:
+        raise UsageError(f"{jobs}: not a number of jobs (write 4, 50%, +2)")
 
 
 def ask(*command: str) -> subprocess.CompletedProcess:
@@ -140,19 +144,20 @@ def quorlin_version(program: str) -> str:
 
 
 @contextlib.contextmanager
-def locked(settings: Settings) -> Iterator[None]:
-    """The reports folder, ready and for this batch alone."""
+def locked(settings: Settings) -> Iterator[int]:
+    """The reports folder, ready and for this batch alone; what locks it."""
     try:
         os.makedirs(os.path.join(settings.reports, "batch"), exist_ok=True)
+        file = open(Settings.path(settings.reports, "lock"), "w", encoding="utf-8")
     except OSError as error:
-        raise UsageError(f"{settings.reports}: cannot be made: {error.strerror}") from error
-    with open(Settings.path(settings.reports, "lock"), "w", encoding="utf-8") as file:
+        raise UsageError(f"{settings.reports}: cannot be written: {error.strerror}") from error
+    with file:
         try:
             fcntl.flock(file, fcntl.LOCK_EX | fcntl.LOCK_NB)
         except BlockingIOError as error:
             raise UsageError(
                 f"{settings.reports}: another quorlin-batch is at work in this folder") from error
-        yield
+        yield file.fileno()
 
 
 def still_to_do(settings: Settings, assets: list[str], force: bool,
@@ -177,14 +182,15 @@ def run_batch(options: argparse.Namespace) -> int:
     found = find_assets(options.inputs, options.null, [reports, *([streams] if streams else [])])
     assets = list(found.assets)
     if not assets:
-        raise UsageError("no playlist found in " + " ".join(options.inputs))
+        raise UsageError("\n".join(["no playlist found in " + " ".join(options.inputs),
+                                    *found.problems]))
     program = find_quorlin(options.quorlin)
     settings = Settings(reports, program, quorlin_version(program), options.timeout, streams)
     if options.dry_run:
         return dry_run(settings, assets, options)
-    check_parallel()
-    with locked(settings):
-        return run_locked(settings, assets, found.problems, options)
+    check_parallel(options.jobs)
+    with locked(settings) as lock:
+        return run_locked(settings, assets, found.problems, options, lock)
 
 
 def dry_run(settings: Settings, assets: list[str], options: argparse.Namespace) -> int:
@@ -195,13 +201,14 @@ def dry_run(settings: Settings, assets: list[str], options: argparse.Namespace) 
 
 
 def run_locked(settings: Settings, assets: list[str], problems: list[str],
-               options: argparse.Namespace) -> int:
+               options: argparse.Namespace, lock: int) -> int:
     started = time.monotonic()
     to_do, outdated = still_to_do(settings, assets, options.force, options.retry)
     for index in outdated:
         remove_report(settings, assets[index])
     say(options, f"{plural(len(assets), 'asset')}, {len(to_do):,} to validate")
-    engine = Engine(options.jobs, options.sshlogin, options.sshloginfile, shows_progress(options))
+    engine = Engine(lock, options.jobs, options.sshlogin, options.sshloginfile,
+                    shows_progress(options))
     finished = run_jobs(engine, settings, assets, to_do) if to_do else True
     summary = summarize(settings, assets, to_do, problems, time.monotonic() - started, not finished)
     store_summary(summary, os.path.join(settings.reports, "summary.json"))
@@ -240,4 +247,6 @@ def main(arguments: list[str]) -> int:
         print("quorlin-batch:", printable(str(error)), file=sys.stderr)
     except KeyboardInterrupt:
         print("quorlin-batch: interrupted; the same call goes on from here", file=sys.stderr)
+    except Exception:  # Python's own exit code would say that all assets have a verdict
+        traceback.print_exc()
     return EXIT_NOT_ENDED

@@ -5,10 +5,11 @@ of it), in a folder named by the asset's absolute path. result.json is written l
 there is no report.
 """
 
-import contextlib
+import errno
 import hashlib
 import json
 import os
+from collections.abc import Iterable
 from dataclasses import asdict, dataclass
 
 from .playlists import read_playlist
@@ -132,9 +133,16 @@ def is_current(result: dict, asset: str, settings: Settings) -> bool:
 def remove_report(settings: Settings, asset: str) -> None:
     """Takes an old report away, its result first."""
     folder = report_folder(settings.reports, asset)
-    for name in (RESULT, STDOUT, STDERR):
-        with contextlib.suppress(FileNotFoundError, NotADirectoryError):
-            os.remove(os.path.join(folder, name))
+    remove_files(os.path.join(folder, name) for name in (RESULT, STDOUT, STDERR))
+
+
+def remove_files(paths: Iterable[str]) -> None:
+    for path in paths:
+        try:
+            os.remove(path)
+        except OSError as error:
+            if error.errno not in (errno.ENOENT, errno.ENOTDIR, errno.ENAMETOOLONG):
+                raise
 
 
 def is_final(result: dict) -> bool:

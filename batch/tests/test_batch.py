@@ -51,7 +51,9 @@ ENDS = [
      reason("a rendition that is not of TYPE=AUDIO: the playlist is not validated") + PASSED),
 ]
 NAMES = ["bl ank", "quo'te\"s", "line\nbreak", "-dash", "{} {#} $HOME `id` \\", "#hash %41 ?q",
-         b"broken\xff\xc3", "<b>&amp;", "ünï"]
+         b"broken\xff\xc3", "<b>&amp;", "ünï", "colon: blank", "/".join(["long" * 60] * 5)]
+SKIPPED = ('printf "quorlin: %s/seg.ts: no section is complete: nothing is checked\n" "$PWD" >&2; '
+           * 2 + PASSED)
 
 
 class Verdicts(BatchTest):
@@ -149,14 +151,20 @@ class Names(BatchTest):
             self.assertEqual(self.summary()["totals"]["passed"], len(NAMES))
         self.assertIn("broken\\xff\\xc3/list.m3u8",
                       [record["name"] for record in self.summary()["assets"]])
+        for path in playlists:
+            (path.parent / "fake.sh").write_text(SKIPPED)
+        done = self.batch(self.catalogue, "--force")
+        self.assertEqual(self.summary()["totals"]["nothing_validated"], len(NAMES), done)
+        reasons = [(each["text"], each["assets"]) for each in self.summary()["frequent_findings"]]
+        self.assertEqual(reasons, [("no section is complete: nothing is checked", len(NAMES))])
 
     def test_list(self) -> None:
         names = ["b", "a c", "#d"]
         for name in names:
             self.asset(name)
-        lines = ["", "# a comment", "catalogue/b/list.m3u8\r", "", "catalogue/a c/list.m3u8",
+        lines = ["# a comment", "", "catalogue/b/list.m3u8\r", "", "catalogue/a c/list.m3u8",
                  "./catalogue/#d", "catalogue/b/list.m3u8"]
-        (self.folder / "titles.txt").write_text("\n".join(lines))
+        (self.folder / "titles.txt").write_text("\n".join(lines), encoding="utf-8-sig")
         self.assertEqual(self.batch("titles.txt").returncode, 0)
         self.assertEqual([record["name"] for record in self.summary()["assets"]],
                          [f"{name}/list.m3u8" for name in names])
@@ -183,7 +191,7 @@ class Names(BatchTest):
         (self.folder / "empty").mkdir()
         (self.folder / "zeros").write_bytes(b"a\0b\0")
         for arguments in (["nowhere"], ["empty"], ["zeros"], [self.catalogue, "-t", "soon"],
-                          [self.catalogue, "--unknown"],
+                          [self.catalogue, "--unknown"], [self.catalogue, "-j", "many"],
                           [self.catalogue, "--quorlin", "/bin/false"]):
             done = self.batch(*arguments)
             self.assertEqual(done.returncode, 64, done)
