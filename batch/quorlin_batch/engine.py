@@ -53,17 +53,19 @@ def run_jobs(engine: Engine, settings: Settings, assets: list[str], to_do: Itera
     settings.store()
     interrupted = False
     environment = os.environ | {"PARALLEL_SHELL": "/bin/sh"}
+    # GNU parallel heeds a hangup even below nohup. In a group of its own it gets none.
+    below_nohup = signal.getsignal(signal.SIGHUP) == signal.SIG_IGN
     process = subprocess.Popen(parallel_command(engine, settings), stdin=subprocess.PIPE,
-                               env=environment, pass_fds=[engine.lock])
+                               env=environment, pass_fds=[engine.lock],
+                               process_group=0 if below_nohup else None)
 
     def pass_on(*_: object) -> None:
         nonlocal interrupted
         interrupted = True
         process.terminate()
 
-    signals = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
-    previous = {number: signal.signal(number, pass_on) for number in signals
-                if signal.getsignal(number) != signal.SIG_IGN}  # as nohup does
+    signals = (signal.SIGINT, signal.SIGTERM) + (() if below_nohup else (signal.SIGHUP,))
+    previous = {number: signal.signal(number, pass_on) for number in signals}
     try:
         process.communicate(b"".join(b"%d\0" % index for index in to_do))
     except BrokenPipeError:

@@ -253,6 +253,17 @@ class Again(BatchTest):
         self.assertEqual(self.batch().returncode, 0)
         self.assertEqual(self.summary()["totals"]["passed"], 3)
 
+    def test_nohup(self) -> None:
+        for name in "abc":
+            self.asset(name, "sleep 0.2; " + PASSED)
+        process = subprocess.Popen(["nohup", *self.command(self.catalogue, "-j1")],
+                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                                   start_new_session=True)
+        self.wait_until(self.runs)
+        os.killpg(process.pid, signal.SIGHUP)
+        self.assertEqual(process.wait(60), 0)
+        self.assertEqual(self.summary()["totals"]["passed"], 3)
+
     def wait_until(self, condition) -> None:
         for _ in range(600):
             if condition():
