@@ -1,5 +1,5 @@
-// The payload of a codec configuration box, which the first byte chooses and whose size stands in the next two, and what
-// the validation makes of it and of the sample behind it.
+// The payload of a codec configuration box, which the first byte chooses and whose size stands in the next two, and
+// what the validation makes of it and of the sample behind it.
 #include "isobmff/codec_configuration.h"
 
 #include <algorithm>
