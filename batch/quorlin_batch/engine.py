@@ -9,7 +9,8 @@ import sys
 from collections.abc import Iterable
 from dataclasses import dataclass, field
 
-from .reports import MAX_ATTEMPTS, Settings
+from .reports import MAX_ATTEMPTS, Settings, batch_file
+from .text import write_whole
 
 # Beyond its own time limit a job reads files and folds findings, gigabytes of them at worst. GNU
 # parallel ends it when even that hangs.
@@ -31,7 +32,7 @@ def parallel_command(engine: Engine, settings: Settings) -> list[str]:
     # in anybody's way.
     command = ["parallel", "--plain", "--will-cite", "--null", "--ungroup", "--halt", "never"]
     command += ["--retries", str(MAX_ATTEMPTS), "--termseq", "TERM,5000,KILL,25"]
-    command += ["--joblog", Settings.path(settings.reports, "joblog")]
+    command += ["--joblog", batch_file(settings.reports, "joblog")]
     if settings.limit:
         command += ["--timeout", str(int(settings.limit) + TIME_FOR_THE_REST)]
     if engine.jobs is not None:
@@ -48,8 +49,8 @@ def parallel_command(engine: Engine, settings: Settings) -> list[str]:
 
 def run_jobs(engine: Engine, settings: Settings, assets: list[str], to_do: Iterable[int]) -> bool:
     """Runs the jobs of `to_do` (numbers of assets). False when the user interrupted them."""
-    with open(Settings.path(settings.reports, "assets"), "wb") as file:
-        file.write(b"".join(os.fsencode(asset) + b"\0" for asset in assets))
+    names = b"".join(os.fsencode(asset) + b"\0" for asset in assets)
+    write_whole(batch_file(settings.reports, "assets"), names)
     settings.store()
     interrupted = False
     environment = os.environ | {"PARALLEL_SHELL": "/bin/sh"}

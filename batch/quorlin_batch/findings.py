@@ -37,7 +37,7 @@ OUT_OF_SCOPE = (
     "a rendition that is not of TYPE=AUDIO: the playlist is not validated",
     "an I-frame playlist: it is not validated",
     "an earlier variant has the same URI: validated once, with that variant's CODECS",
-    "is neither audio nor video: not followed",
+    ": not followed",
 )
 EMPTY_PLAYLIST = (
     "no segment could be read",

@@ -12,8 +12,8 @@ import sys
 import time
 
 from .findings import Output, read_stderr, read_stdout
-from .reports import (FORMAT, RESULT, STDERR, STDOUT, Settings, is_final, load_result, look_at,
-                      nested, remove_files, report_folder)
+from .reports import (FORMAT, RESULT, STDERR, STDOUT, Settings, batch_file, is_final, load_result,
+                      look_at, nested, remove_files, report_folder)
 from .text import printable, write_whole
 from .verdict import Run, judge
 
@@ -32,7 +32,7 @@ def run_job(encoded_reports: str, index: str) -> int:
         signal.signal(number, interrupt)
     reports = os.fsdecode(base64.urlsafe_b64decode(encoded_reports))
     settings = Settings.load(reports)
-    with open(Settings.path(reports, "assets"), "rb") as file:
+    with open(batch_file(reports, "assets"), "rb") as file:
         asset = os.fsdecode(file.read().split(b"\0")[int(index)])
     try:
         result = validate(settings, asset)

@@ -13,11 +13,11 @@ import traceback
 from collections.abc import Iterable, Iterator
 
 from . import VERSION
-from .assets import UsageError, find_assets
+from .assets import Found, UsageError, find_assets
 from .engine import Engine, run_jobs
 from .junit import store_junit
 from .page import store_page
-from .reports import Settings, is_current, is_final, load_result, remove_report
+from .reports import Settings, batch_file, is_current, is_final, load_result, remove_report
 from .summary import store_summary, summarize, summary_lines
 from .text import plural, printable
 from .verdict import NO_VERDICT, NOTHING
@@ -67,6 +67,13 @@ def parse_time(text: str) -> float:
     return float(found[1]) * TIME_UNITS[found[2]]
 
 
+def folder_name(text: str) -> str:
+    """An empty one (of a variable that is not set) would be the current folder."""
+    if not text:
+        raise argparse.ArgumentTypeError("the name of the folder is empty")
+    return text
+
+
 class Parser(argparse.ArgumentParser):
     def error(self, message: str) -> None:
         raise UsageError(f"{message}\nTry 'quorlin-batch --help' for more information.")
@@ -81,7 +88,7 @@ def command_line() -> argparse.ArgumentParser:
                     formatter_class=argparse.RawDescriptionHelpFormatter)
     add = parser.add_argument
     add("inputs", nargs="+", metavar="FOLDER|LIST|PLAYLIST", help=argparse.SUPPRESS)
-    add("-o", "--output", metavar="REPORTS", required=True,
+    add("-o", "--output", metavar="REPORTS", required=True, type=folder_name,
         help="folder of the reports; made when it is missing")
     add("-j", "--jobs", metavar="N",
         help="runs at a time on each host, as GNU parallel takes it: 4, 50%%, +2 (one for each "
@@ -93,7 +100,7 @@ def command_line() -> argparse.ArgumentParser:
         "same paths, quorlin and quorlin-batch included")
     add("--sshloginfile", metavar="FILE", action="append", default=[],
         help="the hosts, one a line")
-    add("--streams", metavar="FOLDER",
+    add("--streams", metavar="FOLDER", type=folder_name,
         help="keep the elementary streams there (they are not written otherwise)")
     add("--quorlin", metavar="PROGRAM",
         help="the quorlin to run (that beside quorlin-batch, or in PATH)")
@@ -147,8 +154,8 @@ def quorlin_version(program: str) -> str:
 def locked(settings: Settings) -> Iterator[int]:
     """The reports folder, ready and for this batch alone; what locks it."""
     try:
-        os.makedirs(os.path.join(settings.reports, "batch"), exist_ok=True)
-        file = open(Settings.path(settings.reports, "lock"), "w", encoding="utf-8")
+        os.makedirs(batch_file(settings.reports, ""), exist_ok=True)
+        file = open(batch_file(settings.reports, "lock"), "w", encoding="utf-8")
     except OSError as error:
         raise UsageError(f"{settings.reports}: cannot be written: {error.strerror}") from error
     with file:
@@ -187,17 +194,20 @@ def run_batch(options: argparse.Namespace) -> int:
     program = find_quorlin(options.quorlin)
     settings = Settings(reports, program, quorlin_version(program), options.timeout, streams)
     if options.dry_run:
-        return dry_run(settings, assets, options)
+        return dry_run(settings, found, options)
     check_parallel(options.jobs)
     with locked(settings) as lock:
         return run_locked(settings, assets, found.problems, options, lock)
 
 
-def dry_run(settings: Settings, assets: list[str], options: argparse.Namespace) -> int:
+def dry_run(settings: Settings, found: Found, options: argparse.Namespace) -> int:
+    assets = list(found.assets)
     to_do, _ = still_to_do(settings, assets, options.force, options.retry)
     print_lines(assets[index] for index in to_do)
+    for problem in found.problems:
+        print("quorlin-batch:", printable(problem), file=sys.stderr)
     print(f"{plural(len(assets), 'asset')}, {len(to_do):,} to validate", file=sys.stderr)
-    return 0
+    return EXIT_NOT_ENDED if found.problems else 0
 
 
 def run_locked(settings: Settings, assets: list[str], problems: list[str],
@@ -211,11 +221,11 @@ def run_locked(settings: Settings, assets: list[str], problems: list[str],
                     shows_progress(options))
     finished = run_jobs(engine, settings, assets, to_do) if to_do else True
     summary = summarize(settings, assets, to_do, problems, time.monotonic() - started, not finished)
+    print_lines(summary_lines(summary))  # first: the disk may be full
     store_summary(summary, os.path.join(settings.reports, "summary.json"))
     store_junit(summary, os.path.join(settings.reports, "junit.xml"))
     store_page(summary, os.path.join(settings.reports, "index.html"))
-    page = os.path.join(options.output, "index.html")
-    print_lines([*summary_lines(summary), f"The page to read: {page}"])
+    print_lines(["The page to read: " + os.path.join(options.output, "index.html")])
     return summary["exit_code"]
 
 

@@ -6,6 +6,7 @@ from collections.abc import Iterator
 from dataclasses import dataclass, field
 
 LINE_SIZE = 4096
+MAX_SIZE = 64 << 20  # bytes looked at: what is larger is no playlist
 WITH_URI = (b"#EXT-X-MEDIA:", b"#EXT-X-I-FRAME-STREAM-INF:", b"#EXT-X-MAP:")
 URI = re.compile(rb'[:,]\s*URI="([^"]*)"')
 AUDIO = re.compile(rb"[:,]\s*TYPE=AUDIO\b")
@@ -27,7 +28,9 @@ def lines_of(path: str) -> Iterator[bytes]:
         return
     try:
         with open(path, "rb") as file:
-            while line := file.readline(LINE_SIZE):
+            left = MAX_SIZE
+            while left > 0 and (line := file.readline(LINE_SIZE)):
+                left -= len(line)
                 yield line.strip()
     except OSError:
         return

@@ -13,6 +13,7 @@ from collections.abc import Iterable
 from dataclasses import asdict, dataclass
 
 from .playlists import read_playlist
+from .text import write_whole
 
 FORMAT = 1
 MAX_ATTEMPTS = 2
@@ -34,18 +35,17 @@ class Settings:
     streams: str | None  # folder for elementary streams
 
     def store(self) -> None:
-        with open(self.path(self.reports, "settings.json"), "w", encoding="utf-8") as file:
-            json.dump(asdict(self), file)
+        write_whole(batch_file(self.reports, "settings.json"), json.dumps(asdict(self)).encode())
 
     @classmethod
     def load(cls, reports: str) -> "Settings":
-        with open(cls.path(reports, "settings.json"), encoding="utf-8") as file:
+        with open(batch_file(reports, "settings.json"), encoding="utf-8") as file:
             return cls(**json.load(file))
 
-    @staticmethod
-    def path(reports: str, name: str) -> str:
-        """A file of the batch itself."""
-        return os.path.join(reports, "batch", name)
+
+def batch_file(reports: str, name: str) -> str:
+    """A file of the batch itself."""
+    return os.path.join(reports, "batch", name)
 
 
 def nested(top: str, asset: str) -> str:

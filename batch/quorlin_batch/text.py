@@ -1,5 +1,6 @@
 """Texts of names and outputs, made fit for a terminal, XML and JSON; files written in one step."""
 
+import contextlib
 import os
 
 SHORT_ESCAPES = {"\n": "\\n", "\r": "\\r", "\t": "\\t"}
@@ -38,6 +39,11 @@ def duration(seconds: float) -> str:
 def write_whole(path: str, content: bytes) -> None:
     """Writes beside the file and renames: nobody ever sees half of it."""
     beside = path + ".new"
-    with open(beside, "wb") as file:
-        file.write(content)
-    os.replace(beside, path)
+    try:
+        with open(beside, "wb") as file:
+            file.write(content)
+        os.replace(beside, path)
+    except OSError as error:
+        with contextlib.suppress(OSError):
+            os.remove(beside)
+        raise OSError(error.errno, error.strerror, path) from error

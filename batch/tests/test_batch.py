@@ -192,6 +192,7 @@ class Names(BatchTest):
         (self.folder / "zeros").write_bytes(b"a\0b\0")
         for arguments in (["nowhere"], ["empty"], ["zeros"], [self.catalogue, "-t", "soon"],
                           [self.catalogue, "--unknown"], [self.catalogue, "-j", "many"],
+                          [self.catalogue, "--streams", ""],
                           [self.catalogue, "--quorlin", "/bin/false"]):
             done = self.batch(*arguments)
             self.assertEqual(done.returncode, 64, done)
