@@ -21,6 +21,7 @@ uint64_t remaining_bytes(const FileReader& reader) {
 
 // One request to the stream: up to `count` bytes into the buffer. A failed read counts as the end of the file.
 uint32_t fill_buffer(FileReader& reader, uint32_t count) {
+    page_buffer_allocate(reader.buffer, count);  // a restart may have made a small one
     const size_t got = std::fread(reader.buffer.bytes.get(), 1, count, reader.file.get());
     if (std::ferror(reader.file.get()) != 0 && !reader.read_error) {
         reader.read_error = true;

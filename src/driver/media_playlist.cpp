@@ -151,7 +151,9 @@ void validate_media_playlist(const std::string& path, const std::string& stem,
                              int& error_flag) {
     std::printf("------------------------------------------------\n%s:\n", path.c_str());
     Playlist playlist;
-    if (read_playlist(path, playlist) == 0) {
+    const int read_status = read_playlist(path, playlist);
+    report_playlist_losses(path, playlist.losses);
+    if (read_status == 0) {
         if (playlist.is_master) report_reason(path, "a master playlist where a media playlist is expected");
         SegmentLoop loop = {stem, output_dir, attrs};
         error_flag |= validate_segments(path, playlist, loop);

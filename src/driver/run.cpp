@@ -103,9 +103,10 @@ int run_playlist(const std::string& path, const std::string& stem, const std::op
     if (read_status == 1) return -1;
     int error_flag = read_status;
     if (playlist.is_master) {
+        report_playlist_losses(path, playlist.losses);
         error_flag |= validate_master_playlist(path, playlist, output_dir);
     } else {
-        // Read once more where its findings belong, behind its header.
+        // Read once more, behind its header.
         playlist = {};
         validate_media_playlist(path, stem, output_dir, nullptr, error_flag);
     }

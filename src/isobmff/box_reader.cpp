@@ -181,6 +181,7 @@ int parse_media(MediaContext& context, FileReader& reader) {
     context.box = {};
     context.depth = 0;
     context.status = 0;
+    context.unknown_track_reported = false;
     context.moof_start = 0;
     context.current_track = nullptr;
     for (const std::unique_ptr<TrackRecord>& track : context.tracks) {

@@ -226,6 +226,9 @@ struct MediaContext {
     BoxPlace box;
     uint32_t depth = 0;
     int status = 0;  // findings of the box handlers
+    bool unknown_track_reported = false;
+
+    bool init_refused = false;  // the walk of the init section ended early: little is known of the tracks
 
     // ftyp, mvhd, uuid, mfhd.
     std::array<uint8_t, 4> major_brand{};

@@ -4,6 +4,7 @@
 #include <array>
 #include <bit>
 #include <span>
+#include <utility>
 
 #include "bits/byte_order.h"
 #include "isobmff/box_reader.h"
@@ -167,8 +168,8 @@ int read_tfhd(MediaContext& context, FileReader& reader, int64_t) {
         if ((flags & TFHD_SAMPLE_DESCRIPTION_INDEX) != 0) track.default_sample_description_index = read_be32(reader);
         if ((flags & TFHD_DEFAULT_SAMPLE_DURATION) != 0) track.default_sample_duration = read_be32(reader);
         if ((flags & TFHD_DEFAULT_SAMPLE_SIZE) != 0) track.default_sample_size = read_be32(reader);
-    } else {
-        note_box(context, reader, "no track has its track ID: the samples of this fragment are not read");
+    } else if (!context.init_refused && !std::exchange(context.unknown_track_reported, true)) {
+        note_box(context, reader, "no track has its track ID: the samples of such fragments are not read");
     }
     // Only the low half is kept, deliberately.
     if (base_high != 0) return refuse_box(context, reader, "its base data offset is 4 GiB or more");

@@ -44,10 +44,11 @@ int apply_byte_range(MediaContext& context, FileReader& reader, const SegmentEnt
 }
 
 // Samples that go to their file without a check: said once for a track.
-void report_unchecked_samples(TrackRecord& track, const std::string& path) {
-    if (track.samples.sample_count == 0) return;
+void report_unchecked_samples(const MediaContext& context, TrackRecord& track, const std::string& path) {
+    if (track.samples.sample_count == 0 || context.init_refused) return;
+    if (std::exchange(track.output.unchecked_reported, true)) return;
     if (track.codec_kind == CODEC_AC4) report_uncompared_presentations(track, path);
-    if (track.codec_kind != CODEC_UNKNOWN || std::exchange(track.output.unchecked_reported, true)) return;
+    if (track.codec_kind != CODEC_UNKNOWN) return;
     report_reason(path, "track %d: %s: its samples are not checked", static_cast<int32_t>(track.track_ID),
                   track.encrypted ? "protected, of a codec not known" : "its sample entry is of no known codec");
 }
@@ -60,7 +61,7 @@ bool validate_track(MediaContext& context, FileReader& reader, TrackRecord& trac
     status |= opened;
     if (opened != 0) return false;
     status |= extract_samples(context, reader, track);
-    report_unchecked_samples(track, reader.path);
+    report_unchecked_samples(context, track, reader.path);
     status |= check_lumora_layers(track);
     return true;
 }
@@ -107,6 +108,7 @@ int validate_mp4_segment(FileReader& reader, const SegmentEntry& segment, MediaC
     if (apply_byte_range(*context, reader, segment) != 0) return 1;
     start_work(*context);
     const bool walked = parse_media(*context, reader) == 0;
+    if (segment.kind == SEGMENT_INIT) context->init_refused = !walked;
     int status = walked ? context->status : 1;
     if (walked)
         for (const std::unique_ptr<TrackRecord>& track : context->tracks)

@@ -65,6 +65,13 @@ struct SegmentEntry {
     uint32_t kind = SEGMENT_NONE;
 };
 
+// What of the text was not read as it is meant.
+struct PlaylistLosses {
+    bool cut_short = false;         // a read failed
+    bool long_line = false;         // the rest of a line was read as a line of its own
+    bool early_byte_range = false;  // EXT-X-BYTERANGE in front of EXTINF
+};
+
 struct Playlist {
     bool is_master = false;
     Text version;
@@ -77,4 +84,5 @@ struct Playlist {
     bool iframes_only = false;
     std::vector<VariantStream> iframe_variants;
     std::vector<SegmentEntry> entries;
+    PlaylistLosses losses;
 };

@@ -19,6 +19,7 @@ constexpr int LINE_SIZE = 4096;
 struct LineReader {
     File file;
     char line[LINE_SIZE] = {};
+    bool line_goes_on = false;  // behind what the buffer holds
     bool has_long_line = false;
     size_t media_count = 0;
     size_t variant_count = 0;
@@ -48,8 +49,9 @@ bool next_line(LineReader& lines, std::string_view& line) {
     line = {};
     if (std::fgets(lines.line, LINE_SIZE, lines.file.get()) == nullptr) return false;
     const std::string_view text(lines.line);
-    lines.has_long_line |= text.size() == LINE_SIZE - 1 && !text.ends_with('\n');
     line = trim_right(trim_left(text));
+    lines.has_long_line |= lines.line_goes_on && !line.empty();
+    lines.line_goes_on = text.size() == LINE_SIZE - 1 && !text.ends_with('\n');
     count_tag(lines, line);
     return true;
 }
@@ -201,6 +203,8 @@ void read_tag(PlaylistParser& parser, std::string_view line) {
     if (line.starts_with("#EXT-X-INDEPENDENT-SEGMENTS")) playlist.independent_segments = true;
     if (line.starts_with("#EXT-X-I-FRAMES-ONLY")) playlist.iframes_only = true;
     if (line.starts_with("#EXT-X-ENDLIST")) add_marker(playlist, SEGMENT_END_LIST);
+    // The standard allows it there, but it is read behind EXTINF only: deliberate.
+    if (line.starts_with("#EXT-X-BYTERANGE")) playlist.losses.early_byte_range = true;
     // Keys, dates, session data and every other tag are of no interest here.
 }
 
@@ -221,10 +225,8 @@ int read_playlist(const std::string& path, Playlist& playlist) {
     while (next_line(lines, line)) {
         if (line.starts_with("#EXT")) read_tag(parser, line);
     }
-    const bool read_error = std::ferror(lines.file.get()) != 0;
-    if (read_error) report_reason(path, "the playlist cannot be read to its end");
-    if (lines.has_long_line)
-        report_reason(path, "a line is longer than %d characters: its rest is read as the next line", LINE_SIZE - 1);
+    playlist.losses.cut_short = std::ferror(lines.file.get()) != 0;
+    playlist.losses.long_line = lines.has_long_line;
     if (lines.variant_count > 0 && lines.entry_count > 0) {
         report_reason(path, "the playlist holds both variant streams and segments");
         playlist = {};
@@ -235,7 +237,15 @@ int read_playlist(const std::string& path, Playlist& playlist) {
     playlist.variants.resize(lines.variant_count);
     playlist.iframe_variants.resize(lines.iframe_variant_count);
     playlist.entries.resize(lines.entry_count);
-    return read_error ? -1 : 0;
+    return playlist.losses.cut_short ? -1 : 0;
+}
+
+void report_playlist_losses(const std::string& path, const PlaylistLosses& losses) {
+    if (losses.cut_short) report_reason(path, "the playlist cannot be read to its end");
+    if (losses.long_line)
+        report_reason(path, "a line is longer than %d characters: its rest is read as the next line", LINE_SIZE - 1);
+    if (losses.early_byte_range)
+        report_reason(path, "a byte range stands in front of EXTINF: it is not read, the segment is its whole file");
 }
 
 std::string playlist_directory(const std::string& path) {

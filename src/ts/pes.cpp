@@ -93,7 +93,8 @@ PesState start_pes(PesStream& stream, std::span<const uint8_t> bytes, const std:
     stream.PES_packet_length = load_be16(bytes, 4);
     const int checked = check_stream_id(stream, programs);
     status |= checked;
-    if (checked != 0) return PesState::CUT_SHORT;
+    stream.refused = checked != 0;
+    if (stream.refused) return PesState::CUT_SHORT;
     status |= read_timestamps(stream, bytes);
     log_timestamp(stream, packets_read);
 
@@ -105,7 +106,8 @@ PesState start_pes(PesStream& stream, std::span<const uint8_t> bytes, const std:
         // never completes; one that ends with the header is an empty packet, complete at once.
         const int32_t rest = stream.PES_packet_length - stream.PES_header_data_length - 3;
         stream.expected = static_cast<uint32_t>(std::max(rest, 0));
-        if (rest < 0) ++stream.losses.short_lengths;
+        stream.refused = rest < 0;
+        if (stream.refused) ++stream.losses.short_lengths;
         if (rest == 0) return PesState::COMPLETE;
     }
     return continue_pes(stream, bytes.subspan(std::min(payload, bytes.size())));
@@ -113,7 +115,7 @@ PesState start_pes(PesStream& stream, std::span<const uint8_t> bytes, const std:
 
 PesState continue_pes(PesStream& stream, std::span<const uint8_t> bytes) {
     const uint32_t count = static_cast<uint32_t>(std::min<size_t>(bytes.size(), stream.expected - stream.length));
-    stream.losses.bytes += bytes.size() - count;
+    if (!stream.refused) stream.losses.bytes += bytes.size() - count;
     if (stream.expected == 0) return PesState::OPEN;
     if (count > 0) {
         grow_storage(stream, stream.length + count);

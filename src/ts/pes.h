@@ -37,6 +37,7 @@ struct PesStream {
     std::vector<uint8_t> data;  // storage of the payload; `length` bytes of it are used
     uint32_t length = 0;
     uint32_t expected = 0;  // payload bytes of the whole PES packet; 0 between packets
+    bool refused = false;   // the packet is dropped for a reason of its own
     uint16_t PES_packet_length = 0;
     uint8_t stream_id = 0;
     uint8_t PES_header_data_length = 0;

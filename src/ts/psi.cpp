@@ -26,6 +26,22 @@ void report_refused_pid(PsiTables& tables, uint16_t pid) {
 
 }  // namespace
 
+void report_cut_section(PsiTables& tables, const TsPacket& packet) {
+    SectionBuffer* buffer = section_buffer(tables, packet.pid);
+    if (buffer == nullptr || buffer->cut_reported) return;
+    const bool starts = packet.payload_unit_start_indicator;
+    const bool goes_on = !starts && buffer->data.size() < buffer->section_length;
+    const bool points_past = starts && load_u8(packet.payload, 0) + size_t{1} >= packet.payload.size();
+    buffer->cut_reported = goes_on || points_past;
+    if (goes_on)
+        report_reason(tables.path,
+                      "PID %u: a section goes on in a second packet: it is cut there, and what it lists may be wrong",
+                      packet.pid);
+    if (points_past)
+        report_reason(tables.path, "PID %u: a pointer_field reaches past its packet: no section is read there",
+                      packet.pid);
+}
+
 SectionState collect_section(PsiTables& tables, const TsPacket& packet, std::span<const uint8_t>& section) {
     SectionBuffer* buffer = section_buffer(tables, packet.pid);
     if (buffer == nullptr) {
@@ -43,10 +59,6 @@ SectionState collect_section(PsiTables& tables, const TsPacket& packet, std::spa
     // section_length counts from behind itself, so this leaves out the last three bytes of the CRC_32, which nothing
     // checks.
     const size_t missing = buffer->section_length - buffer->data.size();
-    if (bytes.empty() && (packet.payload_unit_start_indicator || missing > 0) &&
-        !std::exchange(buffer->pointer_reported, true))
-        report_reason(tables.path, "PID %u: a pointer_field reaches past its packet: no section is read there",
-                      packet.pid);
     const auto part = bytes.first(std::min(missing, bytes.size()));
     buffer->data.insert(buffer->data.end(), part.begin(), part.end());
     if (buffer->section_length == 0 || buffer->data.size() < buffer->section_length) return SectionState::INCOMPLETE;

@@ -18,7 +18,7 @@ struct SectionBuffer {
     uint16_t pid = 0;
     uint16_t section_length = 0;
     std::vector<uint8_t> data;
-    bool pointer_reported = false;
+    bool cut_reported = false;
 };
 
 // ISO/IEC 13818-1, table 2-30: one program of the program association table; program_number 0 is the network.
@@ -50,6 +50,9 @@ struct PsiTables {
 };
 
 enum class SectionState { INCOMPLETE, COMPLETE, REFUSED };
+
+// Says once for a PID on standard error what of its sections is not read as it is meant. In front of collect_section.
+void report_cut_section(PsiTables& tables, const TsPacket& packet);
 
 // Collects the section bytes of one packet of a PID that carries PSI. COMPLETE: `section` is the section without the
 // last three bytes of its CRC_32, valid until the next call. REFUSED: one PID too many, said on standard error.

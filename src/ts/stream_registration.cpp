@@ -133,7 +133,8 @@ void report_not_followed(TsDemuxContext& context, const EsRecord& es) {
     if (es.stream_type != STREAM_TYPE_PES_PRIVATE_DATA && es.stream_type != STREAM_TYPE_RESERVED_40) return;
     // The program table comes again and again.
     if (std::exchange(context.routes[es.elementary_PID].reported, true)) return;
-    report_reason(context.psi.path, "PID %u of stream type 0x%02x is neither audio nor video: not followed",
+    report_reason(context.psi.path,
+                  "PID %u of stream type 0x%02x: nothing names audio or video that is written: not followed",
                   es.elementary_PID, es.stream_type);
 }
 

@@ -20,7 +20,8 @@ enum class PidKind : uint8_t { OTHER, PES, PAT, PMT, NETWORK };
 struct PidRoute {
     PidKind kind = PidKind::OTHER;
     uint8_t slot = TS_NO_SLOT;
-    bool reported = false;  // not followed, and that has been said
+    bool reported = false;     // not followed, and that has been said
+    uint32_t early_units = 0;  // unit starts in front of the table that lists the PID
 };
 
 // The state of one segment.

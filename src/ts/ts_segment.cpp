@@ -44,6 +44,7 @@ int handle_pmt(TsDemuxContext& context, uint16_t pid, std::span<const uint8_t> s
 
 int handle_section(TsDemuxContext& context, PidKind kind, const TsPacket& packet) {
     std::span<const uint8_t> section;
+    if (kind != PidKind::NETWORK) report_cut_section(context.psi, packet);
     switch (collect_section(context.psi, packet, section)) {
         case SectionState::INCOMPLETE:
             return 0;
@@ -106,9 +107,13 @@ int handle_pes_packet(TsDemuxContext& context, size_t slot, const TsPacket& pack
 
 int handle_packet(TsDemuxContext& context, std::span<const uint8_t> bytes) {
     const TsPacket packet = parse_ts_packet(bytes);
-    const PidRoute route = context.routes[packet.pid];
+    PidRoute& route = context.routes[packet.pid];
     // A packet without payload (adaptation field only) begins and ends nothing.
-    if (route.kind == PidKind::OTHER || packet.adaptation_field_control == TS_ADAPTATION_FIELD_ONLY) return 0;
+    if (packet.adaptation_field_control == TS_ADAPTATION_FIELD_ONLY) return 0;
+    if (route.kind == PidKind::OTHER) {
+        route.early_units += packet.payload_unit_start_indicator ? 1 : 0;
+        return 0;
+    }
     if (route.kind == PidKind::PES) return handle_pes_packet(context, route.slot, packet);
     return handle_section(context, route.kind, packet);
 }
@@ -148,8 +153,11 @@ int run_packet_loop(TsDemuxContext& context, FileReader& reader) {
     return status | flush_all(context);
 }
 
-void report_losses(const std::string& path, const PesStream& stream) {
+void report_losses(const std::string& path, const PesStream& stream, uint32_t early_units) {
     const PesLosses& losses = stream.losses;
+    if (early_units > 0)
+        report_reason(path, "PID %u: %" PRIu32 " PES packets in front of the program tables: not read", stream.pid,
+                      early_units);
     if (losses.bytes > 0)
         report_reason(
             path, "PID %u: %" PRIu64 " bytes are in no PES packet, or behind the %u bytes that one may hold: not read",
@@ -168,15 +176,19 @@ void report_losses(const std::string& path, const PesStream& stream) {
 // What a segment without a finding holds and nobody has looked at.
 void report_unread(const TsDemuxContext& context, int status) {
     const std::string& path = context.psi.path;
-    for (size_t slot = 0; slot < context.stream_table.audio_count; ++slot) report_losses(path, context.pes[slot]);
-    if (context.video_pid) report_losses(path, context.pes[TS_VIDEO_SLOT]);
+    const auto report_slot = [&](size_t slot) {
+        const PesStream& stream = context.pes[slot];
+        report_losses(path, stream, context.routes[stream.pid].early_units);
+    };
+    for (size_t slot = 0; slot < context.stream_table.audio_count; ++slot) report_slot(slot);
+    if (context.video_pid) report_slot(TS_VIDEO_SLOT);
     if (status != 0 || context.stream_table.audio_count > 0 || context.video_pid) return;
     if (context.psi.pat.entries.empty())
         report_reason(path, "no program association table lists a program: nothing is checked");
     else if (context.psi.programs.empty())
         report_reason(path, "no program map table is complete: nothing is checked");
     else
-        report_reason(path, "the program has no audio or video stream that is followed: nothing is checked");
+        report_reason(path, "no stream of the program is followed: beyond its tables nothing is checked");
 }
 
 int report_read_error(const FileReader& reader) {

@@ -13,9 +13,18 @@
 
 #include "bits/file_reader.h"
 
-// A place for the files of a test that no other run of the tests uses.
+// A place for the files of a test that no other run of the tests uses; gone when the test program ends.
 inline std::string scratch_path(const std::string& name) {
-    return testing::TempDir() + "quorlin_" + std::to_string(getpid()) + "_" + name;
+    struct Scratch {
+        std::string path = testing::TempDir() + "quorlin_" + std::to_string(getpid());
+        Scratch() { std::filesystem::create_directories(path); }
+        ~Scratch() {
+            std::error_code error;
+            std::filesystem::remove_all(path, error);
+        }
+    };
+    static const Scratch scratch;
+    return scratch.path + "/" + name;
 }
 
 // A started reader on `bytes`, which must stay, as on a file at `path`.
