@@ -221,10 +221,12 @@ def run_locked(settings: Settings, assets: list[str], problems: list[str],
                     shows_progress(options))
     finished = run_jobs(engine, settings, assets, to_do) if to_do else True
     summary = summarize(settings, assets, to_do, problems, time.monotonic() - started, not finished)
-    print_lines(summary_lines(summary))  # first: the disk may be full
-    store_summary(summary, os.path.join(settings.reports, "summary.json"))
-    store_junit(summary, os.path.join(settings.reports, "junit.xml"))
-    store_page(summary, os.path.join(settings.reports, "index.html"))
+    try:
+        print_lines(summary_lines(summary))
+    finally:  # the disk that one of them goes to may be full
+        store_summary(summary, os.path.join(settings.reports, "summary.json"))
+        store_junit(summary, os.path.join(settings.reports, "junit.xml"))
+        store_page(summary, os.path.join(settings.reports, "index.html"))
     print_lines(["The page to read: " + os.path.join(options.output, "index.html")])
     return summary["exit_code"]
 
@@ -247,6 +249,8 @@ def say(options: argparse.Namespace, text: str) -> None:
 
 
 def main(arguments: list[str]) -> int:
+    sys.stdout = sys.stdout or open(os.devnull, "w", encoding="utf-8")  # closed at the start
+    sys.stderr = sys.stderr or open(os.devnull, "w", encoding="utf-8")
     sys.stdout.reconfigure(errors="backslashreplace")
     try:
         return run_batch(command_line().parse_args(arguments))
