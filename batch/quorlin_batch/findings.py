@@ -12,6 +12,7 @@ from .text import printable
 MAX_LINE = 10000  # bytes read of a line: more than two of the longest paths
 MAX_TEXT = 1000  # characters kept of a text
 MAX_TEXTS = 500  # different texts kept of an asset
+MAX_NOTES = 100  # with that many texts no further note is kept: they leave room for findings
 MAX_ALIKE = 50  # of these, texts that differ in numbers only
 VERDICT = "validation result: "
 SEPARATOR = "-" * 48
@@ -73,7 +74,8 @@ class Output:
         key = (level, text)
         if key not in self.texts:
             form = NUMBER.sub("N", text)
-            if len(self.texts) >= MAX_TEXTS or self.alike[form] >= MAX_ALIKE:
+            room = MAX_NOTES if level == "note" else MAX_TEXTS
+            if len(self.texts) >= room or self.alike[form] >= MAX_ALIKE:
                 self.more += level != "note"
                 return
             self.alike[form] += 1
@@ -82,9 +84,10 @@ class Output:
             self.places.setdefault(key, place)
 
     def findings(self) -> list[dict]:
-        """As they are stored: level, count, text and, for reasons, the first place."""
+        """As they are stored, notes last: level, count, text and, for reasons, the first place."""
         stored = []
-        for (level, text), count in self.texts.items():
+        notes_last = sorted(self.texts.items(), key=lambda item: item[0][0] == "note")
+        for (level, text), count in notes_last:
             stored.append({"level": level, "count": count, "text": text})
             if (level, text) in self.places:
                 stored[-1]["place"] = self.places[level, text]

@@ -91,15 +91,16 @@ class Verdicts(BatchTest):
         finding = r"printf 'ERROR: tag \001 \033[1m \377 ]]> </script>\n'"
         others = ("for i in $(seq 600); do "
                   "echo ERROR: $i; echo ERROR: m$i; echo '  s (pts:1)'; done; ")
-        self.asset("many", f"for i in $(seq 3000); do {finding}; done; {others}" + FAILED)
+        notes = "for i in $(seq 600); do echo n$i; done; "
+        self.asset("many", f"for i in $(seq 3000); do {finding}; done; {notes}{others}" + FAILED)
         self.assertEqual(self.batch().returncode, 1)
         record = self.records()["many"]
         text = r"ERROR: tag \x01 \x1b[1m \xff ]]> </script>"
         self.assertEqual(record["findings"][0], {"level": "error", "count": 3000, "text": text})
         folder = self.reports / unquote_to_bytes(record["report"]).decode()
         stored = json.loads((folder / "result.json").read_text())
-        self.assertEqual((len(stored["findings"]), stored["more_findings"]), (500, 550 + 151 + 1))
-        self.assertEqual((len(record["findings"]), record["more_findings"]), (100, 702 + 400))
+        self.assertEqual((len(stored["findings"]), stored["more_findings"]), (500, 550 + 250 + 1))
+        self.assertEqual((len(record["findings"]), record["more_findings"]), (100, 801 + 301))
         case = ElementTree.parse(self.reports / "junit.xml").find(".//failure")
         self.assertEqual(case.text.split("\n")[0], f"3000 x {text}")
         self.assertNotIn(b"]]> </script>", (self.reports / "index.html").read_bytes())
@@ -253,6 +254,18 @@ class Again(BatchTest):
         (self.catalogue / "go").touch()
         self.assertEqual(self.batch().returncode, 0)
         self.assertEqual(self.summary()["totals"]["passed"], 3)
+
+    def test_killed(self) -> None:
+        for name in "ab":
+            self.asset(name, "until [ -e ../go ]; do sleep 0.1; done; " + PASSED)
+        process = subprocess.Popen(self.command(self.catalogue, "-j1"))
+        self.wait_until(self.runs)
+        process.kill()
+        process.wait()
+        self.assertEqual(self.batch().returncode, 64)  # GNU parallel is still at work
+        (self.catalogue / "go").touch()
+        self.wait_until(lambda: self.batch().returncode == 0)
+        self.check_runs(self.batch(), a=1, b=1)
 
     def test_nohup(self) -> None:
         for name in "abc":

@@ -63,6 +63,8 @@ class Page(BatchTest):
             "ERROR: Bad PTS N")
         self.assertEqual(self.browser.evaluate(ROWS), ["bad/list.m3u8"])
 
+        self.open("#finding=ERROR:+Bad+PTS+N")
+        self.assertEqual(self.browser.evaluate(ROWS), ["bad/list.m3u8"])
         self.open("#q=sync&state=failed,passed")
         self.assertEqual(self.browser.evaluate("document.getElementById('shown').textContent"),
                          "2 of 5 assets")
