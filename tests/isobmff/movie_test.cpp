@@ -114,7 +114,7 @@ TEST(Movie, VideoConfigurations) {
     std::vector<SegmentCase> cases = {entry_case("PIFF form", visual_entry("avc1", {box("avcC", {piff})})),
                                       cut("hvc1", hevc, hevc.size())};
     // Inside the PPS, SPS, SEI and VPS.
-    for (const size_t size : {58, 48, 42, 36}) cases.push_back(cut("hvc1", hevc, size));
+    for (const size_t size : {58u, 48u, 42u, 36u}) cases.push_back(cut("hvc1", hevc, size));
     for (size_t size = 8; size <= avc.size(); ++size) cases.push_back(cut("avc1", avc, size));
     expect_golden_movies("golden/video_configurations.txt", cases);
 }
