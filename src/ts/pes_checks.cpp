@@ -24,6 +24,13 @@ const StreamDescriptor* select_descriptor(const EsRecord& es) {
     return nullptr;
 }
 
+// The stream of a program by its PID, the first of several; or null.
+const EsRecord* find_stream(const ProgramRecord& program, uint16_t pid) {
+    for (const EsRecord& es : program.streams)
+        if (es.elementary_PID == pid) return &es;
+    return nullptr;
+}
+
 int check_by_descriptors(const EsRecord& es, const PesCheckInput& pes, const TsStreamTable& table,
                          const PlaylistAttributes* attrs) {
     const StreamDescriptor* descriptor = select_descriptor(es);
@@ -43,21 +50,18 @@ int check_by_descriptors(const EsRecord& es, const PesCheckInput& pes, const TsS
 }  // namespace
 
 bool has_audio_check(uint16_t pid, const std::vector<ProgramRecord>& programs) {
-    for (const ProgramRecord& program : programs)
-        for (const EsRecord& es : program.streams)
-            if (es.elementary_PID == pid &&
-                (es.stream_type == STREAM_TYPE_ATSC_EAC3 || select_descriptor(es) != nullptr))
-                return true;
-    return false;
+    return std::any_of(programs.begin(), programs.end(), [pid](const ProgramRecord& program) {
+        const EsRecord* es = find_stream(program, pid);
+        return es != nullptr && (es->stream_type == STREAM_TYPE_ATSC_EAC3 || select_descriptor(*es) != nullptr);
+    });
 }
 
 int check_audio_pes(const PesCheckInput& pes, const std::vector<ProgramRecord>& programs, const TsStreamTable& table,
                     const PlaylistAttributes* attrs) {
     int status = 0;
     for (const ProgramRecord& program : programs) {
-        const auto has_pid = [&](const EsRecord& es) { return es.elementary_PID == pes.stream.pid; };
-        const auto es = std::find_if(program.streams.begin(), program.streams.end(), has_pid);
-        if (es != program.streams.end()) status |= check_by_descriptors(*es, pes, table, attrs);
+        const EsRecord* es = find_stream(program, pes.stream.pid);
+        if (es != nullptr) status |= check_by_descriptors(*es, pes, table, attrs);
     }
     return status;
 }
