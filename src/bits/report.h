@@ -2,6 +2,22 @@
 
 #include <string>
 
-// Writes "quorlin: <path>: <reason>" and a line end to standard error, behind everything that standard output holds so
-// far: the visible reason of a failure for which standard output has no text.
+// What a reason on standard error means for the run.
+enum class ReasonEffect {
+    REMARK,             // nothing: it helps to understand the rest
+    UNVALIDATED,        // something was left out, the verdict is that of the rest
+    FAILS,              // the verdict fails and no finding says so
+    FAILS_UNVALIDATED,  // both
+};
+
+// Writes "quorlin: <path>: <reason>" and a line end to standard error, after everything that standard output holds so
+// far: the visible reason of a failure or an omission for which standard output has no text. The id is kept as those of
+// findings are, and begins with "reason-".
+__attribute__((format(printf, 4, 5))) void report_reason(ReasonEffect effect, const char* id, const std::string& path,
+                                                         const char* format, ...);
+
+// Being replaced by the function above.
 __attribute__((format(printf, 2, 3))) void report_reason(const std::string& path, const char* format, ...);
+
+// Gives a block of the analyzer on standard error, which has a form of its own, to the recorder, if there is one.
+void record_analyzer_message(ReasonEffect effect, const char* id, const char* message);
