@@ -1,0 +1,17 @@
+#pragma once
+
+#include "bits/recorder.h"
+
+// The events of a run as JSON Lines on standard output, by docs/events.schema.json.
+
+// Version of the schema: it grows with what is added, and nothing is ever taken away.
+constexpr int EVENT_SCHEMA_VERSION = 1;
+
+// Writes the first event. `input` is null when the command line names none.
+void write_start(const char* version, const char* input);
+
+// The recorder that writes every event behind it.
+const Recorder& event_recorder();
+
+// Writes the last event of a run without a verdict, unless a verdict was written.
+void write_end(int exit_code);

@@ -1,0 +1,6 @@
+#pragma once
+
+#include <string_view>
+
+// The text of docs/findings.md, made a source when the program is built.
+extern const std::string_view FINDINGS_PAGE;
