@@ -138,10 +138,9 @@ void parse_group_counts(Ac4TocParser& parser, ac4_presentation_v1_info& presenta
     }
 }
 
-// The part of ac4_presentation_v1_info that a presentation of EMDF substreams alone does not have.
+// What follows mdcompat in ac4_presentation_v1_info, unless the presentation consists of EMDF substreams alone.
 void parse_presentation_v1_body(Ac4TocParser& parser, ac4_presentation_v1_info& presentation) {
     BitReader& reader = parser.reader;
-    if (parser.toc.bitstream_version != 1) presentation.mdcompat = read_u8(reader, 3);
     presentation.b_presentation_id = read_u8(reader, 1);
     if (presentation.b_presentation_id != 0) presentation.presentation_id = read_variable_bits(reader, 2);
     presentation.frame_rate_factor = parse_frame_rate_multiply_info(parser);
@@ -177,10 +176,9 @@ void parse_presentation_substreams(Ac4TocParser& parser, ac4_presentation_info& 
     }
 }
 
-// The part of ac4_presentation_info that a presentation of EMDF substreams alone does not have.
+// What follows mdcompat in ac4_presentation_info, unless the presentation consists of EMDF substreams alone.
 void parse_presentation_body(Ac4TocParser& parser, ac4_presentation_info& presentation) {
     BitReader& reader = parser.reader;
-    presentation.mdcompat = read_u8(reader, 3);
     presentation.b_presentation_id = read_u8(reader, 1);
     if (presentation.b_presentation_id != 0) presentation.presentation_id = read_variable_bits(reader, 2);
     presentation.frame_rate_factor = parse_frame_rate_multiply_info(parser);
@@ -193,6 +191,11 @@ void parse_presentation_body(Ac4TocParser& parser, ac4_presentation_info& presen
     presentation.b_add_emdf_substreams = read_u8(reader, 1);
 }
 
+// Called where mdcompat of a presentation is known; only the first one counts.
+void mark_mdcompat(Ac4TocParser& parser) {
+    if (!parser.first_mdcompat_end) parser.first_mdcompat_end = parser.reader.position;
+}
+
 }  // namespace
 
 void parse_presentation_info(Ac4TocParser& parser, ac4_presentation_info& presentation) {
@@ -200,7 +203,11 @@ void parse_presentation_info(Ac4TocParser& parser, ac4_presentation_info& presen
     presentation.b_single_substream = read_u8(reader, 1);
     if (presentation.b_single_substream == 0) presentation.presentation_config = read_escaped(reader, 3, 2);
     presentation.presentation_version = read_unary(reader);
-    if (presentation.b_single_substream == 0 && presentation.presentation_config == AC4_CONFIG_EMDF_ONLY) {
+    const bool emdf_only =
+        presentation.b_single_substream == 0 && presentation.presentation_config == AC4_CONFIG_EMDF_ONLY;
+    if (!emdf_only) presentation.mdcompat = read_u8(reader, 3);
+    mark_mdcompat(parser);
+    if (emdf_only) {
         presentation.b_add_emdf_substreams = 1;
     } else {
         parse_presentation_body(parser, presentation);
@@ -211,11 +218,16 @@ void parse_presentation_info(Ac4TocParser& parser, ac4_presentation_info& presen
 
 void parse_presentation_v1_info(Ac4TocParser& parser, ac4_presentation_v1_info& presentation) {
     BitReader& reader = parser.reader;
+    const bool nested = parser.toc.bitstream_version == 1;
     presentation.b_single_substream_group = read_u8(reader, 1);
     if (presentation.b_single_substream_group == 0) presentation.presentation_config = read_escaped(reader, 3, 2);
-    if (parser.toc.bitstream_version != 1) presentation.presentation_version = read_unary(reader);
+    if (!nested) presentation.presentation_version = read_unary(reader);
+    const bool emdf_only =
+        presentation.b_single_substream_group == 0 && presentation.presentation_config == AC4_CONFIG_EMDF_ONLY;
+    if (!emdf_only && !nested) presentation.mdcompat = read_u8(reader, 3);
+    mark_mdcompat(parser);
     presentation.first_group_index = static_cast<uint32_t>(parser.toc.group_indices.size());
-    if (presentation.b_single_substream_group == 0 && presentation.presentation_config == AC4_CONFIG_EMDF_ONLY) {
+    if (emdf_only) {
         presentation.b_add_emdf_substreams = 1;
     } else {
         parse_presentation_v1_body(parser, presentation);

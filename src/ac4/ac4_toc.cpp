@@ -96,23 +96,43 @@ void parse_substream_groups(Ac4TocParser& parser) {
         parse_substream_group_info(parser, toc.substream_groups.emplace_back());
 }
 
+std::span<const uint8_t> countable(std::span<const uint8_t> frame) {
+    return frame.first(std::min(frame.size(), MAX_FRAME_BYTES));
+}
+
+// Reads the whole table. Returns the bit position after mdcompat of the first presentation, or where the presentations
+// would begin when there is none.
+uint32_t parse_toc(Ac4TocParser& parser) {
+    const uint32_t start = parser.reader.position;
+    parse_toc_header(parser);
+    if (parser.toc.bitstream_version > 1) parse_program_id(parser);
+    parse_presentations(parser);
+    const uint32_t head_end = parser.first_mdcompat_end.value_or(parser.reader.position);
+    parse_substream_groups(parser);
+    skip_substream_index_table(parser);
+    align(parser.reader, start);
+    return head_end;
+}
+
 }  // namespace
 
 int32_t ac4_toc_parse(std::span<const uint8_t> buffer, uint32_t& position, ac4_toc& toc) {
     clear_toc(toc);
-    Ac4TocParser parser{.reader = {buffer.first(std::min(buffer.size(), MAX_FRAME_BYTES)), position}, .toc = toc};
-    parse_toc_header(parser);
-    if (toc.bitstream_version > 1) parse_program_id(parser);
-    parse_presentations(parser);
-    parse_substream_groups(parser);
-    skip_substream_index_table(parser);
-    align(parser.reader, position);
+    Ac4TocParser parser{.reader = {countable(buffer), position}, .toc = toc};
+    parse_toc(parser);
     position = parser.reader.position;
     if (stopped(parser)) return -1;
     for (ac4_presentation_v1_info& presentation : toc.presentations_v1) {
         ac4_derive_presentation(presentation, ac4_group_indices(toc, presentation), toc.substream_groups);
     }
     return 0;
+}
+
+int32_t ac4_toc_parse_head(std::span<const uint8_t> buffer, ac4_toc& toc) {
+    clear_toc(toc);
+    Ac4TocParser parser{.reader = {.bytes = countable(buffer)}, .toc = toc};
+    const uint32_t head_end = parse_toc(parser);
+    return parser.too_many || bits_overrun(head_end, parser.reader.bytes) ? -1 : 0;
 }
 
 std::span<const uint16_t> ac4_group_indices(const ac4_toc& toc, const ac4_presentation_v1_info& presentation) {

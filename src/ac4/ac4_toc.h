@@ -198,6 +198,12 @@ struct ac4_toc {
 // be used. Nothing is printed.
 [[nodiscard]] int32_t ac4_toc_parse(std::span<const uint8_t> buffer, uint32_t& position, ac4_toc& toc);
 
+// Parses the table of contents at the start of a raw frame of which only the beginning may be there: bits past the end
+// of `buffer` are zero. Returns 0 when the fields before the presentations and mdcompat of the first presentation lie
+// inside and no count is above AC4_MAX_ELEMENTS, else -1. After 0 those fields, ac4_toc_mdcompat and
+// ac4_toc_codec_string hold and nothing else of the record does, since the table may be cut. Nothing is printed.
+[[nodiscard]] int32_t ac4_toc_parse_head(std::span<const uint8_t> buffer, ac4_toc& toc);
+
 // The indices of the groups that a presentation names, in the order of its specifiers.
 std::span<const uint16_t> ac4_group_indices(const ac4_toc& toc, const ac4_presentation_v1_info& presentation);
 
