@@ -1,7 +1,7 @@
 #include "ztpinfo/bsid_dd.h"
 
+#include "ztpinfo/messages.h"
 #include "ztpinfo/word_cursor.h"
-#include "ztpinfo/zit_fio.h"
 
 namespace {
 
@@ -73,7 +73,7 @@ int unpack_ac3_bsi(std::span<const uint16_t> words, Ac3Bsi& bsi) {
     bsi = {};
     bsi.syncword = cursor.read(16);
     if (bsi.syncword != FRAME_SYNCWORD) {
-        report_fatal("Invalid synchronization word", SOURCE, __LINE__);
+        report_fatal("ztp-fatal-sync-word", "Invalid synchronization word", SOURCE, __LINE__);
         return FRAME_BAD_SYNC;
     }
     bsi.crc1 = cursor.read(16);
@@ -81,7 +81,7 @@ int unpack_ac3_bsi(std::span<const uint16_t> words, Ac3Bsi& bsi) {
     bsi.frmsizecod = cursor.read(6);
     bsi.bsid = cursor.read(5);
     if (!is_ac3_bsid(bsi.bsid)) {
-        report_fatal("Unsupported bitstream id", SOURCE, __LINE__);
+        report_fatal("ztp-fatal-bsid", "Unsupported bitstream id", SOURCE, __LINE__);
         return FRAME_BAD_BSID;
     }
     bsi.bsmod = cursor.read(3);

@@ -1,8 +1,8 @@
 #include "ztpinfo/bsid_ztp.h"
 
 #include "ztpinfo/bsid_dd.h"
+#include "ztpinfo/messages.h"
 #include "ztpinfo/word_cursor.h"
-#include "ztpinfo/zit_fio.h"
 
 namespace {
 
@@ -153,7 +153,7 @@ void read_conversion_fields(WordCursor& cursor, Eac3Bsi& bsi) {
 int read_start(WordCursor& cursor, Eac3Bsi& bsi) {
     bsi.syncword = cursor.read(16);
     if (bsi.syncword != FRAME_SYNCWORD) {
-        report_fatal("Invalid synchronization word", SOURCE, __LINE__);
+        report_fatal("ztp-fatal-sync-word", "Invalid synchronization word", SOURCE, __LINE__);
         return FRAME_BAD_SYNC;
     }
     bsi.strmtyp = cursor.read(2);
@@ -162,7 +162,7 @@ int read_start(WordCursor& cursor, Eac3Bsi& bsi) {
     bsi.fscod = cursor.read(2);
     if (bsi.fscod == 3) {
         // The reduced sample rates (fscod2) are refused, deliberately.
-        report_fatal("Half sample rate unsupported", SOURCE, __LINE__);
+        report_fatal("ztp-fatal-half-rate", "Half sample rate unsupported", SOURCE, __LINE__);
         return FRAME_HALF_RATE;
     }
     bsi.numblkscod = cursor.read(2);
@@ -170,7 +170,7 @@ int read_start(WordCursor& cursor, Eac3Bsi& bsi) {
     bsi.lfeon = cursor.read(1);
     bsi.bsid = cursor.read(5);
     if (!is_eac3_bsid(bsi.bsid)) {
-        report_fatal("Unsupported bitstream id", SOURCE, __LINE__);
+        report_fatal("ztp-fatal-bsid", "Unsupported bitstream id", SOURCE, __LINE__);
         return FRAME_BAD_BSID;
     }
     return 0;
@@ -180,13 +180,13 @@ int unpack_ac3_frame_words(WordCursor& cursor, uint32_t& frame_words) {
     cursor.skip(32);  // syncword, crc1
     const uint32_t fscod = cursor.read(2);
     if (fscod == 3) {
-        report_fatal("Invalid sampling rate code", SOURCE, __LINE__);
+        report_fatal("ztp-fatal-sample-rate", "Invalid sampling rate code", SOURCE, __LINE__);
         return FRAME_BAD_SAMPLE_RATE;
     }
     const uint32_t frmsizecod = cursor.read(6);
     frame_words = ac3_frame_words(fscod, frmsizecod);
     if (frame_words == 0) {
-        report_fatal("Invalid frame size code", SOURCE, __LINE__);
+        report_fatal("ztp-fatal-frame-size", "Invalid frame size code", SOURCE, __LINE__);
         return FRAME_BAD_SIZE;
     }
     return 0;
@@ -205,7 +205,7 @@ int unpack_frame_words(std::span<const uint16_t> words, uint32_t& frame_words) {
     WordCursor cursor{words};
     if (is_ac3_bsid(bsid)) return unpack_ac3_frame_words(cursor, frame_words);
     if (!is_eac3_bsid(bsid)) {
-        report_fatal("Unsupported bitstream id", SOURCE, __LINE__);
+        report_fatal("ztp-fatal-bsid", "Unsupported bitstream id", SOURCE, __LINE__);
         return FRAME_BAD_BSID;
     }
     cursor.skip(21);  // syncword, strmtyp, substreamid

@@ -3,8 +3,8 @@
 #include "ztpinfo/bsid_dd.h"
 #include "ztpinfo/bsid_ztp.h"
 #include "ztpinfo/crc16.h"
+#include "ztpinfo/messages.h"
 #include "ztpinfo/word_cursor.h"
-#include "ztpinfo/zit_fio.h"
 
 namespace {
 
@@ -84,7 +84,7 @@ uint16_t ztpinfo_acmod_locations(uint32_t acmod) {
 
 int unpack_frame(std::span<const uint16_t> words, ZtpFrameInfo& frame) {
     if (words.size() < FRAME_HEADER_WORDS) {
-        report_fatal("Insufficient data in input frame buffer", SOURCE, __LINE__);
+        report_fatal("ztp-fatal-short-frame", "Insufficient data in input frame buffer", SOURCE, __LINE__);
         return FRAME_SHORT;
     }
     const uint32_t bsid = words[2] >> 3 & 31u;

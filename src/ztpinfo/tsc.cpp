@@ -2,8 +2,8 @@
 
 #include <bit>
 
+#include "ztpinfo/messages.h"
 #include "ztpinfo/tsc_rules.h"
-#include "ztpinfo/zit_fio.h"
 
 namespace {
 
@@ -11,14 +11,28 @@ constexpr const char* SOURCE = "tsc";
 
 using SubstreamRules = void(ComplianceFlags& compliance, const ZtpFrameInfo& frame);
 
+// Adds what was found in the frame at `place` to the flags of its timeslice.
+void add_flags(TimesliceRecord& timeslice, const ComplianceFlags& found, const Place& place, RuleLog& log) {
+    timeslice.compliance.failures |= found.failures;
+    timeslice.compliance.warnings |= found.warnings;
+    if (log.kept) log_broken_rules(log, found, place);
+}
+
+void check_substream(TimesliceRecord& timeslice, const ZtpSubstreamRecord& substream, SubstreamRules& rules,
+                     RuleLog& log) {
+    ComplianceFlags found;
+    rules(found, substream.frame);
+    add_flags(timeslice, found, substream.place, log);
+}
+
 // The rule sets for secondary audio cover independent substreams only.
-void check_each_substream(TimesliceRecord& timeslice, SubstreamRules& rules, bool with_dependent) {
+void check_each_substream(TimesliceRecord& timeslice, SubstreamRules& rules, bool with_dependent, RuleLog& log) {
     for (const ZtpProgramRecord& program : timeslice.programs) {
         if (!program.independent.present) continue;
-        rules(timeslice.compliance, program.independent.frame);
+        check_substream(timeslice, program.independent, rules, log);
         if (!with_dependent || program.num_dep_substreams == 0) continue;
         for (const ZtpSubstreamRecord& dependent : program.dependent)
-            if (dependent.present) rules(timeslice.compliance, dependent.frame);
+            if (dependent.present) check_substream(timeslice, dependent, rules, log);
     }
 }
 
@@ -29,50 +43,56 @@ const ZtpFrameInfo& frame_or_cleared(const ZtpSubstreamRecord& substream) {
 
 }  // namespace
 
-int check_substreams(TimesliceRecord& timeslice, uint16_t rule_set) {
+int check_substreams(TimesliceRecord& timeslice, uint16_t rule_set, RuleLog& log) {
     timeslice.compliance = {};
     switch (rule_set) {
         case ZTP_RULES_NONE:
             return 0;
         case ZTP_RULES_GENERIC:
-            check_each_substream(timeslice, check_generic_substream, true);
+            check_each_substream(timeslice, check_generic_substream, true, log);
             return 0;
         case ZTP_RULES_BLU_RAY_PRIMARY:
-            check_each_substream(timeslice, check_blu_ray_primary_substream, true);
+            check_each_substream(timeslice, check_blu_ray_primary_substream, true, log);
             return 0;
         case ZTP_RULES_HD_DVD_SECONDARY:
-            check_each_substream(timeslice, check_hd_dvd_secondary_substream, false);
+            check_each_substream(timeslice, check_hd_dvd_secondary_substream, false, log);
             return 0;
         case ZTP_RULES_BLU_RAY_SECONDARY:
-            check_each_substream(timeslice, check_blu_ray_secondary_substream, false);
+            check_each_substream(timeslice, check_blu_ray_secondary_substream, false, log);
             return 0;
         default:
-            report_fatal("Unknown compliance mode requested", SOURCE, __LINE__);
+            report_fatal("ztp-fatal-rule-set", "Unknown compliance mode requested", SOURCE, __LINE__);
             return COMPLIANCE_UNKNOWN_MODE;
     }
 }
 
-void check_programs(TimesliceRecord& timeslice, const TimesliceRecord& previous, uint16_t rule_set) {
+// What is wrong with a program has the place of its first frame.
+void check_programs(TimesliceRecord& timeslice, const TimesliceRecord& previous, uint16_t rule_set, RuleLog& log) {
+    ComplianceFlags found;
     switch (rule_set) {
         case ZTP_RULES_GENERIC:
-            check_generic_programs(timeslice.compliance, timeslice, previous);
+            check_generic_programs(found, timeslice, previous);
             break;
         case ZTP_RULES_BLU_RAY_PRIMARY:
-            check_blu_ray_primary_programs(timeslice.compliance, timeslice, previous);
+            check_blu_ray_primary_programs(found, timeslice, previous);
             break;
         case ZTP_RULES_HD_DVD_SECONDARY:
-            check_hd_dvd_secondary_programs(timeslice.compliance, timeslice, previous);
+            check_hd_dvd_secondary_programs(found, timeslice, previous);
             break;
         case ZTP_RULES_BLU_RAY_SECONDARY:
-            check_blu_ray_secondary_programs(timeslice.compliance, timeslice, previous);
+            check_blu_ray_secondary_programs(found, timeslice, previous);
             break;
         default:
             break;
     }
+    add_flags(timeslice, found, timeslice.programs[0].independent.place, log);
 }
 
-void check_end_of_data(TimesliceRecord& timeslice, uint16_t rule_set) {
-    if (rule_set == ZTP_RULES_GENERIC) check_generic_end_of_data(timeslice.compliance, timeslice);
+void check_end_of_data(TimesliceRecord& timeslice, uint16_t rule_set, RuleLog& log) {
+    if (rule_set != ZTP_RULES_GENERIC) return;
+    ComplianceFlags found;
+    check_generic_end_of_data(found, timeslice);
+    add_flags(timeslice, found, timeslice.programs[0].independent.place, log);
 }
 
 ProgramPair pair_first_programs(const TimesliceRecord& timeslice, const TimesliceRecord& previous) {

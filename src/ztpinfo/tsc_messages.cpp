@@ -1,7 +1,9 @@
 #include "ztpinfo/tsc_messages.h"
 
 #include <array>
-#include <cstdio>
+
+#include "bits/finding.h"
+#include "ztpinfo/ztpinfo.h"
 
 namespace {
 
@@ -170,12 +172,40 @@ constexpr std::array<const char*, COMPLIANCE_NUMBERS - FIRST_MESSAGE> MESSAGES =
 };
 static_assert(MESSAGES.back() != nullptr, "a row is missing: every number behind it is off");
 
+// "ztp-051" and so on, by number.
+using RuleId = std::array<char, 8>;
+
+constexpr std::array<RuleId, COMPLIANCE_NUMBERS> make_ids() {
+    std::array<RuleId, COMPLIANCE_NUMBERS> ids{};
+    const auto digit = [](uint32_t value) { return static_cast<char>('0' + value % 10); };
+    for (uint32_t i = 0; i < COMPLIANCE_NUMBERS; ++i)
+        ids[i] = {'z', 't', 'p', '-', digit(i / 100), digit(i / 10), digit(i), '\0'};
+    return ids;
+}
+
+constexpr std::array<RuleId, COMPLIANCE_NUMBERS> IDS = make_ids();
+
+// What a call returns follows from the flags, not from what is listed.
+void print_rule(uint32_t number, bool fails) {
+    constexpr const char* FORMAT = "    %03u - %s\n";
+    const char* id = IDS[number].data();
+    const char* message = MESSAGES[number - FIRST_MESSAGE];
+    if (fails)
+        static_cast<void>(fail(ZTP_FAILURES, id, FORMAT, number, message));
+    else
+        note(id, FORMAT, number, message);
+}
+
 }  // namespace
 
-void print_compliance_list(const ComplianceFlags& compliance, bool with_warnings) {
+void print_compliance_list(const ComplianceFlags& compliance, bool with_warnings, RuleLog& log) {
     std::bitset<COMPLIANCE_NUMBERS> listed = compliance.failures;
     if (with_warnings) listed |= compliance.warnings;
     if (listed.none()) return;
-    for (uint32_t i = FIRST_MESSAGE; i < COMPLIANCE_NUMBERS; ++i)
-        if (listed[i]) std::printf("    %03u - %s\n", i, MESSAGES[i - FIRST_MESSAGE]);
+    const PlaceScope scope;
+    for (uint32_t i = FIRST_MESSAGE; i < COMPLIANCE_NUMBERS; ++i) {
+        if (!listed[i]) continue;
+        if (log.kept) current_place = place_of_listed_rule(log, i).place;
+        print_rule(i, compliance.failures[i]);
+    }
 }

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "ztpinfo/tsi.h"
+#include "ztpinfo/rule_log.h"
 
 // Prints the list of the findings that are failures, and of the warnings too when they are wanted, by number and text.
-void print_compliance_list(const ComplianceFlags& compliance, bool with_warnings);
+// Each has its place in `log`.
+void print_compliance_list(const ComplianceFlags& compliance, bool with_warnings, RuleLog& log);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ztpinfo/tsi.h"
+#include "ztpinfo/timeslice.h"
 
 // What the rule sets share. A rule is one line: its condition and the number of its message.
 

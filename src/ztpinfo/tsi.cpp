@@ -1,8 +1,8 @@
 #include "ztpinfo/tsi.h"
 
+#include "ztpinfo/messages.h"
 #include "ztpinfo/tsc.h"
 #include "ztpinfo/tsi_compare.h"
-#include "ztpinfo/zit_fio.h"
 
 namespace {
 
@@ -98,56 +98,46 @@ void count_timeslice(TimesliceAccumulator& accumulator) {
     clear_record(current_record(accumulator));
 }
 
-int close_timeslice(TimesliceAccumulator& accumulator, uint16_t rule_set, TimesliceEvent& event) {
-    TimesliceRecord& record = current_record(accumulator);
-    const bool first = accumulator.totals.timeslices == 0;
-    event = TimesliceEvent::COMPLETED_UNCHANGED;
-    if (first || !same_timeslice(record, last_completed(accumulator))) {
-        event = TimesliceEvent::COMPLETED_CHANGED;
-        summarise_programs(record);
-        const int status = check_substreams(record, rule_set);
-        if (status != 0) return status;
-        // The first timeslice is compared with itself: only rules that look at one timeslice can fail.
-        check_programs(record, first ? record : last_completed(accumulator), rule_set);
-        keep_current(accumulator);
-    }
-    count_timeslice(accumulator);
-    return 0;
-}
-
 // The slot of an independent frame in `record`, or null after a fatal block.
 ZtpSubstreamRecord* independent_slot(TimesliceRecord& record, uint32_t number) {
     if (record.programs[number].independent.present) {
-        report_fatal("Invalid bitstream detected.  Multiple independent frames exist for the same program.", SOURCE,
+        report_fatal("ztp-fatal-independent-twice",
+                     "Invalid bitstream detected.  Multiple independent frames exist for the same program.", SOURCE,
                      __LINE__);
         return nullptr;
     }
     if (number > 0 && !record.programs[0].independent.present) {
-        report_fatal("Invalid bitstream detected.  First independent frame is not I0.", SOURCE, __LINE__);
+        report_fatal("ztp-fatal-first-not-i0", "Invalid bitstream detected.  First independent frame is not I0.",
+                     SOURCE, __LINE__);
         return nullptr;
     }
     if (number > 0 && !record.programs[number - 1].independent.present)
-        report_warning("Invalid bitstream detected.  Indpendent frames are out of order.");
+        report_warning("ztp-warning-independent-order",
+                       "Invalid bitstream detected.  Indpendent frames are out of order.");
     return &record.programs[number].independent;
 }
 
 // The slot of a dependent frame in `program`, or null after a fatal block.
 ZtpSubstreamRecord* dependent_slot(const TimesliceRecord& record, ZtpProgramRecord& program, uint32_t number) {
     if (program.dependent[number].present) {
-        report_fatal("Invalid bitstream detected.  Multiple dependent frames exist with same substream ID.", SOURCE,
+        report_fatal("ztp-fatal-dependent-twice",
+                     "Invalid bitstream detected.  Multiple dependent frames exist with same substream ID.", SOURCE,
                      __LINE__);
         return nullptr;
     }
     if (!record.programs[0].independent.present)
-        report_warning("Invalid bitstream detected.  No I0 frame detected for dependent frame.");
+        report_warning("ztp-warning-dependent-without-i0",
+                       "Invalid bitstream detected.  No I0 frame detected for dependent frame.");
     if (number > 0 && !program.dependent[number - 1].present)
-        report_warning("Invalid bitstream detected.  Dependent frames are out of order.");
+        report_warning("ztp-warning-dependent-order",
+                       "Invalid bitstream detected.  Dependent frames are out of order.");
     return &program.dependent[number];
 }
 
 void store_frame(TimesliceAccumulator& accumulator, ZtpSubstreamRecord& slot, const ZtpFrameInfo& frame) {
     slot.present = true;
     slot.frame = frame;
+    if (accumulator.rule_log.kept) slot.place = current_place;
     accumulator.current_bits += frame.bytes_per_frame * uint64_t{8};
     ++accumulator.current_frames;
 }
@@ -159,12 +149,7 @@ void store_tail(TimesliceAccumulator& accumulator, std::span<const uint16_t> wor
     unpack_frame_tail(words, frame.bsid, tail);
 }
 
-int add_independent_frame(TimesliceAccumulator& accumulator, const ZtpFrameInfo& frame, uint16_t rule_set,
-                          TimesliceEvent& event) {
-    if (frame.substreamid == 0 && current_record(accumulator).num_programs > 0) {
-        const int status = close_timeslice(accumulator, rule_set, event);
-        if (status != 0) return status;
-    }
+int add_independent_frame(TimesliceAccumulator& accumulator, const ZtpFrameInfo& frame) {
     TimesliceRecord& record = current_record(accumulator);
     ZtpSubstreamRecord* slot = independent_slot(record, frame.substreamid);
     if (slot == nullptr) return TIMESLICE_INVALID;
@@ -178,7 +163,8 @@ int add_independent_frame(TimesliceAccumulator& accumulator, const ZtpFrameInfo&
 int add_dependent_frame(TimesliceAccumulator& accumulator, const ZtpFrameInfo& frame) {
     TimesliceRecord& record = current_record(accumulator);
     if (record.num_programs == 0) {
-        report_fatal("Invalid bitstream detected.  Dependent stream type has no associated independent frames.", SOURCE,
+        report_fatal("ztp-fatal-dependent-alone",
+                     "Invalid bitstream detected.  Dependent stream type has no associated independent frames.", SOURCE,
                      __LINE__);
         return TIMESLICE_INVALID;
     }
@@ -191,10 +177,22 @@ int add_dependent_frame(TimesliceAccumulator& accumulator, const ZtpFrameInfo& f
     return 0;
 }
 
+int check_timeslice_substreams(TimesliceAccumulator& accumulator, uint16_t rule_set) {
+    TimesliceRecord& record = current_record(accumulator);
+    summarise_programs(record);
+    accumulator.rule_log.timeslice = accumulator.totals.timeslices + 1;
+    return check_substreams(record, rule_set, accumulator.rule_log);
+}
+
 }  // namespace
 
 double playing_time_seconds(const ZtpStreamTotals& totals) {
     return static_cast<double>(totals.playing_time) / static_cast<double>(PLAYING_TIME_UNITS);
+}
+
+int64_t playing_time_90khz(const ZtpStreamTotals& totals) {
+    constexpr uint64_t COMMON_FACTOR = 18000;  // of both clocks
+    return static_cast<int64_t>(totals.playing_time * (90000 / COMMON_FACTOR) / (PLAYING_TIME_UNITS / COMMON_FACTOR));
 }
 
 double overall_data_rate_kbps(const ZtpStreamTotals& totals) {
@@ -202,15 +200,34 @@ double overall_data_rate_kbps(const ZtpStreamTotals& totals) {
     return static_cast<double>(totals.bits) / playing_time_seconds(totals) / 1000;
 }
 
-int add_frame(TimesliceAccumulator& accumulator, const ZtpFrameInfo& frame, std::span<const uint16_t> words,
-              uint16_t rule_set, TimesliceEvent& event) {
-    event = TimesliceEvent::NONE;
+bool starts_timeslice(const TimesliceAccumulator& accumulator, const ZtpFrameInfo& frame) {
+    const bool i0 = frame.strmtyp == STRMTYP_INDEPENDENT || frame.strmtyp == STRMTYP_TRANSCODED;
+    return i0 && frame.substreamid == 0 && accumulator.records[accumulator.current].num_programs > 0;
+}
+
+int close_timeslice(TimesliceAccumulator& accumulator, uint16_t rule_set, bool& changed) {
+    TimesliceRecord& record = current_record(accumulator);
+    const bool first = accumulator.totals.timeslices == 0;
+    changed = first || !same_timeslice(record, last_completed(accumulator));
+    if (changed) {
+        const int status = check_timeslice_substreams(accumulator, rule_set);
+        if (status != 0) return status;
+        // The first timeslice is compared with itself: only rules that look at one timeslice can fail.
+        check_programs(record, first ? record : last_completed(accumulator), rule_set, accumulator.rule_log);
+        keep_current(accumulator);
+    }
+    count_timeslice(accumulator);
+    return 0;
+}
+
+int add_frame(TimesliceAccumulator& accumulator, const ZtpFrameInfo& frame, std::span<const uint16_t> words) {
     if (frame.strmtyp > STRMTYP_TRANSCODED) {
-        report_fatal("Invalid bitstream detected.  Streamtype is not supported.", SOURCE, __LINE__);
+        report_fatal("ztp-fatal-stream-type", "Invalid bitstream detected.  Streamtype is not supported.", SOURCE,
+                     __LINE__);
         return TIMESLICE_INVALID;
     }
     const int status = frame.strmtyp == STRMTYP_DEPENDENT ? add_dependent_frame(accumulator, frame)
-                                                          : add_independent_frame(accumulator, frame, rule_set, event);
+                                                          : add_independent_frame(accumulator, frame);
     if (status != 0) return status;
     store_tail(accumulator, words, frame);
     return 0;
@@ -219,12 +236,11 @@ int add_frame(TimesliceAccumulator& accumulator, const ZtpFrameInfo& frame, std:
 int finish_timeslice(TimesliceAccumulator& accumulator, uint16_t rule_set) {
     TimesliceRecord& record = current_record(accumulator);
     if (record.num_programs == 0) return 0;
-    summarise_programs(record);
-    const int status = check_substreams(record, rule_set);
+    const int status = check_timeslice_substreams(accumulator, rule_set);
     if (status != 0) return status;
     if (accumulator.totals.timeslices > 0) {
-        check_programs(record, last_completed(accumulator), rule_set);
-        check_end_of_data(record, rule_set);
+        check_programs(record, last_completed(accumulator), rule_set, accumulator.rule_log);
+        check_end_of_data(record, rule_set, accumulator.rule_log);
     }
     keep_current(accumulator);
     count_timeslice(accumulator);

@@ -1,50 +1,14 @@
 #pragma once
 
 #include <array>
-#include <bitset>
 #include <cstdint>
 #include <memory>
 #include <span>
 
-#include "ztpinfo/fmi_api.h"
-#include "ztpinfo/ztpinfo.h"
+#include "ztpinfo/rule_log.h"
+#include "ztpinfo/timeslice.h"
 
-// Timeslices: the frames that all substreams of a stream carry for the same span of audio. A program is one independent
-// substream with its dependent ones.
-
-constexpr uint32_t COMPLIANCE_NUMBERS = 192;
-
-// Findings by message number. No number is in both sets.
-struct ComplianceFlags {
-    std::bitset<COMPLIANCE_NUMBERS> failures;
-    std::bitset<COMPLIANCE_NUMBERS> warnings;
-};
-
-struct ZtpSubstreamRecord {
-    bool present = false;  // when false, nothing else in the record has a meaning
-    // Frames since the last converter sync flag, before this frame itself was counted.
-    uint16_t convsync_counter = CONVSYNC_ABSENT;
-    ZtpFrameInfo frame;
-};
-
-struct ZtpProgramRecord {
-    uint16_t num_dep_substreams = 0;
-    uint16_t full_band_channels = 0;  // over all substreams, like the next two
-    uint16_t lfe_channels = 0;
-    uint16_t locations = 0;  // chanmap form
-    uint16_t blocks_per_frame = 0;
-    uint32_t words_between_syncs = 0;  // the program's frame lengths together
-    float data_rate_kbps = 0;
-    uint16_t crc_status = CRC_NO_ERROR;  // the first error of its substreams
-    ZtpSubstreamRecord independent;
-    std::array<ZtpSubstreamRecord, ZTP_MAX_DEPENDENT_SUBSTREAMS> dependent;  // by substreamid
-};
-
-struct TimesliceRecord {
-    uint16_t num_programs = 0;
-    ComplianceFlags compliance;
-    std::array<ZtpProgramRecord, ZTP_MAX_PROGRAMS> programs;  // by program number; there when independent.present
-};
+// The timeslices of a stream: assembled from its frames, checked, counted.
 
 // Frame ends of one program; filled only when the options ask for auxiliary data or encoder information.
 struct ProgramTails {
@@ -67,6 +31,7 @@ struct ZtpStreamTotals {
 constexpr uint64_t PLAYING_TIME_UNITS = 14112000;
 
 double playing_time_seconds(const ZtpStreamTotals& totals);
+int64_t playing_time_90khz(const ZtpStreamTotals& totals);
 double overall_data_rate_kbps(const ZtpStreamTotals& totals);
 
 constexpr uint32_t NO_RECORD = 3;
@@ -76,6 +41,7 @@ constexpr uint32_t NO_RECORD = 3;
 struct TimesliceAccumulator {
     ZtpStreamTotals totals;
     ComplianceFlags compliance;  // of all timeslices; never cleared
+    RuleLog rule_log;
     std::array<TimesliceRecord, 3> records;
     uint32_t current = 0;
     uint32_t completed = NO_RECORD;
@@ -88,19 +54,23 @@ struct TimesliceAccumulator {
     std::unique_ptr<std::array<TimesliceTails, 3>> tails;
 };
 
-// What a frame brought to an end.
-enum class TimesliceEvent { NONE, COMPLETED_UNCHANGED, COMPLETED_CHANGED };
-
 // Code of the fatal errors in the order of a stream's frames.
 constexpr int TIMESLICE_INVALID = 6913;
 
-// Places a frame, whose words are `words`, in the timeslice being assembled. A frame that starts a new one closes the
-// one before: it is checked against `rule_set` and becomes the last completed one. Returns 0, or the code of the fatal
-// error that was reported; the frame is not taken then.
-[[nodiscard]] int add_frame(TimesliceAccumulator& accumulator, const ZtpFrameInfo& frame,
-                            std::span<const uint16_t> words, uint16_t rule_set, TimesliceEvent& event);
+// True when `frame` starts a new timeslice, so that the one being assembled is to be closed first.
+bool starts_timeslice(const TimesliceAccumulator& accumulator, const ZtpFrameInfo& frame);
 
-// Closes the timeslice being assembled, if there is one, at the end of a buffer. Returns like add_frame.
+// Closes the timeslice being assembled before the first frame of the next one: it is checked against `rule_set` and
+// becomes the last completed one. `changed` is set when it differs from the completed one before. Returns 0, or the
+// code of the fatal error that was reported.
+[[nodiscard]] int close_timeslice(TimesliceAccumulator& accumulator, uint16_t rule_set, bool& changed);
+
+// Places a frame, whose words are `words`, in the timeslice being assembled. Returns 0, or the code of the fatal error
+// that was reported; the frame is not taken then.
+[[nodiscard]] int add_frame(TimesliceAccumulator& accumulator, const ZtpFrameInfo& frame,
+                            std::span<const uint16_t> words);
+
+// Closes the timeslice being assembled, if there is one, at the end of a buffer. Returns like close_timeslice.
 [[nodiscard]] int finish_timeslice(TimesliceAccumulator& accumulator, uint16_t rule_set);
 
 // Only when completed is not NO_RECORD.

@@ -1,8 +1,9 @@
 #include "ztpinfo/zit_fio.h"
 
 #include <bit>
-#include <cstdio>
 #include <cstring>
+
+#include "ztpinfo/messages.h"
 
 namespace {
 
@@ -14,7 +15,7 @@ constexpr const char* SOURCE = "zit_fio";
 
 void set_byte_order(WordInput& input, ZtpByteOrder order) {
     if (input.byte_order != BYTE_ORDER_UNKNOWN && input.byte_order != order)
-        report_warning("FIO: Byte order status changed");
+        report_warning("ztp-warning-byte-order", "FIO: Byte order status changed");
     input.byte_order = order;
 }
 
@@ -49,7 +50,7 @@ int detect_byte_order(WordInput& input) {
         return 0;
     }
     if (bytes_left(input) == 1) {
-        report_fatal("Cannot read from input file", SOURCE, __LINE__);
+        report_fatal("ztp-fatal-short-read", "Cannot read from input file", SOURCE, __LINE__);
         return INPUT_SHORT;
     }
     const uint8_t first = input.bytes[input.position];
@@ -62,14 +63,14 @@ int detect_byte_order(WordInput& input) {
         set_byte_order(input, BYTE_ORDER_LOW_FIRST);
         return 0;
     }
-    report_fatal("Invalid syncword detected while detecting byte order", SOURCE, __LINE__);
+    report_fatal("ztp-fatal-byte-order", "Invalid syncword detected while detecting byte order", SOURCE, __LINE__);
     return INPUT_NO_SYNC;
 }
 
 int read_words(WordInput& input, std::span<uint16_t> words) {
     if (bytes_left(input) < words.size_bytes()) {
         if (bytes_left(input) > 0) {
-            report_fatal("Cannot read from input file", SOURCE, __LINE__);
+            report_fatal("ztp-fatal-short-read", "Cannot read from input file", SOURCE, __LINE__);
             return INPUT_SHORT;
         }
         input.end_of_input = true;
@@ -79,14 +80,4 @@ int read_words(WordInput& input, std::span<uint16_t> words) {
     load_words(input.bytes.data() + input.position, input.byte_order, words);
     input.position += words.size_bytes();
     return 0;
-}
-
-void report_fatal(const char* message, const char* source, int line) {
-    std::fflush(stdout);
-    std::fprintf(stderr, "\n\nFATAL ERROR:  %s\n\nError occurred in:\n%s (line %d)\n\n", message, source, line);
-}
-
-void report_warning(const char* message) {
-    std::fflush(stdout);
-    std::fprintf(stderr, "\nWARNING:  %s\n", message);
 }

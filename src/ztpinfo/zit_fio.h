@@ -36,10 +36,3 @@ enum InputStatus : int {
 inline size_t bytes_left(const WordInput& input) {
     return input.bytes.size() - input.position;
 }
-
-// Fatal-error block on standard error, behind everything that standard output holds so far. `source` is the base name
-// of the reporting source.
-void report_fatal(const char* message, const char* source, int line);
-
-// Warning line on standard error, likewise.
-void report_warning(const char* message);

@@ -5,6 +5,8 @@
 #include <memory>
 #include <span>
 
+#include "bits/place.h"
+
 // The E-AC-3 / AC-3 analyzer: walks elementary-stream bytes syncframe by syncframe, checks the programs that they form
 // and reports what it finds on standard output; fatal conditions go to standard error.
 
@@ -60,6 +62,7 @@ struct ZtpSettings {
     uint16_t options = ZTP_DEFAULT_OPTIONS;
     uint16_t rule_set = ZTP_RULES_GENERIC;
     bool stop_on_failure = false;  // end the walk of a buffer as soon as a failure is on record
+    bool contiguous = false;       // buffers lie in the file as they are handed over, see ztpinfo_process
 };
 
 struct ZtpSubstreamSummary {
@@ -112,4 +115,13 @@ void ztpinfo_configure(ZtpInfoContext* handle, const ZtpSettings& settings);
 // Analyses a buffer of consecutive syncframes (one PES payload, the samples of a run, a whole file) and fills `summary`
 // from the last completed timeslice. Returns a ZtpResult: failures on record may come from an earlier call with this
 // handle; after a fatal condition the summary is cleared. `bytes` is not kept.
+//
+// The current place is to be that of the buffer's first frame. What is found in a later one is recorded with its own
+// time, and with its own offset if the setting `contiguous` says that the file holds the bytes of the buffer in one
+// piece. A listed rule has the place of the frame that broke it, repeated when it was not broken since the last list.
 [[nodiscard]] int ztpinfo_process(std::span<const uint8_t> bytes, ZtpStreamSummary& summary, ZtpInfoContext* handle);
+
+// For the finding of a container after a call that did not return ZTP_CLEAN: where it went wrong. After ZTP_FATAL the
+// frame that could not be analysed, else the first frame of that call that broke a rule; when none did, the first one
+// of the calls before, as repeated. The current place when no recorder is set. `handle` may be null.
+Place ztpinfo_failure_place(const ZtpInfoContext* handle);

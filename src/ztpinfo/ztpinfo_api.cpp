@@ -1,8 +1,10 @@
 #include <new>
 
+#include "bits/recorder.h"
 #include "ztpinfo/bsid_ztp.h"
 #include "ztpinfo/fmi_api.h"
 #include "ztpinfo/info_printer.h"
+#include "ztpinfo/messages.h"
 #include "ztpinfo/tsc_messages.h"
 #include "ztpinfo/tsi.h"
 #include "ztpinfo/tsi_compare.h"
@@ -15,6 +17,9 @@ struct ZtpInfoContext {
     std::array<uint16_t, MAX_FRAME_WORDS> words{};  // the current frame, in stream order
     ZtpFrameInfo frame;
     TimesliceAccumulator timeslices;
+    Place buffer_place;              // of the buffer that is walked
+    int64_t time_before_buffer = 0;  // playing time before it, 90 kHz
+    Place failure_place;             // why the last call failed
 };
 
 namespace {
@@ -35,21 +40,21 @@ Walk read_frame(ZtpInfoContext& context, uint32_t& frame_words) {
     if (frame_words <= FRAME_HEADER_WORDS) return Walk::GO_ON;
     const std::span<uint16_t> rest = words.subspan(FRAME_HEADER_WORDS, frame_words - FRAME_HEADER_WORDS);
     if (bytes_left(input) < rest.size_bytes()) {
-        report_fatal("Incomplete frame", SOURCE, __LINE__);
+        report_fatal("ztp-fatal-incomplete-frame", "Incomplete frame", SOURCE, __LINE__, ReasonEffect::UNVALIDATED);
         return Walk::INCOMPLETE;
     }
     return read_words(input, rest) == 0 ? Walk::GO_ON : Walk::FATAL;
 }
 
 // Reports the last completed timeslice as the options ask.
-void print_report(const ZtpInfoContext& context) {
+void print_report(ZtpInfoContext& context) {
     const uint16_t options = context.settings.options;
-    const TimesliceAccumulator& timeslices = context.timeslices;
+    TimesliceAccumulator& timeslices = context.timeslices;
     const TimesliceRecord& timeslice = last_completed(timeslices);
     const TimesliceTails* tails = timeslices.tails == nullptr ? nullptr : &(*timeslices.tails)[timeslices.completed];
     print_timeslice(timeslice, tails, options);
     if ((options & ZTP_OPTION_COMPLIANCE) != 0)
-        print_compliance_list(timeslice.compliance, (options & ZTP_OPTION_WARNINGS) != 0);
+        print_compliance_list(timeslice.compliance, (options & ZTP_OPTION_WARNINGS) != 0, timeslices.rule_log);
 }
 
 // Reports the timeslice that a frame has completed when its layout is new; the first one of a handle is only noted.
@@ -62,19 +67,47 @@ void report_completed(ZtpInfoContext& context) {
     timeslices.reported = timeslices.completed;
 }
 
+// The place of the next frame, as far as that of the buffer tells.
+void locate_frame(const ZtpInfoContext& context) {
+    if (!context.timeslices.rule_log.kept) return;
+    const Place& buffer = context.buffer_place;
+    if (context.settings.contiguous && buffer.offset != NO_OFFSET)
+        current_place.offset = buffer.offset + static_cast<int64_t>(context.input.position);
+}
+
+// A timeslice begins where the completed ones end.
+void locate_timeslice(const ZtpInfoContext& context) {
+    if (!context.timeslices.rule_log.kept || context.buffer_place.time == NO_TIME) return;
+    current_place.time =
+        context.buffer_place.time + playing_time_90khz(context.timeslices.totals) - context.time_before_buffer;
+}
+
+// Places the unpacked frame in its timeslice; when it starts a new one, `changed` tells whether the one that it closes
+// differs from the one before. Returns 0, or the code of a fatal error.
+int place_frame(ZtpInfoContext& context, std::span<const uint16_t> words, bool& changed) {
+    TimesliceAccumulator& timeslices = context.timeslices;
+    if (starts_timeslice(timeslices, context.frame)) {
+        const int status = close_timeslice(timeslices, context.settings.rule_set, changed);
+        if (status != 0) return status;
+        locate_timeslice(context);
+    }
+    return add_frame(timeslices, context.frame, words);
+}
+
 Walk process_frame(ZtpInfoContext& context) {
+    locate_frame(context);
     uint32_t frame_words = 0;
     const Walk read = read_frame(context, frame_words);
     if (read != Walk::GO_ON) return read;
     const std::span<const uint16_t> words = std::span<const uint16_t>(context.words).first(frame_words);
     if (unpack_frame(words, context.frame) != 0) return Walk::FATAL;
-    TimesliceEvent event = TimesliceEvent::NONE;
-    if (add_frame(context.timeslices, context.frame, words, context.settings.rule_set, event) != 0) {
-        report_fatal("Processing error in ZIT subroutine", SOURCE, __LINE__);
+    bool changed = false;
+    if (place_frame(context, words, changed) != 0) {
+        report_fatal("ztp-fatal-processing", "Processing error in ZIT subroutine", SOURCE, __LINE__);
         return Walk::FATAL;
     }
     // A timeslice equal to the one before has been reported, or found to need no report, with that one.
-    if (event == TimesliceEvent::COMPLETED_CHANGED) report_completed(context);
+    if (changed) report_completed(context);
     const bool stop = context.settings.stop_on_failure && context.timeslices.compliance.failures.any();
     return stop ? Walk::END : Walk::GO_ON;
 }
@@ -125,7 +158,28 @@ void print_end_of_call(ZtpInfoContext& context) {
     }
     if ((options & ZTP_OPTION_TOTALS) != 0) print_totals(timeslices.totals);
     if ((options & ZTP_OPTION_ALL_COMPLIANCE) != 0)
-        print_compliance_list(timeslices.compliance, (options & ZTP_OPTION_WARNINGS) != 0);
+        print_compliance_list(timeslices.compliance, (options & ZTP_OPTION_WARNINGS) != 0, timeslices.rule_log);
+}
+
+void start_buffer(ZtpInfoContext& context, std::span<const uint8_t> bytes) {
+    context.input = {};
+    context.input.bytes = bytes;
+    RuleLog& log = context.timeslices.rule_log;
+    log.kept = current_recorder() != nullptr;
+    if (!log.kept) return;
+    log.failure_in_call.reset();
+    context.buffer_place = current_place;
+    context.time_before_buffer = playing_time_90khz(context.timeslices.totals);
+}
+
+// Processes the frames of the buffer and closes its last timeslice.
+Walk walk_buffer(ZtpInfoContext& context) {
+    Walk walk = Walk::GO_ON;
+    while (walk == Walk::GO_ON) walk = process_frame(context);
+    context.input.bytes = {};
+    if (walk != Walk::END || finish_timeslice(context.timeslices, context.settings.rule_set) == 0) return walk;
+    report_fatal("ztp-fatal-processing", "Processing error in ZIT subroutine", SOURCE, __LINE__);
+    return Walk::FATAL;
 }
 
 int compliance_result(const ZtpInfoContext& context) {
@@ -137,7 +191,7 @@ int compliance_result(const ZtpInfoContext& context) {
 ZtpInfoContext* ztpinfo_open() {
     ZtpInfoPtr context(new (std::nothrow) ZtpInfoContext);
     if (context == nullptr) {
-        report_fatal("Cannot allocate the necessary memory", SOURCE, __LINE__);
+        report_fatal("ztp-fatal-memory", "Cannot allocate the necessary memory", SOURCE, __LINE__);
         return nullptr;
     }
     context->timeslices.convsync_counters.fill(CONVSYNC_ABSENT);
@@ -158,23 +212,20 @@ void ztpinfo_configure(ZtpInfoContext* handle, const ZtpSettings& settings) {
         tails = std::make_unique<std::array<TimesliceTails, 3>>();
 }
 
+Place ztpinfo_failure_place(const ZtpInfoContext* handle) {
+    return current_recorder() != nullptr && handle != nullptr ? handle->failure_place : current_place;
+}
+
 int ztpinfo_process(std::span<const uint8_t> bytes, ZtpStreamSummary& summary, ZtpInfoContext* handle) {
     ZtpInfoContext& context = *handle;
     TimesliceAccumulator& timeslices = context.timeslices;
     const uint64_t completed_before = timeslices.totals.timeslices;
     summary = {};
-    context.input = {};
-    context.input.bytes = bytes;
-    Walk walk = Walk::GO_ON;
-    while (walk == Walk::GO_ON) walk = process_frame(context);
-    context.input.bytes = {};
+    const PlaceScope scope;
+    start_buffer(context, bytes);
+    const Walk walk = walk_buffer(context);
+    context.failure_place = walk == Walk::FATAL ? current_place : place_of_failure(timeslices.rule_log);
     if (walk == Walk::FATAL) return ZTP_FATAL;
-    if (walk == Walk::END) {
-        if (finish_timeslice(timeslices, context.settings.rule_set) != 0) {
-            report_fatal("Processing error in ZIT subroutine", SOURCE, __LINE__);
-            return ZTP_FATAL;
-        }
-    }
     fill_summary(summary, context, timeslices.totals.timeslices - completed_before);
     if (walk == Walk::END) print_end_of_call(context);
     return compliance_result(context);

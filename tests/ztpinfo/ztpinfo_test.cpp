@@ -6,11 +6,13 @@
 #include <cctype>
 #include <cstdio>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "bits/recorder.h"
 #include "support/golden.h"
 #include "support/syncframe_writer.h"
 #include "ztpinfo/info_printer_bsi.h"
@@ -22,12 +24,19 @@ struct Outcome {
     ZtpStreamSummary summary;
     std::string out;
     std::string err;
+    Place failure_place;
 };
+
+// Of the next call of a row, whose streams count as one file; each begins a second after the one before.
+Place buffer_place;
 
 Outcome process(ZtpInfoContext* handle, std::span<const uint8_t> bytes) {
     Outcome outcome;
     outcome.summary.num_programs = 99;  // left over from an earlier use
     outcome.summary.programs[7].independent.bsid = 99;
+    buffer_place.time += 90000;
+    const PlaceScope scope(buffer_place);
+    buffer_place.offset += static_cast<int64_t>(bytes.size());
     testing::internal::CaptureStderr();
     outcome.out = printed_by([&] { outcome.result = ztpinfo_process(bytes, outcome.summary, handle); });
     outcome.err = testing::internal::GetCapturedStderr();
@@ -44,21 +53,24 @@ std::vector<uint8_t> stream_bytes(const std::string& text) {
     return bytes;
 }
 
-using Describe = std::string(const Outcome& outcome);
+using Describe = std::function<std::string(const Outcome& outcome)>;
 
 // The settings of a line "[rules=N options=BITS stop=N]".
 ZtpSettings parse_settings(const std::string& line) {
     ZtpSettings settings;
     int stop = 0;
-    EXPECT_EQ(
-        std::sscanf(line.c_str(), "[rules=%hu options=%hx stop=%d]", &settings.rule_set, &settings.options, &stop), 3);
+    int contiguous = 0;
+    EXPECT_GE(std::sscanf(line.c_str(), "[rules=%hu options=%hx stop=%d contiguous=%d]", &settings.rule_set,
+                          &settings.options, &stop, &contiguous),
+              3);
     settings.stop_on_failure = stop != 0;
+    settings.contiguous = contiguous != 0;
     return settings;
 }
 
 // Runs the table at `path`: rows "name | stream / stream => outcomes", each row with a handle of its own and a call for
 // each stream, under the settings of the last line that gave some. Outcomes that do not fit the row are indented.
-void check_table(const std::string& path, Describe& describe, const char* separator = "") {
+void check_table(const std::string& path, const Describe& describe, const char* separator = "") {
     std::string text;
     ZtpSettings settings;
     std::ifstream file(path);
@@ -72,11 +84,15 @@ void check_table(const std::string& path, Describe& describe, const char* separa
             continue;
         }
         text += line.substr(0, end + 3);
+        buffer_place = {.offset = 0, .time = 0};
         const ZtpInfoPtr handle(ztpinfo_open());
         ztpinfo_configure(handle.get(), settings);
         std::istringstream streams(line.substr(begin + 3, end - begin - 3));
-        for (std::string stream; std::getline(streams, stream, '/');)
-            text += describe(process(handle.get(), stream_bytes(stream))) + (streams.eof() ? "" : separator);
+        for (std::string stream; std::getline(streams, stream, '/');) {
+            Outcome outcome = process(handle.get(), stream_bytes(stream));
+            outcome.failure_place = ztpinfo_failure_place(handle.get());
+            text += describe(outcome) + (streams.eof() ? "" : separator);
+        }
         text += "\n";
     }
     EXPECT_NE(text, "") << path;
@@ -134,6 +150,31 @@ TEST(Ztpinfo, ResultsAndMessages) {
 
 TEST(Ztpinfo, Reports) {
     check_table("golden/reports.txt", described);
+}
+
+std::string described(const Place& place) {
+    return " @" + std::to_string(place.offset) + " t" + std::to_string(place.time) +
+           (place.repeated ? " repeated" : "");
+}
+
+void print_finding(const Finding& finding) {
+    std::printf("\n  %s%s%s", finding.id, finding.fails ? "" : " harmless", described(finding.place).c_str());
+}
+
+void print_reason(const Reason& reason) {
+    std::printf("\n  %s%s%s%s", reason.id, reason.fails ? "" : " harmless", reason.unvalidated ? " unvalidated" : "",
+                described(reason.place).c_str());
+}
+
+TEST(Ztpinfo, Places) {
+    Recorder recorder = {};
+    recorder.finding = print_finding;
+    recorder.reason = print_reason;
+    set_recorder(&recorder);
+    check_table("golden/places.txt", [](const Outcome& outcome) {
+        return outcome.out + (outcome.result == 0 ? "" : "\n  failed" + described(outcome.failure_place));
+    });
+    set_recorder(nullptr);
 }
 
 // A cut stream is refused only when the cut lies inside the first three words of a frame.

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <bitset>
+#include <cstdint>
+
+constexpr uint32_t COMPLIANCE_NUMBERS = 192;
+
+// Broken rules by message number. No number is in both sets.
+struct ComplianceFlags {
+    std::bitset<COMPLIANCE_NUMBERS> failures;
+    std::bitset<COMPLIANCE_NUMBERS> warnings;
+};
