@@ -2,7 +2,21 @@
 
 install(DIRECTORY man/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 FILES_MATCHING PATTERN "*.1")
 install(DIRECTORY completion/ DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
-install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+# The README without what is only true of the source tree.
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS README.md)
+file(READ README.md readme)
+string(FIND "${readme}" "<!-- source tree -->" begin)
+while(NOT begin EQUAL -1)
+  string(FIND "${readme}" "<!-- end -->" end)
+  math(EXPR end "${end} + 13") # the marker and its line end
+  string(SUBSTRING "${readme}" 0 ${begin} before)
+  string(SUBSTRING "${readme}" ${end} -1 after)
+  set(readme "${before}${after}")
+  string(FIND "${readme}" "<!-- source tree -->" begin)
+endwhile()
+file(WRITE ${CMAKE_BINARY_DIR}/installed/README.md "${readme}")
+install(FILES ${CMAKE_BINARY_DIR}/installed/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} PATTERN expected EXCLUDE PATTERN check EXCLUDE PATTERN list EXCLUDE)
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} OPTIONAL FILES_MATCHING PATTERN "*.md" PATTERN "*.json")
 
 set(QUORLIN_MAINTAINER "quorlin developers <developers@quorlin.example>" CACHE STRING "Maintainer of the Debian package")
