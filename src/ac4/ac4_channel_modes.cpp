@@ -47,20 +47,53 @@ constexpr size_t state(int8_t mode) {
     return static_cast<size_t>(mode + 1);
 }
 
-constexpr uint32_t plain_mask(int8_t mode) {
-    return mode < 0 || mode >= static_cast<int8_t>(AC4_RESERVED_CHANNEL_MODE)
-               ? 0
-               : CHANNEL_MODES[static_cast<size_t>(mode)].mask;
+// What two channel modes are compared by: how many channels they have at ear level, for low frequencies, and above or
+// wide of the listener.
+struct ChannelNumbers {
+    uint8_t ear_level;
+    uint8_t lfe;
+    uint8_t height_or_wide;
+};
+
+// By mode. 22.2 is missing: it has everything.
+constexpr int8_t MODE_22_2 = 15;
+constexpr std::array<ChannelNumbers, MODE_22_2> CHANNEL_NUMBERS = {{
+    {1, 0, 0},
+    {2, 0, 0},
+    {3, 0, 0},
+    {5, 0, 0},
+    {5, 1, 0},
+    {7, 0, 0},
+    {7, 1, 0},
+    {7, 0, 1},
+    {7, 1, 1},
+    {7, 0, 2},
+    {7, 1, 2},
+    {7, 0, 4},
+    {7, 1, 4},
+    {9, 0, 4},
+    {9, 1, 4},
+}};
+
+// A reserved mode has no channels that are known.
+constexpr ChannelNumbers channel_numbers(int8_t mode) {
+    return mode > MODE_22_2 ? ChannelNumbers{} : CHANNEL_NUMBERS[static_cast<size_t>(mode)];
 }
 
-// The lowest mode that has all channels of both, -1 when there is none; no mode adds nothing to another one.
+constexpr bool covers(ChannelNumbers a, ChannelNumbers b) {
+    return a.ear_level >= b.ear_level && a.lfe >= b.lfe && a.height_or_wide >= b.height_or_wide;
+}
+
+// ETSI TS 103 190-2, superset: the lowest mode with as many channels of each kind as both have; no mode (-1) adds
+// nothing to another one.
 constexpr int8_t superset(int8_t a, int8_t b) {
     if (a == -1) return b;
     if (b == -1) return a;
-    const uint32_t wanted = plain_mask(a) | plain_mask(b);
-    for (int8_t mode = 0; mode < static_cast<int8_t>(AC4_RESERVED_CHANNEL_MODE); ++mode)
-        if ((wanted & ~plain_mask(mode)) == 0) return mode;
-    return -1;
+    if (a == MODE_22_2 || b == MODE_22_2) return MODE_22_2;
+    int8_t mode = 0;
+    while (!covers(channel_numbers(mode), channel_numbers(a)) || !covers(channel_numbers(mode), channel_numbers(b)))
+        ++mode;
+    return mode;
 }
 
 constexpr std::array<Ac4ModeMap, MODE_STATES> make_superset_table() {
@@ -74,8 +107,9 @@ constexpr std::array<Ac4ModeMap, MODE_STATES> make_superset_table() {
 
 constexpr std::array<Ac4ModeMap, MODE_STATES> SUPERSET = make_superset_table();
 
-static_assert(superset(0, 1) == 2 && superset(3, 4) == 4 && superset(4, 5) == 6 && superset(6, 12) == 12 &&
-              superset(12, 11) == 12 && superset(13, 12) == 14);
+static_assert(superset(0, 1) == 1 && superset(3, 4) == 4 && superset(4, 5) == 6 && superset(5, 7) == 7 &&
+              superset(6, 7) == 8 && superset(9, 11) == 11 && superset(6, 12) == 12 && superset(12, 11) == 12 &&
+              superset(13, 12) == 14 && superset(0, 15) == 15);
 
 // The 7.X modes of an immersive stereo presentation stand for a stereo pair that is rendered for headphones.
 bool is_rendered_stereo(uint32_t channel_mode, bool ims) {

@@ -14,35 +14,34 @@ bool same_presentation(const ac4_presentation_v1_dsi& a, ac4_presentation_v1_dsi
     return a == b;
 }
 
+uint32_t toc_presentation_version(const ac4_toc& toc, size_t index) {
+    return toc.bitstream_version > 1 ? toc.presentations_v1[index].presentation_version
+                                     : toc.presentations_v0[index].presentation_version;
+}
+
 // An immersive stereo presentation (version 2) has one entry in the table of contents and two in the DSI: itself and,
-// for players that do not know it, a copy as version 1. The entry behind it is that copy when the DSI has an entry more
-// than the table of contents from here on, or when it says the same.
-bool is_version_1_copy(const Ac4Dsi& dsi, size_t index, size_t toc_index, uint32_t n_toc_presentations) {
+// for players that do not know it, a copy as version 1. A version-1 entry after it is that copy when the DSI has more
+// entries from here on than the table of contents has presentations; or when it says the same and the presentation that
+// it would stand for otherwise is not of version 1.
+bool is_version_1_copy(const Ac4Dsi& dsi, size_t index, const ac4_toc& toc, size_t toc_index) {
     if (index == 0) return false;
     const Ac4DsiPresentation& entry = dsi.presentations[index];
     const Ac4DsiPresentation& before = dsi.presentations[index - 1];
     if (entry.presentation_version != 1 || before.presentation_version != AC4_IMS_PRESENTATION_VERSION) return false;
-    if (dsi.n_presentations + toc_index > n_toc_presentations + index) return true;
+    if (dsi.n_presentations + toc_index > toc.n_presentations + index) return true;
+    if (toc_presentation_version(toc, toc_index) == 1) return false;
     return entry.v1 && before.v1 && same_presentation(*before.v1, *entry.v1);
 }
 
-// The presentation of the table of contents that each DSI entry stands for.
+// The presentation of the table of contents that each DSI entry stands for. Entries that were not read are no copies.
 std::vector<size_t> pair_presentations(const Ac4Dsi& dsi, const ac4_toc& toc) {
     std::vector<size_t> toc_indices;
     size_t next = 0;
-    for (size_t i = 0; i < dsi.presentations.size(); ++i) {
-        if (!is_version_1_copy(dsi, i, next, toc.n_presentations)) ++next;
+    for (size_t i = 0; i < dsi.n_presentations; ++i) {
+        if (i >= dsi.presentations.size() || !is_version_1_copy(dsi, i, toc, next)) ++next;
         toc_indices.push_back(next - 1);
     }
     return toc_indices;
-}
-
-// The DSI's presentations without the copies.
-size_t count_presentations(const Ac4Dsi& dsi, const std::vector<size_t>& toc_indices) {
-    size_t copies = 0;
-    for (size_t i = 1; i < toc_indices.size(); ++i)
-        if (toc_indices[i] == toc_indices[i - 1]) ++copies;
-    return dsi.n_presentations - copies;
 }
 
 int compare_program_id(const Ac4Dsi& dsi, const ac4_toc& toc) {
@@ -51,7 +50,6 @@ int compare_program_id(const Ac4Dsi& dsi, const ac4_toc& toc) {
         std::printf("[SV]   : ERROR: short_program_id in dsi does not match in toc.\n");
         status = 1;
     }
-    if (dsi.b_program_id == 0 || toc.b_program_id == 0) return status;
     if (dsi.b_uuid != toc.b_program_uuid_present) {
         std::printf("[SV]   : ERROR: b_uuid in dsi does not match in toc.\n");
         status = 1;
@@ -81,19 +79,18 @@ int compare_stream(const Ac4Dsi& dsi, const ac4_toc& toc, size_t n_dsi_presentat
     return status | compare_program_id(dsi, toc);
 }
 
-int compare_version_0_entry(const Ac4Dsi& dsi, size_t index, size_t toc_index, const ac4_toc& toc) {
-    const Ac4DsiPresentation& entry = dsi.presentations[index];
+int compare_version_0_entry(const Ac4DsiPresentation& entry, size_t index, const ac4_toc& toc, size_t toc_index) {
     if (toc.bitstream_version > 1) {
         std::printf("[SV]   : ERROR: presentation %zu version should be 1 or 2 while bitstream version is 1 or 2.\n",
                     index);
         return 1;
     }
-    if (!entry.v0 || toc_index >= toc.presentations_v0.size()) return 0;
-    return compare_presentation_v0(index, *entry.v0, toc.presentations_v0[toc_index], toc);
+    if (toc_index >= toc.presentations_v0.size()) return 0;
+    const ac4_presentation_v0_dsi unread;
+    return compare_presentation_v0(index, entry.v0 ? *entry.v0 : unread, toc.presentations_v0[toc_index], toc);
 }
 
-int compare_version_1_entry(const Ac4Dsi& dsi, size_t index, size_t toc_index, const ac4_toc& toc) {
-    const Ac4DsiPresentation& entry = dsi.presentations[index];
+int compare_version_1_entry(const Ac4DsiPresentation& entry, size_t index, const ac4_toc& toc, size_t toc_index) {
     if (toc.bitstream_version <= 1) {
         std::printf(
             "[SV]   : ERROR: bitstream_version should be bigger than 1 while version of presentation %zu is 1.\n",
@@ -104,11 +101,10 @@ int compare_version_1_entry(const Ac4Dsi& dsi, size_t index, size_t toc_index, c
         std::printf("[SV]   : ERROR: dsi of presentation version 1 is empty.\n");
         return 1;
     }
-    if (toc.presentations_v1.empty()) {
+    if (toc_index >= toc.presentations_v1.size()) {
         std::printf("[SV]   : ERROR: toc of presentation version 1 is empty.\n");
         return 1;
     }
-    if (toc_index >= toc.presentations_v1.size()) return 0;
     return compare_presentation_v1(index, entry, toc.presentations_v1[toc_index], toc);
 }
 
@@ -116,13 +112,20 @@ int compare_version_1_entry(const Ac4Dsi& dsi, size_t index, size_t toc_index, c
 
 int compare_dsi_with_toc(const Ac4Dsi& dsi, const ac4_toc& toc) {
     const std::vector<size_t> toc_indices = pair_presentations(dsi, toc);
-    int status = compare_stream(dsi, toc, count_presentations(dsi, toc_indices));
+    // A copy is no presentation of its own.
+    const size_t n_dsi_presentations = toc_indices.empty() ? 0 : toc_indices.back() + 1;
+    int status = compare_stream(dsi, toc, n_dsi_presentations);
     for (size_t i = 0; i < dsi.presentations.size(); ++i) {
-        if (dsi.presentations[i].presentation_version == 0) {
-            status |= compare_version_0_entry(dsi, i, toc_indices[i], toc);
-        } else if (dsi.presentations[i].presentation_version <= 2) {
-            status |= compare_version_1_entry(dsi, i, toc_indices[i], toc);
+        const Ac4DsiPresentation& entry = dsi.presentations[i];
+        if (entry.presentation_version == 0) {
+            status |= compare_version_0_entry(entry, i, toc, toc_indices[i]);
+        } else if (entry.presentation_version <= 2) {
+            status |= compare_version_1_entry(entry, i, toc, toc_indices[i]);
         }
     }
+    // The entries after the one where the reading stopped: zeros, as far as they have a counterpart.
+    const Ac4DsiPresentation unread;
+    for (size_t i = dsi.presentations.size(); i < toc_indices.size() && toc_indices[i] < toc.n_presentations; ++i)
+        status |= compare_version_0_entry(unread, i, toc, toc_indices[i]);
     return status;
 }

@@ -13,6 +13,10 @@ int compare_substream(const std::string& place, const ac4_substream_dsi& dsi, co
     const bool bitrate = dsi.b_substream_bitrate_indicator != 0 && toc.b_bitrate_indicator != 0;
     const bool add_ch_base = ac4_has_add_ch_base(dsi.channel_mode) && ac4_has_add_ch_base(toc.channel_mode);
     const bool content = dsi_content.b_content_type != 0 && toc_content.b_content_type != 0;
+    // No test of its own for the number of bytes: a tag of another length is another tag.
+    const bool language_tags_differ = language_tag_differs(dsi_content, toc_content) ||
+                                      (language_on_both_sides(dsi_content, toc_content) &&
+                                       dsi_content.n_language_tag_bytes != toc_content.n_language_tag_bytes);
     const Ac4FieldRow rows[] = {
         {"channel_mode", dsi.channel_mode, toc.channel_mode},
         {"sf_multiplier", dsi.dsi_sf_multiplier, dsi_sf_multiplier(toc.b_sf_multiplier, toc.sf_multiplier)},
@@ -22,7 +26,7 @@ int compare_substream(const std::string& place, const ac4_substream_dsi& dsi, co
         {"b_content_type", dsi_content.b_content_type, toc_content.b_content_type},
         {"content_classifier", dsi_content.content_classifier, toc_content.content_classifier, content},
         {"b_language_indicator", dsi_content.b_language_indicator, toc_content.b_language_indicator, content},
-        {"language_tag_bytes", language_tag_differs(dsi_content, toc_content), false},
+        {"language_tag_bytes", language_tags_differ, false},
     };
     return compare_fields(place, rows);
 }

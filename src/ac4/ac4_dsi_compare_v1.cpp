@@ -11,18 +11,24 @@ namespace {
 // The fields ahead of the channel layout.
 int compare_head(const std::string& place, const ac4_presentation_v1_dsi& dsi, const ac4_presentation_v1_info& toc) {
     // The extended identifier stands for one that the field's five bits cannot hold.
-    const uint32_t id = dsi.b_extended_presentation_id != 0 ? dsi.extended_presentation_id : dsi.presentation_id;
-    const bool both_ids = dsi.b_presentation_id != 0 && toc.b_presentation_id != 0;
+    const bool extended = dsi.b_extended_presentation_id != 0;
+    const uint32_t id = extended ? dsi.extended_presentation_id : dsi.presentation_id;
+    const bool has_id = extended || dsi.b_presentation_id != 0;
     const Ac4FieldRow rows[] = {
         {"mdcompat", dsi.mdcompat, toc.mdcompat},
-        {"b_presentation_id", dsi.b_presentation_id, toc.b_presentation_id},
-        {"presentation_id", id, toc.presentation_id, both_ids},
+        {"b_presentation_id", has_id, toc.b_presentation_id},
+        {"presentation_id", id, toc.presentation_id, has_id && toc.b_presentation_id != 0},
         {"frame_rate_multiply_info", dsi.dsi_frame_rate_multiply_info, dsi_frame_rate_code(toc.frame_rate_factor)},
         {"frame_rate_fraction_info", dsi.dsi_frame_rate_fraction_info, dsi_frame_rate_code(toc.frame_rate_fraction)},
         {"presentation_emdf_version", dsi.emdf_info.emdf_version, toc.emdf_info.emdf_version},
         {"presentation_key_id", dsi.emdf_info.key_id, toc.emdf_info.key_id},
     };
     return compare_fields(place, rows);
+}
+
+Ac4FieldRow substream_group_row(const ac4_presentation_v1_dsi& dsi, const ac4_presentation_v1_info& toc) {
+    return {"n_substream_groups", static_cast<int64_t>(dsi.substream_groups.size()), toc.n_group_indices, true,
+            "does not match in toc"};
 }
 
 // Channel layout and core; the count of groups is tested among them.
@@ -32,13 +38,11 @@ int compare_channels(const std::string& place, const ac4_presentation_v1_dsi& ds
     const bool immersive = coded && ac4_is_immersive_mode(dsi.dsi_presentation_ch_mode) &&
                            ac4_is_immersive_mode(static_cast<uint32_t>(toc.presentation_ch_mode));
     const bool toc_core = toc.pres_ch_mode_core != -1;
-    const bool both_cores = toc_core && dsi.b_presentation_core_differs != 0;
-    const bool both_core_modes = both_cores && dsi.b_presentation_core_channel_coded != 0;
+    const bool both_core_modes = toc_core && dsi.b_presentation_core_channel_coded != 0;
     const Ac4FieldRow rows[] = {
         {"b_presentation_channel_coded", dsi.b_presentation_channel_coded, toc.b_presentation_channel_coded},
         {"presentation_ch_mode", dsi.dsi_presentation_ch_mode, toc.presentation_ch_mode, coded},
-        {"n_substream_groups", static_cast<int64_t>(dsi.substream_groups.size()), toc.n_group_indices, true,
-         "does not match in toc"},
+        substream_group_row(dsi, toc),
         {"pres_b_4_back_channels_present", dsi.pres_b_4_back_channels_present, toc.pres_b_4_back_channels_present,
          immersive},
         {"pres_top_channel_pairs", dsi.pres_top_channel_pairs, toc.pres_top_channel_pairs, immersive,
@@ -47,8 +51,8 @@ int compare_channels(const std::string& place, const ac4_presentation_v1_dsi& ds
          "does not match pre_channel_mask in toc."},
         {"b_presentation_core_differs", dsi.b_presentation_core_differs, toc_core, true,
          "does not match the result of \"pres_ch_mode_core != -1\" in toc."},
-        {"b_presentation_core_channel_coded", dsi.b_presentation_core_channel_coded, toc_core, both_cores,
-         "does not match the result of \"pres_ch_mode_core != -1\" in toc."},
+        {"b_presentation_core_channel_coded", dsi.b_presentation_core_channel_coded, toc_core,
+         dsi.b_presentation_core_differs != 0, "does not match the result of \"pres_ch_mode_core != -1\" in toc."},
         {"dsi_presentation_channel_mode_core", dsi.dsi_presentation_channel_mode_core, toc.pres_ch_mode_core - 3,
          both_core_modes, "does not match the result of \"pres_ch_mode_core - 3\" in toc."},
     };
@@ -181,8 +185,12 @@ int compare_presentation_v1(size_t index, const Ac4DsiPresentation& entry, const
         status = 1;
     }
     const bool toc_emdf_only = !single && presentation.presentation_config == AC4_CONFIG_EMDF_ONLY;
-    if (toc_emdf_only || dsi.presentation_config_v1 == AC4_CONFIG_EMDF_ONLY)
-        return status | compare_emdf(place, dsi, presentation, toc);
+    const bool dsi_emdf_only = dsi.presentation_config_v1 == AC4_CONFIG_EMDF_ONLY;
+    if (toc_emdf_only != dsi_emdf_only) {
+        const Ac4FieldRow rows[] = {substream_group_row(dsi, presentation)};
+        status |= compare_fields(place, rows);
+    }
+    if (toc_emdf_only || dsi_emdf_only) return status | compare_emdf(place, dsi, presentation, toc);
     status |= compare_head(place, dsi, presentation);
     status |= compare_channels(place, dsi, presentation);
     status |= compare_filter(place, dsi, presentation);

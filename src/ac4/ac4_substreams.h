@@ -10,10 +10,10 @@
 struct Ac4TocParser {
     BitReader reader;
     ac4_toc& toc;
-    uint8_t frame_rate_factor = 1;               // as the last frame_rate_multiply_info set it
-    uint32_t nesting = 0;                        // presentations inside presentations
-    std::optional<uint32_t> first_mdcompat_end;  // the bit after mdcompat of the first presentation
-    bool too_many = false;                       // a count above AC4_MAX_ELEMENTS, or presentations nested too deep
+    uint8_t frame_rate_factor = 1;                    // as the last frame_rate_multiply_info set it
+    uint32_t nesting = 0;                             // presentations inside presentations
+    std::optional<uint32_t> first_mdcompat_end = {};  // the bit after mdcompat of the first presentation
+    bool too_many = false;  // a count above AC4_MAX_ELEMENTS, or presentations nested too deep
 };
 
 inline bool stopped(const Ac4TocParser& parser) {

@@ -150,19 +150,25 @@ TEST(Ac4Dsi, PresentationsThatDoNotMeet) {
     empty.bitstream_version = 2;
     empty.frame_rate_index = dsi.frame_rate_index = 3;
     empty.n_presentations = dsi.n_presentations = 4;
-    // Immersive stereo and its copy, while the table of contents has a second presentation.
+    // Two presentations of immersive stereo against one and its copy, then two that the payload describes as they are.
     const Ac4Sample& rendered = ac4_sample("virtual");
-    const std::string two =
-        change_field(rendered.toc, "b_single_presentation:1=1", "b_single:1=0 b_more:1=1 n_presentations_minus2:v2=0");
+    const std::string two = change_field(
+        change_field(rendered.toc, "b_single_presentation:1=1", "b_single:1=0 b_more:1=1 n_presentations_minus2:v2=0"),
+        "channel_mode:7=0x78", "channel_mode:2=2");
     const size_t begin = two.find("b_single_substream_group");
     const std::string presentation = two.substr(begin, two.find("b_substreams_present") - begin);
+    const std::string version_1 = change_field(presentation, "presentation_version:3=6", "presentation_version:2=2");
     expect_golden("golden/presentations.txt",
-                  transcript_entry("stream of version 1", [&] { return compare(dsi, ac4_sample("old").toc); }) +
-                      transcript_entry("no presentations", [&] { return compare_dsi_with_toc(dsi, empty); }) +
-                      transcript_entry("a copy is told by what it says", [&] {
-                          return parse_and_compare(rendered.dsi,
-                                                   change_field(two, presentation, presentation + presentation));
-                      }));
+                  transcript_entry("stream of version 1", [&] {
+                      return compare(dsi, ac4_sample("old").toc);
+                  }) + transcript_entry("no presentations", [&] {
+                      return compare_dsi_with_toc(dsi, empty);
+                  }) + transcript_entry("a copy is told by what it says", [&] {
+                      return parse_and_compare(rendered.dsi,
+                                               change_field(two, presentation, presentation + presentation));
+                  }) + transcript_entry("no copy where the table of contents has a version-1 presentation", [&] {
+                      return parse_and_compare(rendered.dsi, change_field(two, presentation, presentation + version_1));
+                  }));
 }
 
 }  // namespace
