@@ -529,6 +529,13 @@ def sample_tables(n):
     return media_playlist('#EXT-X-MAP:URI="init.mp4"\n') + ["-o", "out"]
 
 
+@dimension("tables that read on", "tables that each claim the half of the file after them", 100000)
+def tables_read_on(n):
+    tables = [full_box(b"stsz", 0, numbers(0, n * 20 // 8))] * n + [full_box(b"stsc", 0, numbers(0))]
+    write("init.mp4", init_section([trak(1, AVC1, tables)]))
+    return media_playlist('#EXT-X-MAP:URI="init.mp4"\n') + ["-o", "out"]
+
+
 @dimension("dac4 presentations", "entries of a dac4 box, 1000 segments", 30)
 def dac4_presentations(n):
     w = BitWriter()

@@ -26,6 +26,7 @@ struct Choice {
 constexpr Choice CHOICES[] = {
     {read_esds, CODEC_AAC},  {read_dec3, CODEC_EC3},           {read_avcC, CODEC_AVC1},
     {read_hvcC, CODEC_HVC1}, {store_configuration, CODEC_AC4}, {read_lumora_configuration, CODEC_HEV1},
+    {read_avcE, CODEC_AVC3}, {read_hvcE, CODEC_HEV1},
 };
 
 void check_parameter_sets(const VideoConfiguration& video) {
@@ -57,7 +58,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     reader_start(reader);
     if (choice.handler(context, reader, static_cast<int64_t>(payload_size)) != 0) std::abort();
     check_parameter_sets(track.video);
-    int status = check_sample_entry(context, track, "track") | check_lumora_configuration(context, track);
+    if (track.enhancement_layer) check_parameter_sets(*track.enhancement_layer);
+    int status = check_sample_entry(context, track, "track") | check_lumora_configuration(context, track, "track");
     if (is_analyzed_audio(track)) status |= check_audio_sample(track, sample, true);
     return status < 0 ? 1 : 0;
 }

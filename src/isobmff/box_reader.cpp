@@ -9,6 +9,7 @@
 #include "bits/report.h"
 #include "isobmff/codec_configuration.h"
 #include "isobmff/movie_fragments.h"
+#include "isobmff/read_limits.h"
 #include "isobmff/sample_entries.h"
 #include "isobmff/sample_tables.h"
 #include "isobmff/track_boxes.h"
@@ -22,6 +23,9 @@ constexpr uint32_t MAX_DEPTH = 64;
 
 // A box may reach 8 bytes behind its container (see walk_container), nested ones each by 8.
 constexpr uint64_t OVERRUN_SLACK = uint64_t{MAX_DEPTH} * BOX_HEADER_SIZE;
+
+// Of each byte of table entries that is read on after a payload: in memory an entry takes more than in the file.
+constexpr uint64_t READ_ON_WORK = 4;
 
 struct BoxType {
     uint32_t type;
@@ -73,9 +77,9 @@ constexpr BoxType BOX_TYPES[] = {
     {fourcc("esds"), read_esds, OF_TRACK},
     {fourcc("d263"), store_configuration, OF_TRACK},
     {fourcc("avcC"), read_avcC, OF_TRACK},
-    {fourcc("avcE"), read_enhancement_layer_configuration, OF_TRACK},
+    {fourcc("avcE"), read_avcE, OF_TRACK},
     {fourcc("hvcC"), read_hvcC, OF_TRACK},
-    {fourcc("hvcE"), read_enhancement_layer_configuration, OF_TRACK},
+    {fourcc("hvcE"), read_hvcE, OF_TRACK},
     {fourcc("lmcC"), read_lumora_configuration, OF_TRACK},
     {fourcc("lmvC"), read_lumora_configuration, OF_TRACK},
     {fourcc("dac3"), store_configuration, OF_TRACK},
@@ -216,14 +220,22 @@ void read_payload_start(FileReader& reader, int64_t payload_size, std::span<uint
     std::fill(bytes.begin() + static_cast<ptrdiff_t>(count), bytes.end(), uint8_t{0});
 }
 
-bool payload_in_file(const MediaContext& context, const FileReader& reader, uint64_t size) {
-    const uint64_t available = context.file_size > reader.position ? context.file_size - reader.position : 0;
-    return size <= available + OVERRUN_SLACK && size <= UINT32_MAX;
+int admit_entries(MediaContext& context, const FileReader& reader, uint64_t size, int64_t payload_left) {
+    if (!can_deliver(context, reader, size))
+        return refuse_box(context, reader, "it counts more entries than the file or byte range holds");
+    const uint64_t inside = payload_left > 0 ? static_cast<uint64_t>(payload_left) : 0;
+    if (size <= inside) return 0;
+    spend_work(context, READ_ON_WORK * (size - inside));
+    if (work_remains(context)) return 0;
+    note_box(context, reader, "tables claim many times the data that the file holds; the segment is not read on");
+    return SEGMENT_FINDING;
 }
 
 int read_payload(MediaContext& context, FileReader& reader, int64_t payload_size, std::vector<uint8_t>& payload) {
     const auto size = static_cast<uint64_t>(payload_size);
-    if (!payload_in_file(context, reader, size)) return refuse_box(context, reader, "it runs past the end of the file");
+    const uint64_t available = context.file_size > reader.position ? context.file_size - reader.position : 0;
+    if (size > available + OVERRUN_SLACK || size > UINT32_MAX)
+        return refuse_box(context, reader, "it runs past the end of the file");
     payload.resize(size);
     read_payload_start(reader, payload_size, payload);
     return 0;

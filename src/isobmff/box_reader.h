@@ -34,9 +34,10 @@ void read_fields(FileReader& reader, std::span<uint8_t> bytes);
 // Reads the first bytes of a payload into `bytes`, zeros where the payload or the file ends before.
 void read_payload_start(FileReader& reader, int64_t payload_size, std::span<uint8_t> bytes);
 
-// True when `size` bytes from the reader's position on can be there: what a payload says is checked against the file
-// before memory is made for it.
-[[nodiscard]] bool payload_in_file(const MediaContext& context, const FileReader& reader, uint64_t size);
+// To be asked before `size` bytes of table entries are read, of which `payload_left` lie in the payload. The others are
+// taken from what follows it, deliberately, as with read_fields; they count as work. Returns 0, 1 when the file or byte
+// range does not hold so many, or 11 when the limit of work is reached; both end the walk.
+[[nodiscard]] int admit_entries(MediaContext& context, const FileReader& reader, uint64_t size, int64_t payload_left);
 
 // Copies a whole payload; 0, or 1 when it runs past the file.
 [[nodiscard]] int read_payload(MediaContext& context, FileReader& reader, int64_t payload_size,

@@ -184,13 +184,34 @@ int parse_hevc_configuration(VideoConfiguration& video) {
     return 0;
 }
 
-// Takes the payload into a configuration without parameter sets.
-int start_video_configuration(MediaContext& context, FileReader& reader, int64_t payload_size) {
-    VideoConfiguration& video = context.current_track->video;
-    video.vps.clear();
-    video.sps.clear();
-    video.pps.clear();
-    return read_payload(context, reader, payload_size, video.payload);
+int read_avc_record(MediaContext& context, FileReader& reader, int64_t payload_size, VideoConfiguration& video) {
+    video = {};
+    const int status = read_payload(context, reader, payload_size, video.payload);
+    if (status != 0) return status;
+    const auto mark_end =
+        video.payload.begin() + static_cast<ptrdiff_t>(std::min(PIFF_MARK.size(), video.payload.size()));
+    if (std::equal(video.payload.begin(), mark_end, PIFF_MARK.begin(), PIFF_MARK.end()))
+        parse_piff_configuration(video);
+    else if (!parse_avc_configuration(video))
+        note_box(context, reader, OVERRUN_RULE);
+    return 0;
+}
+
+int read_hevc_record(MediaContext& context, FileReader& reader, int64_t payload_size, VideoConfiguration& video) {
+    video = {};
+    const int status = read_payload(context, reader, payload_size, video.payload);
+    if (status != 0) return status;
+    try {
+        const int parsed = parse_hevc_configuration(video);
+        if (parsed == UNNAMED_OVERRUN)
+            note_box(context, reader, OVERRUN_RULE);
+        else
+            context.status |= parsed;
+    } catch (const std::bad_alloc&) {
+        std::printf("[SV]   : Allocation failure\n");
+        return refuse_box(context, reader, "memory is short for its parameter sets");
+    }
+    return 0;
 }
 
 }  // namespace
@@ -214,37 +235,19 @@ int read_dec3(MediaContext& context, FileReader& reader, int64_t payload_size) {
 }
 
 int read_avcC(MediaContext& context, FileReader& reader, int64_t payload_size) {
-    const int status = start_video_configuration(context, reader, payload_size);
-    if (status != 0) return status;
-    VideoConfiguration& video = context.current_track->video;
-    const auto mark_end =
-        video.payload.begin() + static_cast<ptrdiff_t>(std::min(PIFF_MARK.size(), video.payload.size()));
-    if (std::equal(video.payload.begin(), mark_end, PIFF_MARK.begin(), PIFF_MARK.end()))
-        parse_piff_configuration(video);
-    else if (!parse_avc_configuration(video))
-        note_box(context, reader, OVERRUN_RULE);
-    return 0;
+    return read_avc_record(context, reader, payload_size, context.current_track->video);
+}
+
+int read_avcE(MediaContext& context, FileReader& reader, int64_t payload_size) {
+    return read_avc_record(context, reader, payload_size, context.current_track->enhancement_layer.emplace());
 }
 
 int read_hvcC(MediaContext& context, FileReader& reader, int64_t payload_size) {
-    const int status = start_video_configuration(context, reader, payload_size);
-    if (status != 0) return status;
-    try {
-        const int parsed = parse_hevc_configuration(context.current_track->video);
-        if (parsed == UNNAMED_OVERRUN)
-            note_box(context, reader, OVERRUN_RULE);
-        else
-            context.status |= parsed;
-    } catch (const std::bad_alloc&) {
-        std::printf("[SV]   : Allocation failure\n");
-        return refuse_box(context, reader, "memory is short for its parameter sets");
-    }
-    return 0;
+    return read_hevc_record(context, reader, payload_size, context.current_track->video);
 }
 
-int read_enhancement_layer_configuration(MediaContext& context, FileReader&, int64_t) {
-    context.current_track->video.has_enhancement_layer_box = true;
-    return 0;
+int read_hvcE(MediaContext& context, FileReader& reader, int64_t payload_size) {
+    return read_hevc_record(context, reader, payload_size, context.current_track->enhancement_layer.emplace());
 }
 
 int read_lumora_configuration(MediaContext& context, FileReader& reader, int64_t payload_size) {

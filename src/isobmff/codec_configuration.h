@@ -14,12 +14,14 @@ int store_configuration(MediaContext& context, FileReader& reader, int64_t paylo
 int read_esds(MediaContext& context, FileReader& reader, int64_t payload_size);
 // ETSI TS 102 366, F.6.
 int read_dec3(MediaContext& context, FileReader& reader, int64_t payload_size);
-// ISO/IEC 14496-15, 5.3.3.1, or a payload that begins with "PIFF" and holds the parameter sets behind start codes.
+// ISO/IEC 14496-15, 5.3.3.1, or a payload that begins with "PIFF" and holds the parameter sets after start codes. avcE
+// is the same for the enhancement layer and leaves the configuration of the base layer alone.
 int read_avcC(MediaContext& context, FileReader& reader, int64_t payload_size);
-// ISO/IEC 14496-15, 8.3.3.1. A parameter set that runs past the payload is printed and sets the context's status.
+int read_avcE(MediaContext& context, FileReader& reader, int64_t payload_size);
+// ISO/IEC 14496-15, 8.3.3.1. A parameter set that runs past the payload is printed and sets the context's status. hvcE
+// is to hvcC what avcE is to avcC.
 int read_hvcC(MediaContext& context, FileReader& reader, int64_t payload_size);
-// avcE, hvcE: that it is there is all that counts; its parameter sets are not those of the base layer.
-int read_enhancement_layer_configuration(MediaContext& context, FileReader& reader, int64_t payload_size);
+int read_hvcE(MediaContext& context, FileReader& reader, int64_t payload_size);
 // lmcC, lmvC.
 int read_lumora_configuration(MediaContext& context, FileReader& reader, int64_t payload_size);
 

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <string>
 
+#include "bits/report.h"
 #include "playlist/codecs.h"
 
 namespace {
@@ -45,13 +46,13 @@ int check_avc_codecs(const TrackRecord& track, const std::string& codecs) {
     return SEGMENT_FINDING;
 }
 
-// The H.265 names have no message of their own.
-int check_hevc_codecs(const TrackRecord& track, const std::string& codecs) {
-    const std::string suffix = profile_and_level(*track.lumora);
-    if (track.hdr_video_kind != HDR_LMHE && codecs_contain(codecs, "lmh1" + suffix)) return 0;
-    if (track.hdr_video_kind != HDR_LMH1 && codecs_contain(codecs, "lmhe" + suffix)) return 0;
-    std::printf(
-        "[SV]   : ERROR: Mismatch in the codecs attribute value between the HEVC SampleEntry and the CODECS string in the master manifest.\n");
+// Of H.265 only the entries that Lumora names itself are compared.
+int check_hevc_codecs(const TrackRecord& track, const std::string& codecs, const std::string& path) {
+    if (track.hdr_video_kind != HDR_LMHE && track.hdr_video_kind != HDR_LMH1) return 0;
+    const std::string name = (track.hdr_video_kind == HDR_LMHE ? "lmhe" : "lmh1") + profile_and_level(*track.lumora);
+    if (codecs_contain(codecs, name)) return 0;
+    report_reason(ReasonEffect::FAILS, "reason-mp4-lumora-hevc-codecs", path, "track %d: CODECS does not name its %s",
+                  static_cast<int32_t>(track.track_ID), name.c_str());
     return SEGMENT_FINDING;
 }
 
@@ -90,7 +91,7 @@ bool is_single_track(const LumoraConfiguration& lumora) {
 }
 
 int check_enhancement_layer_box(const TrackRecord& track) {
-    if (!is_single_track(*track.lumora) || track.video.has_enhancement_layer_box) return 0;
+    if (!is_single_track(*track.lumora) || track.enhancement_layer) return 0;
     if (is_avc(track)) {
         std::printf("[SV]   : ERROR: single track lumora, must have EL config box\n");
         return SEGMENT_FINDING;
@@ -102,12 +103,12 @@ int check_enhancement_layer_box(const TrackRecord& track) {
 
 }  // namespace
 
-int check_lumora_configuration(const MediaContext& context, const TrackRecord& track) {
+int check_lumora_configuration(const MediaContext& context, const TrackRecord& track, const std::string& path) {
     if (!is_lumora_video(track)) return 0;
     int status = 0;
     const std::string* codecs = playlist_codecs(context);
     if (codecs != nullptr)
-        status |= is_avc(track) ? check_avc_codecs(track, *codecs) : check_hevc_codecs(track, *codecs);
+        status |= is_avc(track) ? check_avc_codecs(track, *codecs) : check_hevc_codecs(track, *codecs, path);
     status |= check_version(*track.lumora);
     status |= check_profile_and_level(track);
     status |= check_enhancement_layer_box(track);

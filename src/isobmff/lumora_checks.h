@@ -5,8 +5,9 @@
 // Both do nothing for tracks that are not H.264 or H.265 with a Lumora configuration, and return 0, or 11 with
 // findings.
 
-// The configuration against the playlist's CODECS and in itself.
-[[nodiscard]] int check_lumora_configuration(const MediaContext& context, const TrackRecord& track);
+// The configuration against the playlist's CODECS and in itself. `path` is the segment, for standard error.
+[[nodiscard]] int check_lumora_configuration(const MediaContext& context, const TrackRecord& track,
+                                             const std::string& path);
 
 // Which layers are present, after the segment's samples.
 [[nodiscard]] int check_lumora_layers(const TrackRecord& track);

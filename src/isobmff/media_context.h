@@ -123,14 +123,13 @@ struct ParameterSet {
     size_t size = 0;
 };
 
-// ISO/IEC 14496-15, avcC and hvcC: the length fields of the samples and the parameter sets.
+// ISO/IEC 14496-15, avcC and hvcC, avcE and hvcE: the length fields of the samples and the parameter sets.
 struct VideoConfiguration {
     std::vector<uint8_t> payload;
     uint32_t length_size_minus_one = 0;
     std::vector<ParameterSet> vps;  // H.265 only
     std::vector<ParameterSet> sps;
     std::vector<ParameterSet> pps;
-    bool has_enhancement_layer_box = false;  // avcE or hvcE
 };
 
 // lmcC and lmvC.
@@ -173,6 +172,7 @@ struct TrackRecord {
     std::optional<std::vector<uint8_t>> config;  // payload of dac3, dac4, dec3, dmlp, d263 or esds
     Ec3Configuration ec3;
     VideoConfiguration video;
+    std::optional<VideoConfiguration> enhancement_layer;  // avcE or hvcE; its parameter sets are never written
     std::optional<LumoraConfiguration> lumora;
 
     // Timing.
@@ -246,25 +246,10 @@ struct MediaContext {
 
     std::vector<uint8_t> sample_buffer;
 
-    // What the current segment's samples may still cost, in bytes handled. Tables that name the same data again and
-    // again, or empty samples without end, come to an end here; other input never does.
-    uint64_t work_left = 0;
+    uint64_t work_left = 0;  // see read_limits.h
 };
 
 // The CODECS value to compare with, null when there is none.
 inline const std::string* playlist_codecs(const MediaContext& context) {
     return context.attrs && !context.attrs->codecs.empty() ? &context.attrs->codecs : nullptr;
-}
-
-// Sets the limit: 16 times the file and 4 MiB more.
-inline void start_work(MediaContext& context) {
-    context.work_left = 16 * context.file_size + (uint64_t{4} << 20);
-}
-
-inline void spend_work(MediaContext& context, uint64_t work) {
-    context.work_left -= work < context.work_left ? work : context.work_left;
-}
-
-inline bool work_remains(const MediaContext& context) {
-    return context.work_left > 0;
 }

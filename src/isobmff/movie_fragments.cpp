@@ -180,9 +180,8 @@ int read_trun(MediaContext& context, FileReader& reader, int64_t payload_size) {
     const TrackRun run = read_run_header(reader);
     const uint32_t entry_size = 4 * static_cast<uint32_t>(std::popcount(run.flags & TRUN_PER_SAMPLE_FIELDS));
     const uint64_t size = uint64_t{run.sample_count} * entry_size;
-    if (payload_size < run.header_size || size > static_cast<uint64_t>(payload_size - run.header_size))
-        return refuse_box(context, reader, "its count does not fit its size");
-    if (!payload_in_file(context, reader, size)) return refuse_box(context, reader, "it runs past the end of the file");
+    const int status = admit_entries(context, reader, size, payload_size - run.header_size);
+    if (status != 0) return status;
     append_run(*context.current_track, reader, run, entry_size);
     return 0;
 }

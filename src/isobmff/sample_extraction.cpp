@@ -8,6 +8,7 @@
 
 #include "bits/report.h"
 #include "isobmff/audio_sample_checks.h"
+#include "isobmff/read_limits.h"
 #include "isobmff/sample_tables.h"
 #include "isobmff/track_output.h"
 #include "isobmff/video_samples.h"
@@ -41,13 +42,6 @@ struct Extraction {
     SampleGroup group;
     bool first_sample = true;
 };
-
-// Whether `size` bytes can be read from the reader's position.
-bool can_deliver(const MediaContext& context, const FileReader& reader, uint64_t size) {
-    if (size == 0) return true;
-    if (reader.position >= context.file_size || size > context.file_size - reader.position) return false;
-    return !reader.limited || (reader.remaining > 0 && size <= static_cast<uint64_t>(reader.remaining));
-}
 
 // Takes samples of the current chunk, of which it has `left` more.
 void gather_group(Extraction& extraction, uint32_t& left) {

@@ -15,13 +15,12 @@ constexpr uint32_t PIECE_SIZE = 24 * 512;
 
 using AppendEntry = void (*)(SampleTables& tables, std::span<const uint8_t> entry);
 
-// Reads `count` entries of `entry_size` bytes, after checking them against the `payload_left` bytes that carry them.
+// Reads `count` entries of `entry_size` bytes, of which `payload_left` bytes lie in the payload.
 int read_entries(MediaContext& context, FileReader& reader, uint64_t count, uint32_t entry_size, int64_t payload_left,
                  AppendEntry append) {
     const uint64_t size = count * entry_size;
-    if (payload_left < 0 || size > static_cast<uint64_t>(payload_left))
-        return refuse_box(context, reader, "its count does not fit its size");
-    if (!payload_in_file(context, reader, size)) return refuse_box(context, reader, "it runs past the end of the file");
+    const int status = admit_entries(context, reader, size, payload_left);
+    if (status != 0) return status;
     std::array<uint8_t, PIECE_SIZE> piece{};
     SampleTables& tables = context.current_track->samples;
     for (uint64_t done = 0; done < size; done += PIECE_SIZE) {

@@ -7,7 +7,7 @@
 #include "isobmff/media_context.h"
 
 // Handlers (see BoxHandler) of the sample tables of a track, ISO/IEC 14496-12, 8.6 and 8.7. A table replaces the one
-// that the track had. A count that does not fit the payload ends the walk.
+// that the track had.
 
 int read_stsz(MediaContext& context, FileReader& reader, int64_t payload_size);
 int read_stts(MediaContext& context, FileReader& reader, int64_t payload_size);

@@ -10,6 +10,7 @@
 #include "isobmff/box_reader.h"
 #include "isobmff/lumora_checks.h"
 #include "isobmff/media_context.h"
+#include "isobmff/read_limits.h"
 #include "isobmff/sample_entry_checks.h"
 #include "isobmff/sample_extraction.h"
 #include "isobmff/track_output.h"
@@ -56,7 +57,7 @@ void report_unchecked_samples(const MediaContext& context, TrackRecord& track, c
 // Returns false when the track's file cannot be opened: the tracks behind it are not looked at then.
 bool validate_track(MediaContext& context, FileReader& reader, TrackRecord& track, int& status) {
     status |= check_sample_entry(context, track, reader.path);
-    status |= check_lumora_configuration(context, track);
+    status |= check_lumora_configuration(context, track, reader.path);
     const int opened = open_track_output(context, track);
     status |= opened;
     if (opened != 0) return false;
@@ -107,9 +108,10 @@ int validate_mp4_segment(FileReader& reader, const SegmentEntry& segment, MediaC
     }
     if (apply_byte_range(*context, reader, segment) != 0) return 1;
     start_work(*context);
-    const bool walked = parse_media(*context, reader) == 0;
+    const int walk_status = parse_media(*context, reader);
+    const bool walked = walk_status == 0;
     if (segment.kind == SEGMENT_INIT) context->init_refused = !walked;
-    int status = walked ? context->status : 1;
+    int status = walked ? context->status : walk_status;
     if (walked)
         for (const std::unique_ptr<TrackRecord>& track : context->tracks)
             if (!validate_track(*context, reader, *track, status)) break;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "bits/byte_order.h"
+#include "isobmff/read_limits.h"
 #include "isobmff/track_output.h"
 
 namespace {

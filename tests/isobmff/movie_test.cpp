@@ -113,6 +113,11 @@ TEST(Movie, VideoConfigurations) {
     const Bytes hevc = hvcC(4, {{32, {{1}}}, {39, {{1}}}, {33, {{1}}}, {34, {{1}, {2, 2, 2}}}});
     std::vector<SegmentCase> cases = {entry_case("PIFF form", visual_entry("avc1", {box("avcC", {piff})})),
                                       cut("hvc1", hevc, hevc.size())};
+    const Bytes other_sets = {1, 2, 3, 4, 0xFF, 0xE1, 0, 9, 7};
+    cases.push_back(
+        entry_case("enhancement layer with sets of its own", visual_entry("avc1", {avc, box("avcE", {other_sets})})));
+    cases.push_back(entry_case("enhancement layer cut",
+                               visual_entry("hvc1", {hevc, box("hvcE", {zero_bytes(22), {1, 34, 0, 1, 0, 9, 1}})})));
     // Inside the PPS, SPS, SEI and VPS.
     for (const size_t size : {58u, 48u, 42u, 36u}) cases.push_back(cut("hvc1", hevc, size));
     for (size_t size = 8; size <= avc.size(); ++size) cases.push_back(cut("avc1", avc, size));

@@ -26,6 +26,13 @@ TEST(SampleTables, ClaimsBeyondAllMeasureEnd) {
     EXPECT_EQ(run_segments({"repeated chunk", {data_and_tables(zero_bytes(16384), tables)}}).statuses[0], 11);
     EXPECT_LT(track_file("track_id_1.data").size(), 20u << 20);
 
+    // Tables that are read on to the end of the file, one after the other.
+    std::string read_on;
+    for (int i = 0; i < 3000; ++i) read_on += "stsz:32 0 0 5000\n";
+    EXPECT_EQ(
+        run_segments({"read on", {init_section({{.entry = DATA_ENTRY, .tables = text_boxes(read_on)}})}}).statuses,
+        (std::vector<int>{11, 0}));
+
     // A run of empty samples costs nothing in the file.
     const Bytes empty = fragment("tfhd:32 0x20000 1\ntrun:32 1 0xFFFFFFFF 0\ntrun:32 1 0xFFFFFFFF 0", "");
     EXPECT_EQ(run_segments({"empty", {init_with_entry(DATA_ENTRY), empty}}).statuses[1], 11);
