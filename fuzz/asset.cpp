@@ -12,7 +12,9 @@
 #include <vector>
 
 #include "bits/file.h"
+#include "bits/recorder.h"
 #include "driver/run.h"
+#include "json/events.h"
 
 namespace {
 
@@ -98,7 +100,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::vector<std::string> options = command_line(data[0]);
     std::vector<const char*> arguments;
     for (const std::string& option : options) arguments.push_back(option.c_str());
+    // Half of the inputs run as quorlin-json does.
+    set_recorder(size % 2 == 1 ? &event_recorder() : nullptr);
     const int status = run(static_cast<int>(arguments.size()), arguments.data());
+    set_recorder(nullptr);
     if (status != 0 && status != -1) std::abort();
     return 0;
 }
