@@ -6,6 +6,7 @@
 #include <string>
 
 #include "isobmff/segment_validation.h"
+#include "playlist/byte_range.h"
 
 namespace {
 
@@ -18,6 +19,7 @@ int validate(const uint8_t* data, size_t size, uint32_t chunk_size) {
     MediaContextPtr context = create_init_context(std::nullopt, "s", "i", &attrs);
     const std::optional<ByteRange> ranges[] = {std::nullopt, ByteRange{std::to_string(size - size / 4), "0"},
                                                ByteRange{std::to_string(size), std::nullopt}};
+    ByteRangeEnds ends;
     int statuses = 0;
     for (const std::optional<ByteRange>& range : ranges) {
         FileReader reader;
@@ -27,6 +29,9 @@ int validate(const uint8_t* data, size_t size, uint32_t chunk_size) {
         reader_start(reader);
         SegmentEntry entry;
         entry.byte_range = range;
+        ByteSpan span;
+        (void)resolve_byte_range(entry, ends, span);
+        start_on_range(reader, span);
         statuses = statuses * 16 + validate_mp4_segment(reader, entry, context.get());
     }
     return statuses * 16 + release_init_context(context);

@@ -144,6 +144,15 @@ void reader_restart(FileReader& reader, int64_t remaining) {
     reader.position = reader.start_offset;
 }
 
+std::span<const uint8_t> reader_buffered(const FileReader& reader) {
+    return reader_bytes(reader).subspan(reader.cursor, reader.valid - reader.cursor);
+}
+
+void reader_clear_error(FileReader& reader) {
+    if (reader.file) std::clearerr(reader.file.get());
+    reader.read_error = false;
+}
+
 uint32_t reader_read(uint8_t* destination, uint32_t count, FileReader& reader) {
     if (at_end_of_stream(reader)) return 0;
     if (reader.limited) count = static_cast<uint32_t>(std::min<uint64_t>(remaining_bytes(reader), count));

@@ -45,6 +45,12 @@ int reader_start(FileReader& reader);
 // Starts again at `start_offset`, with `remaining` bytes to read when limited; a buffer that holds that place is kept.
 void reader_restart(FileReader& reader, int64_t remaining);
 
+// The bytes that wait in the buffer. Valid until the next call on the reader.
+std::span<const uint8_t> reader_buffered(const FileReader& reader);
+
+// What failed in one byte range of a file is not the next one's failure.
+void reader_clear_error(FileReader& reader);
+
 // Copies up to `count` bytes to `destination`; returns how many were delivered (fewer at the end or the limit).
 uint32_t reader_read(uint8_t* destination, uint32_t count, FileReader& reader);
 

@@ -50,18 +50,14 @@ struct SeriesState {
     TsSegmentTiming previous_timing;
 };
 
-void validate_series_segment(const std::string& name, const std::string& stem,
-                             const std::optional<std::string>& output_dir, SeriesState& series) {
+// The segment that the reader of the series is open on.
+void validate_series_segment(const std::string& stem, const std::optional<std::string>& output_dir,
+                             SeriesState& series) {
     TsSegmentTiming timing;
-    FileReader& reader = series.reader;
     const bool first_segment = series.count == 0;
     ++series.count;
-    const int opened = set_segment(reader, open_input_file(name), name);
-    series.error_flag |= opened;
-    if (opened == 0) {
-        reader_start(reader);
-        series.error_flag |= ts_process_segment(reader, output_dir, stem, first_segment, nullptr, &timing);
-    }
+    reader_start(series.reader);
+    series.error_flag |= ts_process_segment(series.reader, output_dir, stem, first_segment, nullptr, &timing);
     if (series.error_flag == 0 && series.previous_timing.video_first_pts != -1) {
         // A series reports its timing findings but they leave the verdict alone, deliberately.
         (void)check_segment_timing(timing, series.previous_timing, TimingCaller::TEMPLATE);
@@ -69,12 +65,15 @@ void validate_series_segment(const std::string& name, const std::string& stem,
     series.previous_timing = timing;
 }
 
-// True at an index whose file can be opened. One that is there but cannot be opened ends the series like one that is
-// not, and with it everything behind it goes unseen: that is said.
-bool is_in_series(const std::string& name) {
-    if (open_input_file(name)) return true;
-    if (errno != ENOENT) report_reason(name, "cannot be opened: %s; the series ends here", open_failure_text());
-    return false;
+// Opens the reader on the file of the next index; false ends the series. A file that is there but cannot be opened ends
+// it like one that is not, and with it everything after it goes unseen: that is said.
+bool open_in_series(FileReader& reader, const std::string& name) {
+    reader_close(reader);
+    reader.file = open_input_file(name);
+    reader.path = name;
+    if (!reader.file && errno != ENOENT)
+        report_reason(name, "cannot be opened: %s; the series ends here", open_failure_text());
+    return reader.file != nullptr;
 }
 
 // Takes the stem of the template itself, not of a segment's name.
@@ -84,8 +83,8 @@ int run_template(const CommandLineOptions& options, const std::string& stem,
     std::string name;
     for (int64_t index = options.start_index; index <= std::numeric_limits<int32_t>::max(); ++index) {
         const TemplateKind kind = expand_template(options.input_path, static_cast<int32_t>(index), name);
-        if (kind == TemplateKind::NO_MATCH || !is_in_series(name)) break;
-        validate_series_segment(name, stem, output_dir, series);
+        if (kind == TemplateKind::NO_MATCH || !open_in_series(series.reader, name)) break;
+        validate_series_segment(stem, output_dir, series);
         if (kind == TemplateKind::FIXED || std::ferror(stdout) != 0) break;
     }
     if (series.count == 0) {

@@ -1,31 +1,19 @@
 #include "driver/segment_format.h"
 
-#include <cstdio>
+#include <algorithm>
 #include <string_view>
 
-#include "bits/file_reader.h"
 #include "bits/report.h"
 
-SegmentFormat detect_segment_format(const std::string& path) {
-    const File file = open_input_file(path);
-    if (!file) {
-        const char* reason = open_failure_text();
-        std::printf("ERROR: Invalid file path: %s\n", path.c_str());
-        report_reason(path, "cannot be opened again: %s", reason);
-        return FORMAT_UNKNOWN;
-    }
-    std::setvbuf(file.get(), nullptr, _IONBF, 0);
-    char bytes[8] = {};
-    const size_t size = std::fread(bytes, 1, sizeof bytes, file.get());
-    if (std::ferror(file.get()) != 0) {
-        report_reason(path, "read error at the start of the segment");
-        return FORMAT_UNKNOWN;
-    }
-    const std::string_view start(bytes, size);
-    if (start.starts_with('G')) return FORMAT_TS;
-    if (start.starts_with("ID3")) return FORMAT_PACKED_AUDIO;
-    const std::string_view box_type = std::string_view(bytes, sizeof bytes).substr(4);
-    if (box_type == "ftyp" || box_type == "styp" || box_type == "moof") return FORMAT_ISO_MEDIA;
+SegmentFormat detect_segment_format(std::span<const uint8_t> start, const std::string& path) {
+    const std::string_view text(reinterpret_cast<const char*>(start.data()),
+                                std::min<size_t>(start.size(), FORMAT_DECIDING_SIZE));
+    if (text.starts_with('G')) return SegmentFormat::TRANSPORT_STREAM;
+    if (text.starts_with("ID3")) return SegmentFormat::PACKED_AUDIO;
+    const bool playlist = text.starts_with("#M3U");
+    if (!playlist && (text.ends_with("ftyp") || text.ends_with("styp") || text.ends_with("moof")) &&
+        text.size() == FORMAT_DECIDING_SIZE)
+        return SegmentFormat::ISO_MEDIA;
     report_reason(path, "the segment's container is not recognised from its first 8 bytes");
-    return start.starts_with("#M3U") ? FORMAT_PLAYLIST : FORMAT_UNKNOWN;
+    return playlist ? SegmentFormat::PLAYLIST : SegmentFormat::UNKNOWN;
 }

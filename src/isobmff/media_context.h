@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "bits/output_file.h"
-#include "playlist/byte_range.h"
 #include "playlist/playlist_attributes.h"
 #include "ztpinfo/ztpinfo.h"
 
@@ -240,9 +239,6 @@ struct MediaContext {
 
     std::vector<std::unique_ptr<TrackRecord>> tracks;
     TrackRecord* current_track = nullptr;  // inside a trak, or named by the last tfhd
-
-    // The last byte range, which one without an offset continues.
-    ByteRangeEnds range_ends;
 
     std::vector<uint8_t> sample_buffer;
 

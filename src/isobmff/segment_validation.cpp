@@ -14,35 +14,8 @@
 #include "isobmff/sample_entry_checks.h"
 #include "isobmff/sample_extraction.h"
 #include "isobmff/track_output.h"
-#include "playlist/byte_range.h"
 
 namespace {
-
-// Longer ranges than any file: keeps every place that is seeked to inside what a file system takes.
-constexpr uint64_t MAX_RANGE_LENGTH = uint64_t{1} << 42;
-
-// Confines the reader to the entry's range, or to the whole file, and starts it. Returns 0, or 1 when the range cannot
-// be applied.
-int apply_byte_range(MediaContext& context, FileReader& reader, const SegmentEntry& segment) {
-    // The file may be open from the range before: a read that failed there is not this one's.
-    if (reader.file) std::clearerr(reader.file.get());
-    reader.read_error = false;
-    context.file_size = reader_file_size(reader);
-    context.range_length = 0;
-    reader.start_offset = 0;
-    reader.limited = false;
-    if (segment.byte_range) {
-        ByteSpan range;
-        if (resolve_byte_range(*segment.byte_range, reader.path, context.range_ends, range) != 0) return 1;
-        if (range.length != 0) {
-            context.range_length = std::min(range.length, MAX_RANGE_LENGTH);
-            reader.start_offset = std::min(range.offset, context.file_size);
-            reader.limited = true;
-        }
-    }
-    reader_restart(reader, static_cast<int64_t>(context.range_length));
-    return 0;
-}
 
 // Samples that go to their file without a check: said once for a track.
 void report_unchecked_samples(const MediaContext& context, TrackRecord& track, const std::string& path) {
@@ -70,8 +43,8 @@ bool validate_track(MediaContext& context, FileReader& reader, TrackRecord& trac
 // A segment without a finding, in which there was nothing to look at.
 void report_empty_segment(const MediaContext& context, const SegmentEntry& segment, const std::string& path) {
     const auto has_samples = [](const auto& track) { return track->samples.sample_count > 0; };
-    const bool is_media = segment.kind == SEGMENT_MEDIA || segment.kind == SEGMENT_BYTE_RANGE;
-    if (segment.kind == SEGMENT_INIT && context.tracks.empty())
+    const bool is_media = segment.kind == SegmentKind::MEDIA || segment.kind == SegmentKind::BYTE_RANGE;
+    if (segment.kind == SegmentKind::INIT && context.tracks.empty())
         report_reason(path, "the init section has no track: nothing is validated");
     else if (is_media && std::none_of(context.tracks.begin(), context.tracks.end(), has_samples))
         report_reason(path, "no sample of a known track is in it: nothing is validated");
@@ -106,11 +79,12 @@ int validate_mp4_segment(FileReader& reader, const SegmentEntry& segment, MediaC
         report_reason(reader.path, "no init section (EXT-X-MAP) came before this segment");
         return 1;
     }
-    if (apply_byte_range(*context, reader, segment) != 0) return 1;
+    context->file_size = reader_file_size(reader);
+    context->range_length = reader.limited ? static_cast<uint64_t>(reader.remaining) : 0;
     start_work(*context);
     const int walk_status = parse_media(*context, reader);
     const bool walked = walk_status == 0;
-    if (segment.kind == SEGMENT_INIT) context->init_refused = !walked;
+    if (segment.kind == SegmentKind::INIT) context->init_refused = !walked;
     int status = walked ? context->status : walk_status;
     if (walked)
         for (const std::unique_ptr<TrackRecord>& track : context->tracks)

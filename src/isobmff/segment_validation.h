@@ -23,7 +23,7 @@ using MediaContextPtr = std::unique_ptr<MediaContext, MediaContextDeleter>;
 // Closes the output files and frees the context; null is allowed. Returns 0, or 11 when data could not be written.
 [[nodiscard]] int release_init_context(MediaContextPtr& context);
 
-// Validates the init section or media segment `segment` that `reader` is open on (opened, not yet confined to the
-// entry's byte range: this does it) and extracts its samples. `context` is null when no init section came first.
-// Returns 0; 11 with findings; 1 when the byte range cannot be applied or the boxes cannot be walked.
+// Validates the init section or media segment `segment` that `reader` is started on and extracts its samples. `context`
+// is null when no init section came first. Returns 0; 11 with findings; 1 without an init section or when the boxes
+// cannot be walked.
 [[nodiscard]] int validate_mp4_segment(FileReader& reader, const SegmentEntry& segment, MediaContext* context);

@@ -7,12 +7,28 @@ namespace {
 
 // The value of a CODECS attribute is complete when something that ends with a double quote follows its opening one.
 bool is_closed(std::string_view value) {
-    value = trim_right(value);
     return value.size() >= 2 && value.back() == '"';
 }
 
 size_t end_of_piece(std::string_view list, size_t start) {
     return std::min(list.find(',', start), list.size());
+}
+
+std::string_view trimmed_piece(std::string_view list, size_t start, size_t end) {
+    return trim_right(list.substr(start, end - start));
+}
+
+// Appends the pieces after `end` up to the one that closes the value, each without its trailing blanks; `end` becomes
+// the end of the last one.
+std::string join_quoted_pieces(std::string_view list, size_t start, size_t& end) {
+    std::string value(trimmed_piece(list, start, end));
+    while (end < list.size() && !is_closed(value)) {
+        const size_t piece = end + 1;
+        end = end_of_piece(list, piece);
+        value += ',';
+        value += trimmed_piece(list, piece, end);
+    }
+    return value;
 }
 
 std::string_view strip_quotes(std::string_view value, AttributeForm form) {
@@ -45,9 +61,9 @@ void parse_attribute_list(std::string_view list, std::span<const AttributeSlot> 
         const auto slot = std::find_if(slots.begin(), slots.end(), [&](const auto& s) { return s.name == name; });
         if (slot == slots.end()) continue;
         const size_t value = start + equals + 1;
-        if (slot->form == AttributeForm::CODECS) {
-            while (end < list.size() && !is_closed(list.substr(value, end - value))) end = end_of_piece(list, end + 1);
-        }
-        *slot->value = strip_quotes(trim_right(list.substr(value, end - value)), slot->form);
+        if (slot->form == AttributeForm::CODECS)
+            *slot->value = strip_quotes(join_quoted_pieces(list, value, end), slot->form);
+        else
+            *slot->value = strip_quotes(trimmed_piece(list, value, end), slot->form);
     }
 }

@@ -9,7 +9,7 @@
 enum class AttributeForm {
     RAW,     // as it stands, quotes included
     QUOTED,  // without its first and last character, whatever they are
-    CODECS,  // a quoted list: it goes on behind its commas up to the piece that ends with a double quote
+    CODECS,  // a quoted list: it goes on after its commas up to the piece that ends with a double quote
 };
 
 struct AttributeSlot {

@@ -1,11 +1,13 @@
 #include "playlist/byte_range.h"
 
+#include <algorithm>
 #include <cstdlib>
-#include <string>
-
-#include "bits/report.h"
+#include <limits>
 
 namespace {
+
+// Longer than any file: keeps every place that is seeked to inside what a file system takes.
+constexpr uint64_t MAX_RANGE_LENGTH = uint64_t{1} << 42;
 
 // Saturates; returns false when there is no digit or the number is negative.
 bool parse_leading_integer(const std::string& text, uint64_t& value) {
@@ -16,20 +18,37 @@ bool parse_leading_integer(const std::string& text, uint64_t& value) {
     return true;
 }
 
+// Where a range without an offset begins.
+uint64_t implied_offset(const SegmentEntry& entry, const std::string& path, const ByteRangeEnds& ends) {
+    if (entry.kind == SegmentKind::INIT) return 0;
+    const auto media = ends.media.find(path);
+    if (media != ends.media.end()) return media->second;
+    const auto init = ends.init.find(path);
+    return init != ends.init.end() ? init->second : 0;
+}
+
 }  // namespace
 
-int resolve_byte_range(const ByteRange& range, const std::string& path, ByteRangeEnds& ends, ByteSpan& span) {
-    uint64_t& previous_end = ends[path];
-    span = {previous_end, 0};
-    if (!parse_leading_integer(range.length, span.length) ||
-        (range.offset && !parse_leading_integer(*range.offset, span.offset))) {
-        report_reason(path, "the byte range \"%s%s%s\" is not a length and an offset; the segment is not read",
-                      range.length.c_str(), range.offset ? "@" : "", range.offset.value_or("").c_str());
+int resolve_byte_range(const SegmentEntry& entry, ByteRangeEnds& ends, ByteSpan& span) {
+    span = {};
+    if (!entry.byte_range) return 0;
+    const std::string path = entry.uri.value_or("");
+    uint64_t length = 0;
+    uint64_t offset = 0;
+    if (!parse_leading_integer(entry.byte_range->length, length)) return -1;
+    if (!entry.byte_range->offset)
+        offset = implied_offset(entry, path, ends);
+    else if (!parse_leading_integer(*entry.byte_range->offset, offset))
         return -1;
-    }
-    if (span.length == 0)
-        span.offset = 0;
-    else
-        previous_end = span.offset + span.length;
+    if (length == 0) return 0;
+    span = {offset, length};
+    constexpr uint64_t LAST = std::numeric_limits<uint64_t>::max();
+    (entry.kind == SegmentKind::INIT ? ends.init : ends.media)[path] = length > LAST - offset ? LAST : offset + length;
     return 0;
+}
+
+void start_on_range(FileReader& reader, const ByteSpan& range) {
+    reader.start_offset = std::min(range.offset, reader_file_size(reader));
+    reader.limited = range.length != 0;
+    reader_restart(reader, static_cast<int64_t>(std::min(range.length, MAX_RANGE_LENGTH)));
 }

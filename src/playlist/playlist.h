@@ -43,13 +43,13 @@ struct VariantStream {
 };
 
 // By the tag that made the entry.
-enum SegmentKind : uint32_t {
-    SEGMENT_NONE = 0,           // counted, but its tag was swallowed as another entry's address
-    SEGMENT_MEDIA = 1,          // EXTINF
-    SEGMENT_BYTE_RANGE = 2,     // EXTINF with EXT-X-BYTERANGE
-    SEGMENT_INIT = 3,           // EXT-X-MAP
-    SEGMENT_DISCONTINUITY = 4,  // EXT-X-DISCONTINUITY
-    SEGMENT_END_LIST = 5,       // EXT-X-ENDLIST
+enum class SegmentKind : uint32_t {
+    NONE = 0,           // counted, but its tag was swallowed as another entry's address
+    MEDIA = 1,          // EXTINF
+    BYTE_RANGE = 2,     // EXTINF with EXT-X-BYTERANGE
+    INIT = 3,           // EXT-X-MAP
+    DISCONTINUITY = 4,  // EXT-X-DISCONTINUITY
+    END_LIST = 5,       // EXT-X-ENDLIST
 };
 
 // The two texts of a byte range, split at its first "@".
@@ -62,7 +62,7 @@ struct SegmentEntry {
     Text duration;
     Text uri;  // resolved path
     std::optional<ByteRange> byte_range;
-    uint32_t kind = SEGMENT_NONE;
+    SegmentKind kind = SegmentKind::NONE;
 };
 
 // What of the text was not read as it is meant.

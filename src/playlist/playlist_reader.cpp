@@ -151,7 +151,7 @@ void read_iframe_variant(PlaylistParser& parser, std::string_view list) {
 
 void read_map(PlaylistParser& parser, std::string_view list) {
     SegmentEntry& entry = parser.playlist.entries.emplace_back();
-    entry.kind = SEGMENT_INIT;
+    entry.kind = SegmentKind::INIT;
     Text uri;
     Text byte_range;
     const AttributeSlot slots[] = {
@@ -168,12 +168,12 @@ void read_map(PlaylistParser& parser, std::string_view list) {
 
 void read_segment(PlaylistParser& parser, std::string_view value) {
     SegmentEntry& entry = parser.playlist.entries.emplace_back();
-    entry.kind = SEGMENT_MEDIA;
+    entry.kind = SegmentKind::MEDIA;
     entry.duration = value.substr(0, value.find(','));
     std::string_view line;
     next_line(parser.lines, line);
     if (line.starts_with("#EXT-X-BYTERANGE")) {
-        entry.kind = SEGMENT_BYTE_RANGE;
+        entry.kind = SegmentKind::BYTE_RANGE;
         const size_t colon = std::min(line.find(':'), line.size() - 1);
         entry.byte_range = split_byte_range(line.substr(colon + 1));
         next_line(parser.lines, line);
@@ -196,13 +196,13 @@ void read_tag(PlaylistParser& parser, std::string_view line) {
     if (match_tag(line, "#EXT-X-MAP:", value)) return read_map(parser, value);
     if (match_tag(line, "#EXTINF:", value)) return read_segment(parser, value);
     if (store_tag(line, "#EXT-X-VERSION:", playlist.version)) return;
-    if (line.starts_with("#EXT-X-DISCONTINUITY")) return add_marker(playlist, SEGMENT_DISCONTINUITY);
+    if (line.starts_with("#EXT-X-DISCONTINUITY")) return add_marker(playlist, SegmentKind::DISCONTINUITY);
     if (store_tag(line, "#EXT-X-TARGETDURATION:", playlist.target_duration)) return;
     if (store_tag(line, "#EXT-X-MEDIA-SEQUENCE:", playlist.media_sequence)) return;
     if (store_tag(line, "#EXT-X-PLAYLIST-TYPE:", playlist.playlist_type)) return;
     if (line.starts_with("#EXT-X-INDEPENDENT-SEGMENTS")) playlist.independent_segments = true;
     if (line.starts_with("#EXT-X-I-FRAMES-ONLY")) playlist.iframes_only = true;
-    if (line.starts_with("#EXT-X-ENDLIST")) add_marker(playlist, SEGMENT_END_LIST);
+    if (line.starts_with("#EXT-X-ENDLIST")) add_marker(playlist, SegmentKind::END_LIST);
     // The standard allows it there, but it is read behind EXTINF only: deliberate.
     if (line.starts_with("#EXT-X-BYTERANGE")) playlist.losses.early_byte_range = true;
     // Keys, dates, session data and every other tag are of no interest here.

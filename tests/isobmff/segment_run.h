@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "isobmff/segment_validation.h"
+#include "playlist/byte_range.h"
 #include "support/box_writer.h"
 #include "support/files.h"
 #include "support/golden.h"
@@ -46,10 +47,14 @@ inline SegmentRun run_over_files(const SegmentCase& c, uint32_t chunk_size = REA
     testing::internal::CaptureStderr();
     run.out = printed_by([&] {
         MediaContextPtr context = create_init_context(output_directory(), "s", "i", c.attrs ? &*c.attrs : nullptr);
+        ByteRangeEnds range_ends;
         for (size_t i = 0; i < c.sections.size(); ++i) {
             FileReader reader = open_bytes(c.sections[i], "segment", chunk_size);
             SegmentEntry entry;
             if (i < c.ranges.size()) entry.byte_range = c.ranges[i];
+            ByteSpan range;
+            (void)resolve_byte_range(entry, range_ends, range);
+            start_on_range(reader, range);
             run.statuses.push_back(validate_mp4_segment(reader, entry, context.get()));
         }
         run.statuses.push_back(release_init_context(context));

@@ -35,8 +35,6 @@ TEST(Segment, ByteRangesOfOneFile) {
             ranges("with offsets", file, {range(size(init), "0"), range(size(second), size(join({init, first})))}),
             ranges("one behind the other", file, {whole_init, range(size(first)), range(size(second))}),
             ranges("length 0 is the whole file", file, {whole_init, range("0", "7")}),
-            ranges("no range", file, {range("none", "0")}),
-            ranges("negative offset", file, {whole_init, range("10", "-1")}),
             ranges("leading integers", file, {range(size(init) + "x", " 0y")}),
             ranges("inside a box", file, {range(size(init), "4")}),
             ranges("behind the file", file, {whole_init, range("100", "1000000")}),

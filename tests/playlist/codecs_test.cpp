@@ -33,15 +33,33 @@ TEST(Codecs, LumoraEntry) {
 }
 
 TEST(ByteRanges, FollowOneAnother) {
+    constexpr SegmentKind MEDIA = SegmentKind::BYTE_RANGE;
+    constexpr SegmentKind INIT = SegmentKind::INIT;
+    const std::pair<SegmentKind, ByteRange> ranges[] = {
+        {MEDIA, {"2", {}}},  {INIT, {"9", "30"}},  {INIT, {"8", {}}},   {MEDIA, {"10", "5"}},
+        {MEDIA, {"3", {}}},  {MEDIA, {" 4", {}}},  {INIT, {"9", "1"}},  {MEDIA, {"0", "7"}},
+        {MEDIA, {"2x", {}}}, {MEDIA, {"-1", "0"}}, {MEDIA, {"1", "x"}}, {MEDIA, {"1", {}}},
+    };
     ByteRangeEnds ends;
     std::string spans;
-    for (const ByteRange& range : std::initializer_list<ByteRange>{
-             {"10", "5"}, {"3", {}}, {" 4", {}}, {"0", "7"}, {"2x", {}}, {"-1", "0"}, {"1", "x"}, {"1", {}}}) {
+    for (const auto& [kind, range] : ranges) {
+        SegmentEntry entry;
+        entry.kind = kind;
+        entry.uri = "a";
+        entry.byte_range = range;
         ByteSpan span;
-        const int status = resolve_byte_range(range, "a", ends, span);
+        const int status = resolve_byte_range(entry, ends, span);
         spans += status == 0 ? std::to_string(span.offset) + "+" + std::to_string(span.length) + " " : "none ";
     }
-    EXPECT_EQ(spans, "5+10 15+3 18+4 0+0 22+2 none none 24+1 ");
+    EXPECT_EQ(spans, "0+2 30+9 0+8 5+10 15+3 18+4 1+9 0+0 22+2 none none 24+1 ");
+    SegmentEntry other;
+    other.kind = MEDIA;
+    other.uri = "b";
+    other.byte_range = {"5", {}};
+    ends.init["b"] = 7;
+    ByteSpan span;
+    EXPECT_EQ(resolve_byte_range(other, ends, span), 0);
+    EXPECT_EQ(span.offset, 7U);
 }
 
 TEST(ZtpProgram, Numbers) {

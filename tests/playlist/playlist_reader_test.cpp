@@ -20,7 +20,8 @@ std::string show(const VariantStream& v) {
 std::string show(const Playlist& playlist) {
     std::string text;
     for (const SegmentEntry& entry : playlist.entries) {
-        text += "entry of kind " + std::to_string(entry.kind) + " " + show(entry.duration) + " " + show(entry.uri);
+        text += "entry of kind " + std::to_string(static_cast<int>(entry.kind)) + " " + show(entry.duration) + " " +
+                show(entry.uri);
         if (entry.byte_range) text += " " + entry.byte_range->length + "|" + show(entry.byte_range->offset);
         text += "\n";
     }
