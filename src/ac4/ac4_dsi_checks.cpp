@@ -1,9 +1,9 @@
 #include <array>
 #include <cinttypes>
 #include <cstddef>
-#include <cstdio>
 
 #include "ac4/ac4_dsi.h"
+#include "bits/finding.h"
 
 namespace {
 
@@ -33,22 +33,24 @@ void report_stop(const Ac4Dsi& dsi, size_t payload_size) {
     const int presentation = static_cast<int>(dsi.presentations.size()) - 1;
     switch (dsi.stop) {
         case AC4_DSI_VERSION_0_IN_NEW_STREAM:
-            std::printf(
-                "[SV]   : ERROR: presentation %d version should be 0 while bitstream version is not bigger than 1.\n",
-                presentation);
+            note("ac4-dac4-version-0-entry",
+                 "[SV]   : ERROR: presentation %d version should be 0 while bitstream version is not bigger than 1.\n",
+                 presentation);
             break;
         case AC4_DSI_VERSION_1_IN_OLD_STREAM:
-            std::printf("[SV]   : ERROR: presentation %d version should be 1 or 2 while bitstream version is 1 or 2.\n",
-                        presentation);
+            note("ac4-dac4-version-1-entry",
+                 "[SV]   : ERROR: presentation %d version should be 1 or 2 while bitstream version is 1 or 2.\n",
+                 presentation);
             break;
         case AC4_DSI_PRES_BYTES_TOO_SMALL:
-            std::printf("[SV]   : ERROR: pres_bytes should not smaller than presentation_bytes.\n");
+            note("ac4-dac4-pres-bytes", "[SV]   : ERROR: pres_bytes should not smaller than presentation_bytes.\n");
             break;
         case AC4_DSI_WRONG_BOX_SIZE:
             // Both values are in bits although the text says bytes; this is deliberate.
-            std::printf("[SV]   : ERROR: size of AC4SpecificBox is incorrect, parsing 0x%" PRIx32
-                        " bytes while the box size is 0x%" PRIx64 " bytes\n",
-                        dsi.position_bits, uint64_t{8} * payload_size);
+            note("ac4-dac4-size",
+                 "[SV]   : ERROR: size of AC4SpecificBox is incorrect, parsing 0x%" PRIx32
+                 " bytes while the box size is 0x%" PRIx64 " bytes\n",
+                 dsi.position_bits, uint64_t{8} * payload_size);
             break;
         case AC4_DSI_COMPLETE:
             break;
@@ -59,11 +61,13 @@ void report_stop(const Ac4Dsi& dsi, size_t payload_size) {
 void check_sample_entry(const Ac4Dsi& dsi, uint32_t sample_size, uint32_t sample_rate, uint32_t channel_count) {
     const uint32_t dsi_channel_count = ac4_dsi_channel_count(dsi);
     if (sample_size != AC4_SAMPLE_SIZE) {
-        std::printf("[SV]   : ERROR: The SampleSize value in the AC4SampleEntry box is not set to 16.\n");
+        note("ac4-dac4-samplesize",
+             "[SV]   : ERROR: The SampleSize value in the AC4SampleEntry box is not set to 16.\n");
     } else if (sample_rate != SAMPLE_RATES[dsi.fs_index]) {
-        std::printf("[SV]   : ERROR: The SampleRate value in the AC4SampleEntry box is incorrect.\n");
+        note("ac4-dac4-samplerate", "[SV]   : ERROR: The SampleRate value in the AC4SampleEntry box is incorrect.\n");
     } else if (dsi_channel_count != 0 && channel_count != dsi_channel_count) {
-        std::printf("[SV]   : ERROR: The ChannelCount value in the AC4SampleEntry box is incorrect.\n");
+        note("ac4-dac4-channelcount",
+             "[SV]   : ERROR: The ChannelCount value in the AC4SampleEntry box is incorrect.\n");
     }
 }
 
@@ -73,9 +77,9 @@ int parse_dac4(std::span<const uint8_t> payload, uint32_t media_timescale, uint3
                uint32_t channel_count, Ac4Dsi& dsi) {
     read_dac4(payload, dsi);
     if (!timescale_matches(dsi, media_timescale)) {
-        std::printf(
-            "[SV]   : ERROR: The timescale parameter in the Media Header Box mismatches the media time scale which "
-            "depends on frame_rate and base_samp_freq in dsi.\n");
+        note("ac4-dac4-timescale",
+             "[SV]   : ERROR: The timescale parameter in the Media Header Box mismatches the media time scale which "
+             "depends on frame_rate and base_samp_freq in dsi.\n");
     }
     report_stop(dsi, payload.size());
     if (dsi.stop == AC4_DSI_COMPLETE) check_sample_entry(dsi, sample_size, sample_rate, channel_count);

@@ -1,10 +1,10 @@
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <vector>
 
 #include "ac4/ac4_dsi.h"
 #include "ac4/ac4_dsi_compare.h"
+#include "bits/finding.h"
 
 namespace {
 
@@ -46,44 +46,35 @@ std::vector<size_t> pair_presentations(const Ac4Dsi& dsi, const ac4_toc& toc) {
 
 int compare_program_id(const Ac4Dsi& dsi, const ac4_toc& toc) {
     int status = 0;
-    if (dsi.short_program_id != toc.short_program_id) {
-        std::printf("[SV]   : ERROR: short_program_id in dsi does not match in toc.\n");
-        status = 1;
-    }
-    if (dsi.b_uuid != toc.b_program_uuid_present) {
-        std::printf("[SV]   : ERROR: b_uuid in dsi does not match in toc.\n");
-        status = 1;
-    }
-    if (dsi.b_uuid != 0 && toc.b_program_uuid_present != 0 && dsi.program_uuid != toc.program_uuid) {
-        std::printf("[SV]   : ERROR: program_uuid in dsi does not match in toc.\n");
-        status = 1;
-    }
+    if (dsi.short_program_id != toc.short_program_id)
+        status |=
+            fail(1, "ac4-dsi-short-program-id", "[SV]   : ERROR: short_program_id in dsi does not match in toc.\n");
+    if (dsi.b_uuid != toc.b_program_uuid_present)
+        status |= fail(1, "ac4-dsi-b-uuid", "[SV]   : ERROR: b_uuid in dsi does not match in toc.\n");
+    if (dsi.b_uuid != 0 && toc.b_program_uuid_present != 0 && dsi.program_uuid != toc.program_uuid)
+        status |= fail(1, "ac4-dsi-program-uuid", "[SV]   : ERROR: program_uuid in dsi does not match in toc.\n");
     return status;
 }
 
 int compare_stream(const Ac4Dsi& dsi, const ac4_toc& toc, size_t n_dsi_presentations) {
     int status = 0;
-    if (dsi.ac4_dsi_version != 1) {
-        std::printf("[SV]   : ERROR: dsi_version in dsi should be 1 in toc.\n");
-        status = 1;
-    }
+    if (dsi.ac4_dsi_version != 1)
+        status |= fail(1, "ac4-dsi-version", "[SV]   : ERROR: dsi_version in dsi should be 1 in toc.\n");
     if (dsi.frame_rate_index != toc.frame_rate_index) {
         // The text ends in a line end of its own; this is deliberate.
-        std::printf("[SV]   : ERROR: frame_rate_index in dsi does not match in toc.\n\n");
-        status = 1;
+        status |=
+            fail(1, "ac4-dsi-frame-rate-index", "[SV]   : ERROR: frame_rate_index in dsi does not match in toc.\n\n");
     }
-    if (n_dsi_presentations != toc.n_presentations) {
-        std::printf("[SV]   : ERROR: n_presentations in dsi does not match in toc.\n");
-        status = 1;
-    }
+    if (n_dsi_presentations != toc.n_presentations)
+        status |= fail(1, "ac4-dsi-n-presentations", "[SV]   : ERROR: n_presentations in dsi does not match in toc.\n");
     return status | compare_program_id(dsi, toc);
 }
 
 int compare_version_0_entry(const Ac4DsiPresentation& entry, size_t index, const ac4_toc& toc, size_t toc_index) {
     if (toc.bitstream_version > 1) {
-        std::printf("[SV]   : ERROR: presentation %zu version should be 1 or 2 while bitstream version is 1 or 2.\n",
+        return fail(1, "ac4-dsi-version-0-entry",
+                    "[SV]   : ERROR: presentation %zu version should be 1 or 2 while bitstream version is 1 or 2.\n",
                     index);
-        return 1;
     }
     if (toc_index >= toc.presentations_v0.size()) return 0;
     const ac4_presentation_v0_dsi unread;
@@ -92,18 +83,16 @@ int compare_version_0_entry(const Ac4DsiPresentation& entry, size_t index, const
 
 int compare_version_1_entry(const Ac4DsiPresentation& entry, size_t index, const ac4_toc& toc, size_t toc_index) {
     if (toc.bitstream_version <= 1) {
-        std::printf(
+        return fail(
+            1, "ac4-dsi-version-1-entry",
             "[SV]   : ERROR: bitstream_version should be bigger than 1 while version of presentation %zu is 1.\n",
             index);
-        return 1;
     }
     if (!entry.v1) {
-        std::printf("[SV]   : ERROR: dsi of presentation version 1 is empty.\n");
-        return 1;
+        return fail(1, "ac4-dsi-empty", "[SV]   : ERROR: dsi of presentation version 1 is empty.\n");
     }
     if (toc_index >= toc.presentations_v1.size()) {
-        std::printf("[SV]   : ERROR: toc of presentation version 1 is empty.\n");
-        return 1;
+        return fail(1, "ac4-dsi-beyond-toc", "[SV]   : ERROR: toc of presentation version 1 is empty.\n");
     }
     return compare_presentation_v1(index, entry, toc.presentations_v1[toc_index], toc);
 }

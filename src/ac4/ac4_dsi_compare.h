@@ -9,17 +9,18 @@
 
 // What the comparison of decoder-specific information with a table of contents is made of.
 
-// One test: the field's label in the finding, both values, whether both sides carry the field (a value behind a
-// presence flag is compared only then), and the words behind the place.
+// One test: the finding's id, the field as the finding names it, both values, whether both sides carry the field (a
+// value behind a presence flag is compared only then), and the words behind the place.
 struct Ac4FieldRow {
-    const char* label;
+    const char* id;
+    const char* field;
     int64_t in_dsi;
     int64_t in_toc;
     bool on_both_sides = true;
     const char* verdict = "does not match in toc.";
 };
 
-// Prints "ERROR: <label> of <place> info in dsi <verdict>" for every row whose values differ. Returns 1 when it
+// Prints "ERROR: <field> of <place> info in dsi <verdict>" for every row whose values differ. Returns 1 when it
 // printed, else 0.
 [[nodiscard]] int compare_fields(const std::string& place, std::span<const Ac4FieldRow> rows);
 
@@ -29,7 +30,9 @@ std::string place_name(const char* kind, size_t index, const std::string& outer)
 // The additional EMDF substreams of a presentation: the flag that announces them, their number, and the ones that both
 // sides have. Returns like compare_fields.
 struct Ac4EmdfLabels {
+    const char* emdf_version_id;
     const char* emdf_version;
+    const char* key_id_id;
     const char* key_id;
     const char* kind;  // for place_name
 };

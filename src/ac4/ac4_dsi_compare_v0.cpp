@@ -18,15 +18,20 @@ int compare_substream(const std::string& place, const ac4_substream_dsi& dsi, co
                                       (language_on_both_sides(dsi_content, toc_content) &&
                                        dsi_content.n_language_tag_bytes != toc_content.n_language_tag_bytes);
     const Ac4FieldRow rows[] = {
-        {"channel_mode", dsi.channel_mode, toc.channel_mode},
-        {"sf_multiplier", dsi.dsi_sf_multiplier, dsi_sf_multiplier(toc.b_sf_multiplier, toc.sf_multiplier)},
-        {"b_bitrate_indicator", dsi.b_substream_bitrate_indicator, toc.b_bitrate_indicator},
-        {"bitrate_indicator", dsi.substream_bitrate_indicator, toc.bitrate_indicator, bitrate},
-        {"add_ch_base", dsi.add_ch_base, toc.add_ch_base, add_ch_base},
-        {"b_content_type", dsi_content.b_content_type, toc_content.b_content_type},
-        {"content_classifier", dsi_content.content_classifier, toc_content.content_classifier, content},
-        {"b_language_indicator", dsi_content.b_language_indicator, toc_content.b_language_indicator, content},
-        {"language_tag_bytes", language_tags_differ, false},
+        {"ac4-dsi-substream-channel-mode", "channel_mode", dsi.channel_mode, toc.channel_mode},
+        {"ac4-dsi-substream-sf-multiplier", "sf_multiplier", dsi.dsi_sf_multiplier,
+         dsi_sf_multiplier(toc.b_sf_multiplier, toc.sf_multiplier)},
+        {"ac4-dsi-substream-b-bitrate-indicator", "b_bitrate_indicator", dsi.b_substream_bitrate_indicator,
+         toc.b_bitrate_indicator},
+        {"ac4-dsi-substream-bitrate-indicator", "bitrate_indicator", dsi.substream_bitrate_indicator,
+         toc.bitrate_indicator, bitrate},
+        {"ac4-dsi-substream-add-ch-base", "add_ch_base", dsi.add_ch_base, toc.add_ch_base, add_ch_base},
+        {"ac4-dsi-substream-b-content-type", "b_content_type", dsi_content.b_content_type, toc_content.b_content_type},
+        {"ac4-dsi-substream-content-classifier", "content_classifier", dsi_content.content_classifier,
+         toc_content.content_classifier, content},
+        {"ac4-dsi-substream-b-language-indicator", "b_language_indicator", dsi_content.b_language_indicator,
+         toc_content.b_language_indicator, content},
+        {"ac4-dsi-substream-language-tag-bytes", "language_tag_bytes", language_tags_differ, false},
     };
     return compare_fields(place, rows);
 }
@@ -36,24 +41,29 @@ int compare_body(const std::string& place, const ac4_presentation_v0_dsi& dsi, c
     const bool id = dsi.b_presentation_group_index != 0 && toc.b_presentation_id != 0;
     const bool hsf_ext = dsi.presentation_config != AC4_DSI_CONFIG_SINGLE && toc.b_single_substream == 0;
     const Ac4FieldRow rows[] = {
-        {"mdcompat", dsi.mdcompat, toc.mdcompat},
-        {"b_presentation_group_index", dsi.b_presentation_group_index, toc.b_presentation_id},
-        {"presentation_group_index", dsi.presentation_group_index, toc.presentation_id, id},
-        {"frame_rate_multiply_info", dsi.dsi_frame_rate_multiply_info, dsi_frame_rate_code(toc.frame_rate_factor)},
-        {"presentation_emdf_version", dsi.emdf_info.emdf_version, toc.emdf_info.emdf_version},
-        {"presentation_key_id", dsi.emdf_info.key_id, toc.emdf_info.key_id},
-        {"presentation_channel_mask", dsi.presentation_channel_mask, toc.presentation_channel_mask, true,
-         "does not match in toc"},
-        {"b_hsf_ext", dsi.b_hsf_ext, toc.b_hsf_ext, hsf_ext},
-        {"b_pre_virtualized", dsi.b_pre_virtualized, toc.b_pre_virtualized},
+        {"ac4-dsi-mdcompat", "mdcompat", dsi.mdcompat, toc.mdcompat},
+        {"ac4-dsi-b-presentation-group-index", "b_presentation_group_index", dsi.b_presentation_group_index,
+         toc.b_presentation_id},
+        {"ac4-dsi-presentation-group-index", "presentation_group_index", dsi.presentation_group_index,
+         toc.presentation_id, id},
+        {"ac4-dsi-frame-rate-multiply-info", "frame_rate_multiply_info", dsi.dsi_frame_rate_multiply_info,
+         dsi_frame_rate_code(toc.frame_rate_factor)},
+        {"ac4-dsi-presentation-emdf-version", "presentation_emdf_version", dsi.emdf_info.emdf_version,
+         toc.emdf_info.emdf_version},
+        {"ac4-dsi-presentation-key-id", "presentation_key_id", dsi.emdf_info.key_id, toc.emdf_info.key_id},
+        {"ac4-dsi-presentation-channel-mask-v0", "presentation_channel_mask", dsi.presentation_channel_mask,
+         toc.presentation_channel_mask, true, "does not match in toc"},
+        {"ac4-dsi-presentation-b-hsf-ext", "b_hsf_ext", dsi.b_hsf_ext, toc.b_hsf_ext, hsf_ext},
+        {"ac4-dsi-b-pre-virtualized", "b_pre_virtualized", dsi.b_pre_virtualized, toc.b_pre_virtualized},
     };
     return compare_fields(place, rows);
 }
 
 int compare_emdf(const std::string& place, const ac4_presentation_v0_dsi& dsi,
                  const ac4_presentation_info& presentation, const ac4_toc& toc) {
-    return compare_emdf_substreams({"substream_emdf_version", "substream_key_id", "emdf_substreams"}, place,
-                                   {dsi.b_add_emdf_substreams, dsi.emdf_substreams},
+    return compare_emdf_substreams({"ac4-dsi-substream-emdf-version", "substream_emdf_version",
+                                    "ac4-dsi-substream-key-id", "substream_key_id", "emdf_substreams"},
+                                   place, {dsi.b_add_emdf_substreams, dsi.emdf_substreams},
                                    {presentation.b_add_emdf_substreams, ac4_emdf_substreams(toc, presentation)});
 }
 

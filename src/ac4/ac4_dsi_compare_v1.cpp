@@ -1,10 +1,10 @@
 #include <algorithm>
 #include <cstddef>
-#include <cstdio>
 #include <string>
 
 #include "ac4/ac4_channel_modes.h"
 #include "ac4/ac4_dsi_compare.h"
+#include "bits/finding.h"
 
 namespace {
 
@@ -15,19 +15,26 @@ int compare_head(const std::string& place, const ac4_presentation_v1_dsi& dsi, c
     const uint32_t id = extended ? dsi.extended_presentation_id : dsi.presentation_id;
     const bool has_id = extended || dsi.b_presentation_id != 0;
     const Ac4FieldRow rows[] = {
-        {"mdcompat", dsi.mdcompat, toc.mdcompat},
-        {"b_presentation_id", has_id, toc.b_presentation_id},
-        {"presentation_id", id, toc.presentation_id, has_id && toc.b_presentation_id != 0},
-        {"frame_rate_multiply_info", dsi.dsi_frame_rate_multiply_info, dsi_frame_rate_code(toc.frame_rate_factor)},
-        {"frame_rate_fraction_info", dsi.dsi_frame_rate_fraction_info, dsi_frame_rate_code(toc.frame_rate_fraction)},
-        {"presentation_emdf_version", dsi.emdf_info.emdf_version, toc.emdf_info.emdf_version},
-        {"presentation_key_id", dsi.emdf_info.key_id, toc.emdf_info.key_id},
+        {"ac4-dsi-mdcompat", "mdcompat", dsi.mdcompat, toc.mdcompat},
+        {"ac4-dsi-b-presentation-id", "b_presentation_id", has_id, toc.b_presentation_id},
+        {"ac4-dsi-presentation-id", "presentation_id", id, toc.presentation_id, has_id && toc.b_presentation_id != 0},
+        {"ac4-dsi-frame-rate-multiply-info", "frame_rate_multiply_info", dsi.dsi_frame_rate_multiply_info,
+         dsi_frame_rate_code(toc.frame_rate_factor)},
+        {"ac4-dsi-frame-rate-fraction-info", "frame_rate_fraction_info", dsi.dsi_frame_rate_fraction_info,
+         dsi_frame_rate_code(toc.frame_rate_fraction)},
+        {"ac4-dsi-presentation-emdf-version", "presentation_emdf_version", dsi.emdf_info.emdf_version,
+         toc.emdf_info.emdf_version},
+        {"ac4-dsi-presentation-key-id", "presentation_key_id", dsi.emdf_info.key_id, toc.emdf_info.key_id},
     };
     return compare_fields(place, rows);
 }
 
 Ac4FieldRow substream_group_row(const ac4_presentation_v1_dsi& dsi, const ac4_presentation_v1_info& toc) {
-    return {"n_substream_groups", static_cast<int64_t>(dsi.substream_groups.size()), toc.n_group_indices, true,
+    return {"ac4-dsi-n-substream-groups",
+            "n_substream_groups",
+            static_cast<int64_t>(dsi.substream_groups.size()),
+            toc.n_group_indices,
+            true,
             "does not match in toc"};
 }
 
@@ -40,21 +47,25 @@ int compare_channels(const std::string& place, const ac4_presentation_v1_dsi& ds
     const bool toc_core = toc.pres_ch_mode_core != -1;
     const bool both_core_modes = toc_core && dsi.b_presentation_core_channel_coded != 0;
     const Ac4FieldRow rows[] = {
-        {"b_presentation_channel_coded", dsi.b_presentation_channel_coded, toc.b_presentation_channel_coded},
-        {"presentation_ch_mode", dsi.dsi_presentation_ch_mode, toc.presentation_ch_mode, coded},
+        {"ac4-dsi-b-presentation-channel-coded", "b_presentation_channel_coded", dsi.b_presentation_channel_coded,
+         toc.b_presentation_channel_coded},
+        {"ac4-dsi-presentation-ch-mode", "presentation_ch_mode", dsi.dsi_presentation_ch_mode, toc.presentation_ch_mode,
+         coded},
         substream_group_row(dsi, toc),
-        {"pres_b_4_back_channels_present", dsi.pres_b_4_back_channels_present, toc.pres_b_4_back_channels_present,
-         immersive},
-        {"pres_top_channel_pairs", dsi.pres_top_channel_pairs, toc.pres_top_channel_pairs, immersive,
-         "does not match top_channels_present in toc."},
-        {"presentation_channel_mask", dsi.presentation_channel_mask_v1, toc.presentation_channel_mask, coded,
-         "does not match pre_channel_mask in toc."},
-        {"b_presentation_core_differs", dsi.b_presentation_core_differs, toc_core, true,
+        {"ac4-dsi-pres-b-4-back-channels-present", "pres_b_4_back_channels_present", dsi.pres_b_4_back_channels_present,
+         toc.pres_b_4_back_channels_present, immersive},
+        {"ac4-dsi-pres-top-channel-pairs", "pres_top_channel_pairs", dsi.pres_top_channel_pairs,
+         toc.pres_top_channel_pairs, immersive, "does not match top_channels_present in toc."},
+        {"ac4-dsi-presentation-channel-mask", "presentation_channel_mask", dsi.presentation_channel_mask_v1,
+         toc.presentation_channel_mask, coded, "does not match pre_channel_mask in toc."},
+        {"ac4-dsi-b-presentation-core-differs", "b_presentation_core_differs", dsi.b_presentation_core_differs,
+         toc_core, true, "does not match the result of \"pres_ch_mode_core != -1\" in toc."},
+        {"ac4-dsi-b-presentation-core-channel-coded", "b_presentation_core_channel_coded",
+         dsi.b_presentation_core_channel_coded, toc_core, dsi.b_presentation_core_differs != 0,
          "does not match the result of \"pres_ch_mode_core != -1\" in toc."},
-        {"b_presentation_core_channel_coded", dsi.b_presentation_core_channel_coded, toc_core,
-         dsi.b_presentation_core_differs != 0, "does not match the result of \"pres_ch_mode_core != -1\" in toc."},
-        {"dsi_presentation_channel_mode_core", dsi.dsi_presentation_channel_mode_core, toc.pres_ch_mode_core - 3,
-         both_core_modes, "does not match the result of \"pres_ch_mode_core - 3\" in toc."},
+        {"ac4-dsi-presentation-channel-mode-core", "dsi_presentation_channel_mode_core",
+         dsi.dsi_presentation_channel_mode_core, toc.pres_ch_mode_core - 3, both_core_modes,
+         "does not match the result of \"pres_ch_mode_core - 3\" in toc."},
     };
     return compare_fields(place, rows);
 }
@@ -63,10 +74,12 @@ int compare_filter(const std::string& place, const ac4_presentation_v1_dsi& dsi,
     const bool filter = dsi.b_presentation_filter != 0 && toc.b_presentation_filter != 0;
     const bool multi_pid = dsi.presentation_config_v1 != AC4_DSI_CONFIG_SINGLE && toc.b_single_substream_group == 0;
     const Ac4FieldRow rows[] = {
-        {"b_presentation_filter", dsi.b_presentation_filter, toc.b_presentation_filter},
-        {"b_enable_presentation", dsi.b_enable_presentation, toc.b_enable_presentation, filter},
-        {"n_filter_bytes", dsi.n_filter_bytes, 0, true, "should be 0."},
-        {"b_multi_pid", dsi.b_multi_pid, toc.b_multi_pid, multi_pid},
+        {"ac4-dsi-b-presentation-filter", "b_presentation_filter", dsi.b_presentation_filter,
+         toc.b_presentation_filter},
+        {"ac4-dsi-b-enable-presentation", "b_enable_presentation", dsi.b_enable_presentation, toc.b_enable_presentation,
+         filter},
+        {"ac4-dsi-n-filter-bytes", "n_filter_bytes", dsi.n_filter_bytes, 0, true, "should be 0."},
+        {"ac4-dsi-b-multi-pid", "b_multi_pid", dsi.b_multi_pid, toc.b_multi_pid, multi_pid},
     };
     return compare_fields(place, rows);
 }
@@ -75,19 +88,21 @@ int compare_filter(const std::string& place, const ac4_presentation_v1_dsi& dsi,
 int compare_pre_virtualized(size_t index, const Ac4DsiPresentation& entry, const ac4_presentation_v1_info& toc) {
     const uint8_t b_pre_virtualized = entry.v1->b_pre_virtualized;
     if (entry.presentation_version != AC4_IMS_PRESENTATION_VERSION) {
-        const Ac4FieldRow rows[] = {{"b_pre_virtualized", b_pre_virtualized, toc.b_pre_virtualized}};
+        const Ac4FieldRow rows[] = {
+            {"ac4-dsi-b-pre-virtualized", "b_pre_virtualized", b_pre_virtualized, toc.b_pre_virtualized}};
         return compare_fields("presentation " + std::to_string(index), rows);
     }
     if (b_pre_virtualized == 1) return 0;
-    std::printf("[SV]   : ERROR: b_pre_virtualized of presentation %zu (IMS) info should be 1.\n", index);
-    return 1;
+    return fail(1, "ac4-dsi-ims-pre-virtualized",
+                "[SV]   : ERROR: b_pre_virtualized of presentation %zu (IMS) info should be 1.\n", index);
 }
 
 int compare_emdf(const std::string& place, const ac4_presentation_v1_dsi& dsi,
                  const ac4_presentation_v1_info& presentation, const ac4_toc& toc) {
-    return compare_emdf_substreams({"emdf_version", "key_id", "emdf substream"}, place,
-                                   {dsi.b_add_emdf_substreams, dsi.emdf_substreams},
-                                   {presentation.b_add_emdf_substreams, ac4_emdf_substreams(toc, presentation)});
+    return compare_emdf_substreams(
+        {"ac4-dsi-emdf-version", "emdf_version", "ac4-dsi-key-id", "key_id", "emdf substream"}, place,
+        {dsi.b_add_emdf_substreams, dsi.emdf_substreams},
+        {presentation.b_add_emdf_substreams, ac4_emdf_substreams(toc, presentation)});
 }
 
 // The group's own fields; the content comes last.
@@ -96,21 +111,25 @@ int compare_group(const std::string& place, const ac4_substream_group_dsi& dsi, 
     const ac4_content_type& toc_content = toc.content_type;
     const bool content = dsi_content.b_content_type != 0 && toc_content.b_content_type != 0;
     const Ac4FieldRow rows[] = {
-        {"b_substreams_present", dsi.b_substreams_present, toc.b_substreams_present},
-        {"b_hsf_ext", dsi.b_hsf_ext, toc.b_hsf_ext},
-        {"b_channel_coded", dsi.b_channel_coded, toc.b_channel_coded},
-        {"n_substreams", static_cast<int64_t>(dsi.substreams.size()), toc.n_lf_substreams},
-        {"b_content_type", dsi_content.b_content_type, toc_content.b_content_type},
-        {"content_classifier", dsi_content.content_classifier, toc_content.content_classifier, content},
-        {"b_language_indicator", dsi_content.b_language_indicator, toc_content.b_language_indicator, content},
-        {"n_language_tag_bytes", dsi_content.n_language_tag_bytes, toc_content.n_language_tag_bytes,
-         language_on_both_sides(dsi_content, toc_content)},
+        {"ac4-dsi-group-b-substreams-present", "b_substreams_present", dsi.b_substreams_present,
+         toc.b_substreams_present},
+        {"ac4-dsi-group-b-hsf-ext", "b_hsf_ext", dsi.b_hsf_ext, toc.b_hsf_ext},
+        {"ac4-dsi-group-b-channel-coded", "b_channel_coded", dsi.b_channel_coded, toc.b_channel_coded},
+        {"ac4-dsi-group-n-substreams", "n_substreams", static_cast<int64_t>(dsi.substreams.size()),
+         toc.n_lf_substreams},
+        {"ac4-dsi-group-b-content-type", "b_content_type", dsi_content.b_content_type, toc_content.b_content_type},
+        {"ac4-dsi-group-content-classifier", "content_classifier", dsi_content.content_classifier,
+         toc_content.content_classifier, content},
+        {"ac4-dsi-group-b-language-indicator", "b_language_indicator", dsi_content.b_language_indicator,
+         toc_content.b_language_indicator, content},
+        {"ac4-dsi-group-n-language-tag-bytes", "n_language_tag_bytes", dsi_content.n_language_tag_bytes,
+         toc_content.n_language_tag_bytes, language_on_both_sides(dsi_content, toc_content)},
     };
     int status = compare_fields(place, rows);
     if (language_tag_differs(dsi_content, toc_content)) {
         // No blank behind the colon in this one; this is deliberate.
-        std::printf("[SV]   : ERROR:language_tag_bytes of %s info in dsi does not match in toc.\n", place.c_str());
-        status = 1;
+        status |= fail(1, "ac4-dsi-group-language-tag-bytes",
+                       "[SV]   : ERROR:language_tag_bytes of %s info in dsi does not match in toc.\n", place.c_str());
     }
     return status;
 }
@@ -128,21 +147,24 @@ int compare_substream(const std::string& place, const SubstreamKind& kind, const
     const bool ajoc = kind.objects && dsi.b_ajoc != 0 && toc.b_ajoc != 0;
     const bool dynamic_dmx = ajoc && dsi.b_static_dmx == 0 && toc.b_static_dmx == 0;
     const Ac4FieldRow rows[] = {
-        {"dsi_sf_multiplier", dsi.dsi_sf_multiplier, dsi_sf_multiplier(toc.b_sf_multiplier, toc.sf_multiplier)},
-        {"IMS dsi_substream_channel_mask", dsi.dsi_substream_channel_mask, 1, kind.ims && kind.dsi_channel_coded,
-         "does not eqaul to 1."},
-        {"dsi_substream_channel_mask", dsi.dsi_substream_channel_mask, toc_channel_mask,
-         !kind.ims && kind.channel_coded},
-        {"b_ajoc", dsi.b_ajoc, toc.b_ajoc, kind.objects},
-        {"b_static_dmx", dsi.b_static_dmx, toc.b_static_dmx, ajoc},
-        {"n_dmx_objects_minus1", dsi.n_dmx_objects_minus1, toc.n_dmx_objects_minus1, dynamic_dmx},
-        {"n_umx_objects_minus1", dsi.n_umx_objects_minus1, toc.n_umx_objects_minus1, ajoc},
-        {"b_substream_contains_bed_objects", dsi.b_substream_contains_bed_objects, toc.b_substream_contains_bed_objects,
-         kind.objects},
-        {"b_substream_contains_dynamic_objects", dsi.b_substream_contains_dynamic_objects,
-         toc.b_substream_contains_dynamic_objects, kind.objects},
-        {"b_substream_contains_ISF_objects", dsi.b_substream_contains_ISF_objects, toc.b_substream_contains_ISF_objects,
-         kind.objects},
+        {"ac4-dsi-group-sf-multiplier", "dsi_sf_multiplier", dsi.dsi_sf_multiplier,
+         dsi_sf_multiplier(toc.b_sf_multiplier, toc.sf_multiplier)},
+        {"ac4-dsi-ims-substream-channel-mask", "IMS dsi_substream_channel_mask", dsi.dsi_substream_channel_mask, 1,
+         kind.ims && kind.dsi_channel_coded, "does not eqaul to 1."},
+        {"ac4-dsi-group-substream-channel-mask", "dsi_substream_channel_mask", dsi.dsi_substream_channel_mask,
+         toc_channel_mask, !kind.ims && kind.channel_coded},
+        {"ac4-dsi-b-ajoc", "b_ajoc", dsi.b_ajoc, toc.b_ajoc, kind.objects},
+        {"ac4-dsi-b-static-dmx", "b_static_dmx", dsi.b_static_dmx, toc.b_static_dmx, ajoc},
+        {"ac4-dsi-n-dmx-objects-minus1", "n_dmx_objects_minus1", dsi.n_dmx_objects_minus1, toc.n_dmx_objects_minus1,
+         dynamic_dmx},
+        {"ac4-dsi-n-umx-objects-minus1", "n_umx_objects_minus1", dsi.n_umx_objects_minus1, toc.n_umx_objects_minus1,
+         ajoc},
+        {"ac4-dsi-contains-bed-objects", "b_substream_contains_bed_objects", dsi.b_substream_contains_bed_objects,
+         toc.b_substream_contains_bed_objects, kind.objects},
+        {"ac4-dsi-contains-dynamic-objects", "b_substream_contains_dynamic_objects",
+         dsi.b_substream_contains_dynamic_objects, toc.b_substream_contains_dynamic_objects, kind.objects},
+        {"ac4-dsi-contains-isf-objects", "b_substream_contains_ISF_objects", dsi.b_substream_contains_ISF_objects,
+         toc.b_substream_contains_ISF_objects, kind.objects},
     };
     return compare_fields(place, rows);
 }
@@ -178,11 +200,11 @@ int compare_presentation_v1(size_t index, const Ac4DsiPresentation& entry, const
     const bool single = presentation.b_single_substream_group != 0;
     int status = 0;
     if (single && dsi.presentation_config_v1 != AC4_DSI_CONFIG_SINGLE) {
-        std::printf(
+        status |= fail(
+            1, "ac4-dsi-single-group-config",
             "[SV]   : ERROR: if the b_single_substream_group element is set to 1, the presentation_config_v1 element "
             "value of presentation %zu shall be set to 0x1f\n",
             index);
-        status = 1;
     }
     const bool toc_emdf_only = !single && presentation.presentation_config == AC4_CONFIG_EMDF_ONLY;
     const bool dsi_emdf_only = dsi.presentation_config_v1 == AC4_CONFIG_EMDF_ONLY;

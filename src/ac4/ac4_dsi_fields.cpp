@@ -1,14 +1,14 @@
 #include "ac4/ac4_dsi_compare.h"
 
 #include <algorithm>
-#include <cstdio>
+
+#include "bits/finding.h"
 
 int compare_fields(const std::string& place, std::span<const Ac4FieldRow> rows) {
     int status = 0;
     for (const Ac4FieldRow& row : rows) {
         if (!row.on_both_sides || row.in_dsi == row.in_toc) continue;
-        std::printf("[SV]   : ERROR: %s of %s info in dsi %s\n", row.label, place.c_str(), row.verdict);
-        status = 1;
+        status |= fail(1, row.id, "[SV]   : ERROR: %s of %s info in dsi %s\n", row.field, place.c_str(), row.verdict);
     }
     return status;
 }
@@ -23,14 +23,16 @@ int compare_emdf_substreams(const Ac4EmdfLabels& labels, const std::string& pres
     const auto n_in_toc = static_cast<int64_t>(in_toc.substreams.size());
     const bool both = in_dsi.b_add_emdf_substreams != 0 && in_toc.b_add_emdf_substreams != 0;
     const Ac4FieldRow counts[] = {
-        {"b_add_emdf_substreams", in_dsi.b_add_emdf_substreams, in_toc.b_add_emdf_substreams},
-        {"n_add_emdf_substreams", n_in_dsi, n_in_toc, both},
+        {"ac4-dsi-b-add-emdf-substreams", "b_add_emdf_substreams", in_dsi.b_add_emdf_substreams,
+         in_toc.b_add_emdf_substreams},
+        {"ac4-dsi-n-add-emdf-substreams", "n_add_emdf_substreams", n_in_dsi, n_in_toc, both},
     };
     int status = compare_fields(presentation_place, counts);
     for (size_t i = 0; i < std::min(in_dsi.substreams.size(), in_toc.substreams.size()); ++i) {
         const Ac4FieldRow rows[] = {
-            {labels.emdf_version, in_dsi.substreams[i].emdf_version, in_toc.substreams[i].emdf_version},
-            {labels.key_id, in_dsi.substreams[i].key_id, in_toc.substreams[i].key_id},
+            {labels.emdf_version_id, labels.emdf_version, in_dsi.substreams[i].emdf_version,
+             in_toc.substreams[i].emdf_version},
+            {labels.key_id_id, labels.key_id, in_dsi.substreams[i].key_id, in_toc.substreams[i].key_id},
         };
         status |= compare_fields(place_name(labels.kind, i, presentation_place), rows);
     }
