@@ -13,12 +13,14 @@ void read_all(const ac4_toc& toc) {
         for (const uint16_t index : ac4_group_indices(toc, presentation))
             sum += toc.substream_groups.at(index).b_hsf_ext;
         for (const ac4_emdf_info& info : ac4_emdf_substreams(toc, presentation)) sum += info.key_id;
-        if (presentation.presentation_ch_mode < -1 || presentation.presentation_ch_mode > 32) std::abort();
+        const int mode = channel_mode_number(presentation.presentation_ch_mode);
+        if (mode < -1 || mode > 32) std::abort();
     }
     for (const ac4_presentation_info& presentation : toc.presentations_v0)
         for (const ac4_emdf_info& info : ac4_emdf_substreams(toc, presentation)) sum += info.key_id;
     for (const ac4_substream_group_info& group : toc.substream_groups)
-        for (const ac4_group_substream& substream : ac4_group_substreams(toc, group)) sum += substream.channel_mode;
+        for (const ac4_group_substream& substream : ac4_group_substreams(toc, group))
+            sum += static_cast<uint64_t>(channel_mode_number(substream.channel_mode));
     if (sum == UINT64_MAX || ac4_toc_codec_string(toc).size() != 13) std::abort();
 }
 

@@ -4,27 +4,15 @@
 #include <cstddef>
 #include <cstdio>
 
-#include "ac4/ac4_channel_modes.h"
 #include "ac4/ac4_reader.h"
-#include "ac4/ac4_substreams.h"
 
-// The counts of the payload are at most 9 bits wide and bits behind its end are zero, so every loop here is short; the
+// The counts of the payload are at most 9 bits wide and bits after its end are zero, so every loop here is short; the
 // loops run to their counts although the payload has ended, so that the size finding names the size that was claimed.
 
 namespace {
 
 // ETSI TS 103 190-2, ac4_bitrate_dsi: bit_rate_mode, bit_rate and bit_rate_precision.
 constexpr uint32_t BITRATE_DSI_BITS = 66;
-
-// There is no serialized form of the language tag here.
-void read_content_type(BitReader& reader, ac4_content_type& content) {
-    content.b_content_type = read_u8(reader, 1);
-    if (content.b_content_type == 0) return;
-    content.content_classifier = read_u8(reader, 3);
-    content.b_language_indicator = read_u8(reader, 1);
-    if (content.b_language_indicator == 0) return;
-    read_language_tag(reader, content);
-}
 
 ac4_emdf_info read_emdf_info(BitReader& reader) {
     ac4_emdf_info info;
@@ -46,12 +34,12 @@ void skip_config_bytes(BitReader& reader) {
 
 // ETSI TS 103 190-2, ac4_substream_dsi.
 void read_substream(BitReader& reader, ac4_substream_dsi& substream) {
-    substream.channel_mode = read_u8(reader, 5);
+    substream.channel_mode = channel_mode_of(read_u32(reader, 5));
     substream.dsi_sf_multiplier = read_u8(reader, 2);
     substream.b_substream_bitrate_indicator = read_u8(reader, 1);
     if (substream.b_substream_bitrate_indicator != 0) substream.substream_bitrate_indicator = read_u8(reader, 5);
     if (ac4_has_add_ch_base(substream.channel_mode)) substream.add_ch_base = read_u8(reader, 1);
-    read_content_type(reader, substream.content_type);
+    read_ac4_content_type(reader, Ac4ContentSource::DSI, substream.content_type);
 }
 
 void read_presentation_v0_body(BitReader& reader, ac4_presentation_v0_dsi& presentation) {
@@ -115,14 +103,14 @@ void read_substream_group(BitReader& reader, ac4_substream_group_dsi& group) {
     const uint32_t n_substreams = read_u32(reader, 8);
     for (uint32_t i = 0; i < n_substreams; ++i)
         read_group_substream(reader, group.b_channel_coded != 0, group.substreams.emplace_back());
-    read_content_type(reader, group.content_type);
+    read_ac4_content_type(reader, Ac4ContentSource::DSI, group.content_type);
 }
 
 // The channel layout of ac4_presentation_v1_dsi.
 void read_presentation_channels(BitReader& reader, ac4_presentation_v1_dsi& presentation) {
     presentation.b_presentation_channel_coded = read_u8(reader, 1);
     if (presentation.b_presentation_channel_coded != 0) {
-        presentation.dsi_presentation_ch_mode = read_u8(reader, 5);
+        presentation.dsi_presentation_ch_mode = channel_mode_of(read_u32(reader, 5));
         if (ac4_is_immersive_mode(presentation.dsi_presentation_ch_mode)) {
             presentation.pres_b_4_back_channels_present = read_u8(reader, 1);
             presentation.pres_top_channel_pairs = read_u8(reader, 2);
@@ -226,16 +214,16 @@ Ac4DsiStop read_presentation(BitReader& reader, uint8_t bitstream_version, Ac4Ds
     if (pres_bytes == 255) pres_bytes += read_u32(reader, 16);  // add_pres_bytes
     const uint32_t start = reader.position;
     if (presentation.presentation_version == 0) {
-        if (bitstream_version > 1) return AC4_DSI_VERSION_0_IN_NEW_STREAM;
+        if (bitstream_version > 1) return Ac4DsiStop::VERSION_0_IN_NEW_STREAM;
         read_presentation_v0(reader, presentation.v0.emplace());
-    } else if (presentation.presentation_version <= 2) {
-        if (bitstream_version != 1 && bitstream_version != 2) return AC4_DSI_VERSION_1_IN_OLD_STREAM;
+    } else if (presentation.presentation_version <= AC4_DSI_NEWEST_VERSION) {
+        if (bitstream_version != 1 && bitstream_version != 2) return Ac4DsiStop::VERSION_1_IN_OLD_STREAM;
         read_presentation_v1(reader, pres_bytes, presentation.v1.emplace());
     }
     const uint32_t body_bits = reader.position - start;
-    if (8 * pres_bytes < body_bits) return AC4_DSI_PRES_BYTES_TOO_SMALL;
+    if (8 * pres_bytes < body_bits) return Ac4DsiStop::PRES_BYTES_TOO_SMALL;
     skip_bits(reader, 8 * pres_bytes - body_bits);
-    return AC4_DSI_COMPLETE;
+    return Ac4DsiStop::COMPLETE;
 }
 
 }  // namespace
@@ -253,11 +241,11 @@ void read_dac4(std::span<const uint8_t> payload, Ac4Dsi& dsi) {
     dsi.bit_rate = read_u32(reader, 32);
     dsi.bit_rate_precision = read_u32(reader, 32);
     align(reader, 0);
-    for (uint32_t i = 0; i < dsi.n_presentations && dsi.stop == AC4_DSI_COMPLETE; ++i)
+    for (uint32_t i = 0; i < dsi.n_presentations && dsi.stop == Ac4DsiStop::COMPLETE; ++i)
         dsi.stop = read_presentation(reader, dsi.bitstream_version, dsi.presentations.emplace_back());
     dsi.position_bits = reader.position;
-    if (dsi.stop == AC4_DSI_COMPLETE && dsi.position_bits != uint64_t{8} * payload.size())
-        dsi.stop = AC4_DSI_WRONG_BOX_SIZE;
+    if (dsi.stop == Ac4DsiStop::COMPLETE && dsi.position_bits != uint64_t{8} * payload.size())
+        dsi.stop = Ac4DsiStop::WRONG_BOX_SIZE;
 }
 
 uint32_t ac4_dsi_channel_count(const Ac4Dsi& dsi) {

@@ -7,17 +7,22 @@
 #include <string>
 #include <vector>
 
-#include "ac4/ac4_toc.h"
+#include "ac4/ac4_channel_mode.h"
+#include "ac4/ac4_content_type.h"
+#include "ac4/ac4_toc_records.h"
 
-// The AC-4 decoder-specific information (payload of the dac4 box), ETSI TS 103 190-2, annex E: records, reader, checks
-// against the sample entry, and the comparison with a table of contents. A field that the syntax leaves out is 0.
+// The AC-4 decoder-specific information (payload of the dac4 box), ETSI TS 103 190-2, annex E: records and reader. A
+// field that the syntax leaves out is 0.
+
+// The newest presentation_version that is known; entries of later ones are not read.
+constexpr uint32_t AC4_DSI_NEWEST_VERSION = 2;
 
 // presentation_config of a presentation with one substream or one substream group.
 constexpr uint32_t AC4_DSI_CONFIG_SINGLE = 0x1F;
 
 // TS 103 190-2, annex E, ac4_substream_dsi.
 struct ac4_substream_dsi {
-    uint8_t channel_mode = 0;
+    Ac4ChannelMode channel_mode{};
     uint8_t dsi_sf_multiplier = 0;
     uint8_t b_substream_bitrate_indicator = 0;
     uint8_t substream_bitrate_indicator = 0;
@@ -79,7 +84,7 @@ struct ac4_presentation_v1_dsi {
     uint8_t dsi_frame_rate_fraction_info = 0;
     ac4_emdf_info emdf_info;
     uint8_t b_presentation_channel_coded = 0;
-    uint8_t dsi_presentation_ch_mode = 0;
+    Ac4ChannelMode dsi_presentation_ch_mode{};
     uint8_t pres_b_4_back_channels_present = 0;
     uint8_t pres_top_channel_pairs = 0;
     uint32_t presentation_channel_mask_v1 = 0;
@@ -108,13 +113,13 @@ struct Ac4DsiPresentation {
     std::optional<ac4_presentation_v1_dsi> v1;
 };
 
-// Why reading a payload stopped.
-enum Ac4DsiStop {
-    AC4_DSI_COMPLETE,
-    AC4_DSI_VERSION_0_IN_NEW_STREAM,  // presentation_version 0 with a bitstream_version above 1
-    AC4_DSI_VERSION_1_IN_OLD_STREAM,  // presentation_version 1 or 2 with a bitstream_version other than 1 and 2
-    AC4_DSI_PRES_BYTES_TOO_SMALL,     // a body is longer than its pres_bytes
-    AC4_DSI_WRONG_BOX_SIZE,           // the content does not end at the payload's end
+// How reading a payload ended.
+enum class Ac4DsiStop {
+    COMPLETE,
+    VERSION_0_IN_NEW_STREAM,  // presentation_version 0 with a bitstream_version above 1
+    VERSION_1_IN_OLD_STREAM,  // presentation_version 1 or 2 with a bitstream_version other than 1 and 2
+    PRES_BYTES_TOO_SMALL,     // a body is longer than its pres_bytes
+    WRONG_BOX_SIZE,           // the content does not end at the payload's end
 };
 
 // TS 103 190-2, annex E, ac4_dsi_v1.
@@ -133,22 +138,13 @@ struct Ac4Dsi {
     uint32_t bit_rate_precision = 0;
     std::vector<Ac4DsiPresentation> presentations;  // as many as were read, n_presentations unless the reading stopped
 
-    // How the reading ended.
-    Ac4DsiStop stop = AC4_DSI_COMPLETE;
-    uint32_t position_bits = 0;
+    Ac4DsiStop stop = Ac4DsiStop::COMPLETE;
+    uint32_t position_bits = 0;  // where it stopped
 };
 
 // Reads a dac4 payload into `dsi` without printing anything; dsi.stop says how it ended. Never reads past the payload
-// (bits behind it are zero).
+// (bits after it are zero).
 void read_dac4(std::span<const uint8_t> payload, Ac4Dsi& dsi);
-
-// Reads a dac4 payload and prints what is wrong with it, with the media timescale of the track and with the sample
-// entry's samplesize, samplerate (integer part) and channelcount. Always 0.
-int parse_dac4(std::span<const uint8_t> payload, uint32_t media_timescale, uint32_t sample_size, uint32_t sample_rate,
-               uint32_t channel_count, Ac4Dsi& dsi);
-
-// Compares field by field, prints every mismatch; returns 1 when it printed anything, else 0.
-[[nodiscard]] int compare_dsi_with_toc(const Ac4Dsi& dsi, const ac4_toc& toc);
 
 // The RFC 6381 codec string: "ac-4.", bitstream_version, then presentation_version and mdcompat of the first
 // presentation (0 when there is none), two hex digits each.

@@ -1,8 +1,9 @@
+#include "ac4/ac4_dsi_checks.h"
+
 #include <array>
 #include <cinttypes>
 #include <cstddef>
 
-#include "ac4/ac4_dsi.h"
 #include "bits/finding.h"
 
 namespace {
@@ -32,27 +33,27 @@ bool timescale_matches(const Ac4Dsi& dsi, uint32_t media_timescale) {
 void report_stop(const Ac4Dsi& dsi, size_t payload_size) {
     const int presentation = static_cast<int>(dsi.presentations.size()) - 1;
     switch (dsi.stop) {
-        case AC4_DSI_VERSION_0_IN_NEW_STREAM:
+        case Ac4DsiStop::VERSION_0_IN_NEW_STREAM:
             note("ac4-dac4-version-0-entry",
                  "[SV]   : ERROR: presentation %d version should be 0 while bitstream version is not bigger than 1.\n",
                  presentation);
             break;
-        case AC4_DSI_VERSION_1_IN_OLD_STREAM:
+        case Ac4DsiStop::VERSION_1_IN_OLD_STREAM:
             note("ac4-dac4-version-1-entry",
                  "[SV]   : ERROR: presentation %d version should be 1 or 2 while bitstream version is 1 or 2.\n",
                  presentation);
             break;
-        case AC4_DSI_PRES_BYTES_TOO_SMALL:
+        case Ac4DsiStop::PRES_BYTES_TOO_SMALL:
             note("ac4-dac4-pres-bytes", "[SV]   : ERROR: pres_bytes should not smaller than presentation_bytes.\n");
             break;
-        case AC4_DSI_WRONG_BOX_SIZE:
+        case Ac4DsiStop::WRONG_BOX_SIZE:
             // Both values are in bits although the text says bytes; this is deliberate.
             note("ac4-dac4-size",
                  "[SV]   : ERROR: size of AC4SpecificBox is incorrect, parsing 0x%" PRIx32
                  " bytes while the box size is 0x%" PRIx64 " bytes\n",
                  dsi.position_bits, uint64_t{8} * payload_size);
             break;
-        case AC4_DSI_COMPLETE:
+        case Ac4DsiStop::COMPLETE:
             break;
     }
 }
@@ -82,6 +83,6 @@ int parse_dac4(std::span<const uint8_t> payload, uint32_t media_timescale, uint3
              "depends on frame_rate and base_samp_freq in dsi.\n");
     }
     report_stop(dsi, payload.size());
-    if (dsi.stop == AC4_DSI_COMPLETE) check_sample_entry(dsi, sample_size, sample_rate, channel_count);
+    if (dsi.stop == Ac4DsiStop::COMPLETE) check_sample_entry(dsi, sample_size, sample_rate, channel_count);
     return 0;
 }

@@ -1,9 +1,11 @@
+#include "ac4/ac4_dsi_compare.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <vector>
 
-#include "ac4/ac4_dsi.h"
-#include "ac4/ac4_dsi_compare.h"
+#include "ac4/ac4_dsi_compare_v0.h"
+#include "ac4/ac4_dsi_compare_v1.h"
 #include "bits/finding.h"
 
 namespace {
@@ -108,7 +110,7 @@ int compare_dsi_with_toc(const Ac4Dsi& dsi, const ac4_toc& toc) {
         const Ac4DsiPresentation& entry = dsi.presentations[i];
         if (entry.presentation_version == 0) {
             status |= compare_version_0_entry(entry, i, toc, toc_indices[i]);
-        } else if (entry.presentation_version <= 2) {
+        } else if (entry.presentation_version <= AC4_DSI_NEWEST_VERSION) {
             status |= compare_version_1_entry(entry, i, toc, toc_indices[i]);
         }
     }

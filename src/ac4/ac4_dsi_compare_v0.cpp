@@ -1,11 +1,18 @@
+#include "ac4/ac4_dsi_compare_v0.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <string>
 
-#include "ac4/ac4_channel_modes.h"
-#include "ac4/ac4_dsi_compare.h"
+#include "ac4/ac4_dsi_fields.h"
 
 namespace {
+
+// The number of bytes has no finding of its own here: a tag of another length is another tag.
+bool language_tag_differs(const ac4_content_type& in_dsi, const ac4_content_type& in_toc) {
+    if (!language_on_both_sides(in_dsi, in_toc)) return false;
+    return in_dsi.n_language_tag_bytes != in_toc.n_language_tag_bytes || language_tag_bytes_differ(in_dsi, in_toc);
+}
 
 int compare_substream(const std::string& place, const ac4_substream_dsi& dsi, const ac4_substream_info& toc) {
     const ac4_content_type& dsi_content = dsi.content_type;
@@ -13,12 +20,9 @@ int compare_substream(const std::string& place, const ac4_substream_dsi& dsi, co
     const bool bitrate = dsi.b_substream_bitrate_indicator != 0 && toc.b_bitrate_indicator != 0;
     const bool add_ch_base = ac4_has_add_ch_base(dsi.channel_mode) && ac4_has_add_ch_base(toc.channel_mode);
     const bool content = dsi_content.b_content_type != 0 && toc_content.b_content_type != 0;
-    // No test of its own for the number of bytes: a tag of another length is another tag.
-    const bool language_tags_differ = language_tag_differs(dsi_content, toc_content) ||
-                                      (language_on_both_sides(dsi_content, toc_content) &&
-                                       dsi_content.n_language_tag_bytes != toc_content.n_language_tag_bytes);
     const Ac4FieldRow rows[] = {
-        {"ac4-dsi-substream-channel-mode", "channel_mode", dsi.channel_mode, toc.channel_mode},
+        {"ac4-dsi-substream-channel-mode", "channel_mode", channel_mode_number(dsi.channel_mode),
+         channel_mode_number(toc.channel_mode)},
         {"ac4-dsi-substream-sf-multiplier", "sf_multiplier", dsi.dsi_sf_multiplier,
          dsi_sf_multiplier(toc.b_sf_multiplier, toc.sf_multiplier)},
         {"ac4-dsi-substream-b-bitrate-indicator", "b_bitrate_indicator", dsi.b_substream_bitrate_indicator,
@@ -31,7 +35,8 @@ int compare_substream(const std::string& place, const ac4_substream_dsi& dsi, co
          toc_content.content_classifier, content},
         {"ac4-dsi-substream-b-language-indicator", "b_language_indicator", dsi_content.b_language_indicator,
          toc_content.b_language_indicator, content},
-        {"ac4-dsi-substream-language-tag-bytes", "language_tag_bytes", language_tags_differ, false},
+        {"ac4-dsi-substream-language-tag-bytes", "language_tag_bytes", language_tag_differs(dsi_content, toc_content),
+         false},
     };
     return compare_fields(place, rows);
 }

@@ -1,14 +1,16 @@
+#include "ac4/ac4_dsi_compare_v1.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <string>
 
-#include "ac4/ac4_channel_modes.h"
-#include "ac4/ac4_dsi_compare.h"
+#include "ac4/ac4_derived_channels.h"
+#include "ac4/ac4_dsi_fields.h"
 #include "bits/finding.h"
 
 namespace {
 
-// The fields ahead of the channel layout.
+// The fields before the channel layout.
 int compare_head(const std::string& place, const ac4_presentation_v1_dsi& dsi, const ac4_presentation_v1_info& toc) {
     // The extended identifier stands for one that the field's five bits cannot hold.
     const bool extended = dsi.b_extended_presentation_id != 0;
@@ -42,15 +44,15 @@ Ac4FieldRow substream_group_row(const ac4_presentation_v1_dsi& dsi, const ac4_pr
 int compare_channels(const std::string& place, const ac4_presentation_v1_dsi& dsi,
                      const ac4_presentation_v1_info& toc) {
     const bool coded = dsi.b_presentation_channel_coded != 0 && toc.b_presentation_channel_coded != 0;
-    const bool immersive = coded && ac4_is_immersive_mode(dsi.dsi_presentation_ch_mode) &&
-                           ac4_is_immersive_mode(static_cast<uint32_t>(toc.presentation_ch_mode));
-    const bool toc_core = toc.pres_ch_mode_core != -1;
+    const bool immersive =
+        coded && ac4_is_immersive_mode(dsi.dsi_presentation_ch_mode) && ac4_is_immersive_mode(toc.presentation_ch_mode);
+    const bool toc_core = toc.pres_ch_mode_core != Ac4ChannelMode::NONE;
     const bool both_core_modes = toc_core && dsi.b_presentation_core_channel_coded != 0;
     const Ac4FieldRow rows[] = {
         {"ac4-dsi-b-presentation-channel-coded", "b_presentation_channel_coded", dsi.b_presentation_channel_coded,
          toc.b_presentation_channel_coded},
-        {"ac4-dsi-presentation-ch-mode", "presentation_ch_mode", dsi.dsi_presentation_ch_mode, toc.presentation_ch_mode,
-         coded},
+        {"ac4-dsi-presentation-ch-mode", "presentation_ch_mode", channel_mode_number(dsi.dsi_presentation_ch_mode),
+         channel_mode_number(toc.presentation_ch_mode), coded},
         substream_group_row(dsi, toc),
         {"ac4-dsi-pres-b-4-back-channels-present", "pres_b_4_back_channels_present", dsi.pres_b_4_back_channels_present,
          toc.pres_b_4_back_channels_present, immersive},
@@ -64,7 +66,7 @@ int compare_channels(const std::string& place, const ac4_presentation_v1_dsi& ds
          dsi.b_presentation_core_channel_coded, toc_core, dsi.b_presentation_core_differs != 0,
          "does not match the result of \"pres_ch_mode_core != -1\" in toc."},
         {"ac4-dsi-presentation-channel-mode-core", "dsi_presentation_channel_mode_core",
-         dsi.dsi_presentation_channel_mode_core, toc.pres_ch_mode_core - 3, both_core_modes,
+         dsi.dsi_presentation_channel_mode_core, channel_mode_number(toc.pres_ch_mode_core) - 3, both_core_modes,
          "does not match the result of \"pres_ch_mode_core - 3\" in toc."},
     };
     return compare_fields(place, rows);
@@ -126,8 +128,8 @@ int compare_group(const std::string& place, const ac4_substream_group_dsi& dsi, 
          toc_content.n_language_tag_bytes, language_on_both_sides(dsi_content, toc_content)},
     };
     int status = compare_fields(place, rows);
-    if (language_tag_differs(dsi_content, toc_content)) {
-        // No blank behind the colon in this one; this is deliberate.
+    if (language_tag_bytes_differ(dsi_content, toc_content)) {
+        // No blank after the colon in this one; this is deliberate.
         status |= fail(1, "ac4-dsi-group-language-tag-bytes",
                        "[SV]   : ERROR:language_tag_bytes of %s info in dsi does not match in toc.\n", place.c_str());
     }

@@ -1,4 +1,4 @@
-#include "ac4/ac4_dsi_compare.h"
+#include "ac4/ac4_dsi_fields.h"
 
 #include <algorithm>
 
@@ -44,7 +44,7 @@ bool language_on_both_sides(const ac4_content_type& in_dsi, const ac4_content_ty
            in_toc.b_serialized_language_tag == 0;
 }
 
-bool language_tag_differs(const ac4_content_type& in_dsi, const ac4_content_type& in_toc) {
+bool language_tag_bytes_differ(const ac4_content_type& in_dsi, const ac4_content_type& in_toc) {
     if (!language_on_both_sides(in_dsi, in_toc)) return false;
     const size_t common = std::min(in_dsi.n_language_tag_bytes, in_toc.n_language_tag_bytes);
     const auto dsi_tag = std::span(in_dsi.language_tag_bytes).first(common);

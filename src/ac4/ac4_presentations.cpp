@@ -4,7 +4,7 @@
 #include <array>
 #include <cstddef>
 
-#include "ac4/ac4_channel_modes.h"
+#include "ac4/ac4_substreams.h"
 
 namespace {
 
@@ -12,7 +12,7 @@ constexpr uint32_t MAX_NESTED_PRESENTATIONS = 64;
 
 uint32_t read_unary(BitReader& reader) {
     uint32_t ones = 0;
-    while (read_flag(reader)) ++ones;  // bits behind the end are zero
+    while (read_flag(reader)) ++ones;  // bits after the end are zero
     return ones;
 }
 
@@ -161,7 +161,7 @@ void parse_presentation_v1_body(Ac4TocParser& parser, ac4_presentation_v1_info& 
     read_escaped(reader, 2, 2);                       // substream_index
 }
 
-// One ac4_substream_info of a version-0 presentation, the first one with the ac4_hsf_ext_substream_info behind it.
+// One ac4_substream_info of a version-0 presentation, the first one with the ac4_hsf_ext_substream_info after it.
 void parse_presentation_substreams(Ac4TocParser& parser, ac4_presentation_info& presentation) {
     if (presentation.b_single_substream != 0) {
         presentation.n_substreams = 1;

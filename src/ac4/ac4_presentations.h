@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ac4/ac4_substreams.h"
+#include "ac4/ac4_toc_parser.h"
 
 // ETSI TS 103 190-1, ac4_presentation_info.
 void parse_presentation_info(Ac4TocParser& parser, ac4_presentation_info& presentation);

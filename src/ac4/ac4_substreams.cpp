@@ -4,12 +4,12 @@
 #include <bit>
 #include <span>
 
-#include "ac4/ac4_channel_modes.h"
+#include "ac4/ac4_derived_channels.h"
 
 namespace {
 
 // ETSI TS 103 190-2, the codes of channel_mode. Version-0 presentations end at the seven-bit codes.
-uint32_t read_channel_mode(BitReader& reader, bool group_substream) {
+uint32_t read_channel_mode_number(BitReader& reader, bool group_substream) {
     if (!read_flag(reader)) return 0;
     if (!read_flag(reader)) return 1;
     const uint32_t four_bit_code = read_u32(reader, 2);
@@ -19,23 +19,15 @@ uint32_t read_channel_mode(BitReader& reader, bool group_substream) {
     if (seven_bit_code < 6) return 5 + seven_bit_code;
     if (seven_bit_code == 6) return 11 + read_u32(reader, 1);
     const uint32_t nine_bit_code = read_u32(reader, 2);
-    return nine_bit_code < 3 ? 13 + nine_bit_code : AC4_RESERVED_CHANNEL_MODE + read_variable_bits(reader, 2);
+    return nine_bit_code < 3 ? 13 + nine_bit_code : 16 + read_variable_bits(reader, 2);
 }
 
-// ETSI TS 103 190-1, content_type.
-void parse_content_type(BitReader& reader, ac4_content_type& content) {
-    content.b_content_type = read_u8(reader, 1);
-    if (content.b_content_type == 0) return;
-    content.content_classifier = read_u8(reader, 3);
-    content.b_language_indicator = read_u8(reader, 1);
-    if (content.b_language_indicator == 0) return;
-    content.b_serialized_language_tag = read_u8(reader, 1);
-    if (content.b_serialized_language_tag != 0) {
-        skip_bits(reader, 1);   // b_start_tag
-        skip_bits(reader, 16);  // language_tag_chunk
-        return;
-    }
-    read_language_tag(reader, content);
+// ETSI TS 103 190-2, bitrate_indicator: the number of its code, 0 to 19.
+uint8_t read_bitrate_indicator(BitReader& reader) {
+    // The three-bit codes that end in 0 come first, then the five-bit ones in four blocks.
+    const uint32_t code = read_u32(reader, 3);
+    if ((code & 1) == 0) return static_cast<uint8_t>(code >> 1);
+    return static_cast<uint8_t>(4 + 4 * (code >> 1) + read_u32(reader, 2));
 }
 
 // The fields that the substreams of both presentation versions share.
@@ -65,7 +57,7 @@ void parse_rates_and_index(Ac4TocParser& parser, const ac4_substream_group_info&
 void parse_substream_info_chan(Ac4TocParser& parser, const ac4_substream_group_info& group,
                                ac4_group_substream& substream) {
     BitReader& reader = parser.reader;
-    substream.channel_mode = read_channel_mode(reader, true);
+    substream.channel_mode = channel_mode_of(read_channel_mode_number(reader, true));
     if (ac4_is_immersive_mode(substream.channel_mode)) {
         substream.b_4_back_channels_present = read_u8(reader, 1);
         substream.b_centre_present = read_u8(reader, 1);
@@ -204,28 +196,12 @@ void parse_group_substream(Ac4TocParser& parser, const ac4_substream_group_info&
 
 }  // namespace
 
-void check_count(Ac4TocParser& parser, uint32_t count) {
-    if (count > AC4_MAX_ELEMENTS) parser.too_many = true;
-}
-
-void read_language_tag(BitReader& reader, ac4_content_type& content) {
-    content.n_language_tag_bytes = read_u8(reader, 6);
-    for (uint32_t i = 0; i < content.n_language_tag_bytes; ++i) content.language_tag_bytes[i] = read_u8(reader, 8);
-}
-
-uint8_t read_bitrate_indicator(BitReader& reader) {
-    // The three-bit codes that end in 0 come first, then the five-bit ones in four blocks.
-    const uint32_t code = read_u32(reader, 3);
-    if ((code & 1) == 0) return static_cast<uint8_t>(code >> 1);
-    return static_cast<uint8_t>(4 + 4 * (code >> 1) + read_u32(reader, 2));
-}
-
 void parse_substream_info(Ac4TocParser& parser, ac4_substream_info& substream) {
     BitReader& reader = parser.reader;
-    substream.channel_mode = read_channel_mode(reader, false);
+    substream.channel_mode = channel_mode_of(read_channel_mode_number(reader, false));
     parse_rates(parser, substream);
     if (ac4_has_add_ch_base(substream.channel_mode)) substream.add_ch_base = read_u8(reader, 1);
-    parse_content_type(reader, substream.content_type);
+    read_ac4_content_type(reader, Ac4ContentSource::TOC, substream.content_type);
     skip_bits(reader, parser.frame_rate_factor);  // b_iframe
     substream.substream_index = read_escaped(reader, 2, 2);
 }
@@ -256,7 +232,7 @@ void parse_substream_group_info(Ac4TocParser& parser, ac4_substream_group_info& 
         parse_group_substream(parser, group, substream);
         check_count(parser, static_cast<uint32_t>(substreams.size()));
     }
-    parse_content_type(reader, group.content_type);
+    read_ac4_content_type(reader, Ac4ContentSource::TOC, group.content_type);
     if (stopped(parser)) return;
     ac4_derive_group(group, std::span(substreams).subspan(group.first_substream, group.n_lf_substreams));
 }

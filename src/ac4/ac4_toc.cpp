@@ -5,8 +5,9 @@
 #include <cstdio>
 #include <utility>
 
-#include "ac4/ac4_channel_modes.h"
+#include "ac4/ac4_derived_channels.h"
 #include "ac4/ac4_presentations.h"
+#include "ac4/ac4_substreams.h"
 
 namespace {
 
@@ -66,7 +67,7 @@ void skip_substream_index_table(Ac4TocParser& parser) {
     }
 }
 
-// The fields ahead of the presentations.
+// The fields before the presentations.
 void parse_toc_header(Ac4TocParser& parser) {
     BitReader& reader = parser.reader;
     ac4_toc& toc = parser.toc;
@@ -133,24 +134,6 @@ int32_t ac4_toc_parse_head(std::span<const uint8_t> buffer, ac4_toc& toc) {
     Ac4TocParser parser{.reader = {.bytes = countable(buffer)}, .toc = toc};
     const uint32_t head_end = parse_toc(parser);
     return parser.too_many || bits_overrun(head_end, parser.reader.bytes) ? -1 : 0;
-}
-
-std::span<const uint16_t> ac4_group_indices(const ac4_toc& toc, const ac4_presentation_v1_info& presentation) {
-    return std::span(toc.group_indices).subspan(presentation.first_group_index, presentation.n_group_indices);
-}
-
-std::span<const ac4_group_substream> ac4_group_substreams(const ac4_toc& toc, const ac4_substream_group_info& group) {
-    return std::span(toc.group_substreams).subspan(group.first_substream, group.n_lf_substreams);
-}
-
-std::span<const ac4_emdf_info> ac4_emdf_substreams(const ac4_toc& toc, const ac4_presentation_info& presentation) {
-    return std::span(toc.emdf_substreams)
-        .subspan(presentation.first_emdf_substream, presentation.n_add_emdf_substreams);
-}
-
-std::span<const ac4_emdf_info> ac4_emdf_substreams(const ac4_toc& toc, const ac4_presentation_v1_info& presentation) {
-    return std::span(toc.emdf_substreams)
-        .subspan(presentation.first_emdf_substream, presentation.n_add_emdf_substreams);
 }
 
 uint8_t ac4_toc_mdcompat(const ac4_toc& toc) {

@@ -4,6 +4,8 @@
 #include <cstdio>
 
 #include "ac4/ac4_dsi.h"
+#include "ac4/ac4_dsi_checks.h"
+#include "ac4/ac4_dsi_compare.h"
 #include "ac4/ac4_toc.h"
 #include "bits/report.h"
 #include "isobmff/codec_configuration.h"
@@ -11,7 +13,6 @@
 
 namespace {
 
-constexpr uint32_t AC4_DSI_NEWEST_VERSION = 2;  // of the presentations that are compared
 
 int compare_substream_counts(const Ec3Configuration& ec3, const ZtpStreamSummary& summary, uint32_t common) {
     int status = 0;

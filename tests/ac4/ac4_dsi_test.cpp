@@ -5,6 +5,9 @@
 #include <cstdio>
 #include <sstream>
 
+#include "ac4/ac4_dsi_checks.h"
+#include "ac4/ac4_dsi_compare.h"
+#include "ac4/ac4_toc.h"
 #include "ac4_samples.h"
 #include "support/ac4_writer.h"
 #include "support/golden.h"
@@ -137,7 +140,7 @@ TEST(Ac4Dsi, EveryPrefixStopsWithAFinding) {
             const std::vector<uint8_t> prefix(payload.begin(), payload.begin() + static_cast<std::ptrdiff_t>(size));
             Ac4Dsi dsi;
             EXPECT_NE(printed_by([&] { EXPECT_EQ(parse(prefix, {}, dsi), 0); }), "") << sample.name << " " << size;
-            EXPECT_NE(dsi.stop, AC4_DSI_COMPLETE) << sample.name << " " << size;
+            EXPECT_NE(dsi.stop, Ac4DsiStop::COMPLETE) << sample.name << " " << size;
             printed_by([&] { compare(dsi, sample.toc); });
         }
     }

@@ -24,8 +24,9 @@ void print_version_0(const ac4_presentation_info& p) {
                 p.presentation_id, p.frame_rate_factor, p.hsf_ext_substream_index, p.presentation_channel_mask,
                 p.n_add_emdf_substreams);
     for (size_t i = 0; i < p.n_substreams; ++i)
-        std::printf("  substream: mode %u bitrate %d add_ch_base %d index %u\n", p.substreams[i].channel_mode,
-                    p.substreams[i].bitrate_indicator, p.substreams[i].add_ch_base, p.substreams[i].substream_index);
+        std::printf("  substream: mode %d bitrate %d add_ch_base %d index %u\n",
+                    channel_mode_number(p.substreams[i].channel_mode), p.substreams[i].bitrate_indicator,
+                    p.substreams[i].add_ch_base, p.substreams[i].substream_index);
 }
 
 void print_version_1(const ac4_toc& toc, const ac4_presentation_v1_info& p) {
@@ -35,9 +36,10 @@ void print_version_1(const ac4_toc& toc, const ac4_presentation_v1_info& p) {
     for (const uint16_t index : ac4_group_indices(toc, p)) std::printf(" %d", index);
     for (const ac4_emdf_info& emdf : ac4_emdf_substreams(toc, p))
         std::printf(" EMDF %u/%u", emdf.emdf_version, emdf.key_id);
-    std::printf("\n  mode %d core %d mask 0x%X back %d top pairs %d\n", p.presentation_ch_mode, p.pres_ch_mode_core,
-                p.presentation_channel_mask, p.pres_b_4_back_channels_present, p.pres_top_channel_pairs);
-    EXPECT_EQ(p.b_presentation_channel_coded, p.presentation_ch_mode != -1);
+    std::printf("\n  mode %d core %d mask 0x%X back %d top pairs %d\n", channel_mode_number(p.presentation_ch_mode),
+                channel_mode_number(p.pres_ch_mode_core), p.presentation_channel_mask, p.pres_b_4_back_channels_present,
+                p.pres_top_channel_pairs);
+    EXPECT_EQ(p.b_presentation_channel_coded, p.presentation_ch_mode != Ac4ChannelMode::NONE);
 }
 
 void print_group(const ac4_toc& toc, const ac4_substream_group_info& group) {
@@ -45,10 +47,10 @@ void print_group(const ac4_toc& toc, const ac4_substream_group_info& group) {
     std::printf("group: content %d serialized tag %d tag of %d\n", content.content_classifier,
                 content.b_serialized_language_tag, content.n_language_tag_bytes);
     for (const ac4_group_substream& s : ac4_group_substreams(toc, group))
-        std::printf("  substream: mode %u sf %d bitrate %d bed %d dynamic %d ISF %d index %u hsf index %u\n",
-                    s.channel_mode, s.sf_multiplier, s.bitrate_indicator, s.b_substream_contains_bed_objects,
-                    s.b_substream_contains_dynamic_objects, s.b_substream_contains_ISF_objects, s.substream_index,
-                    s.hsf_ext_substream_index);
+        std::printf("  substream: mode %d sf %d bitrate %d bed %d dynamic %d ISF %d index %u hsf index %u\n",
+                    channel_mode_number(s.channel_mode), s.sf_multiplier, s.bitrate_indicator,
+                    s.b_substream_contains_bed_objects, s.b_substream_contains_dynamic_objects,
+                    s.b_substream_contains_ISF_objects, s.substream_index, s.hsf_ext_substream_index);
 }
 
 int print_toc(const std::string& text) {
