@@ -5,42 +5,60 @@ cd "$root"
 
 # install_packages PACKAGE...: with apt-get, through sudo when not root.
 install_packages() {
-    echo "quorlin: installing $* with apt-get" >&2
+    echo "quorlin: installing with apt-get: $*" >&2
     local sudo=
     [ "$(id -u)" -eq 0 ] || sudo=sudo
     $sudo apt-get update -qq >&2
     $sudo env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "$@" >&2
 }
 
-# need COMMAND-OR-FILE=PACKAGE...: installs the packages of what is not there; does nothing when all is.
-need() {
-    local missing=() item
+# missing COMMAND-OR-FILE=PACKAGE...: the packages of what is not there.
+missing() {
+    local item
     for item in "$@"; do
         local what=${item%%=*} package=${item#*=}
         if [ "${what#/}" != "$what" ]; then
-            [ -e "$what" ] || missing+=("$package")
+            [ -e "$what" ] || echo "$package"
         else
-            command -v "$what" >/dev/null || missing+=("$package")
+            command -v "$what" >/dev/null || echo "$package"
         fi
     done
-    [ ${#missing[@]} -eq 0 ] || install_packages "${missing[@]}"
 }
 
+# need COMMAND-OR-FILE=PACKAGE...: installs the packages of what is not there; does nothing when all is.
+need() {
+    local packages
+    packages=$(missing "$@")
+    [ -z "$packages" ] || install_packages $packages
+}
+
+compiler=(g++=g++ cmake=cmake ninja=ninja-build)
+test_library=(/usr/include/gtest/gtest.h=libgtest-dev /usr/lib/python3/dist-packages/jsonschema=python3-jsonschema)
+batch_tools=(parallel=parallel python3=python3)
+# What more of quorlin-batch is tested with, where it can be had: the page in a browser, jobs over ssh. Where services
+# run, openssh-server would start one: there it has to be installed by hand.
+batch_extras=(chromium=chromium)
+[ -d /run/systemd/system ] || batch_extras+=(/usr/sbin/sshd=openssh-server)
+
 need_compiler() {
-    need g++=g++ cmake=cmake ninja=ninja-build
+    need "${compiler[@]}"
 }
 
 need_test_library() {
-    need /usr/include/gtest/gtest.h=libgtest-dev
+    need "${test_library[@]}"
 }
 
-# What quorlin-batch needs; and, where it can be had, what more of it is tested with: the page in a browser, jobs over ssh.
-need_batch_tools() {
-    need parallel=parallel python3=python3
-    (need chromium=chromium) || echo "quorlin: no chromium: the page of quorlin-batch is not tested" >&2
-    # Where services run, the package would start one: there it has to be installed by hand.
-    [ -d /run/systemd/system ] || (need /usr/sbin/sshd=openssh-server) ||
-        echo "quorlin: no openssh-server: jobs over ssh are not tested" >&2
+# All that ./scripts/test needs; says first what is going to be installed.
+need_for_tests() {
+    local packages extras item
+    packages=$(missing "${compiler[@]}" "${test_library[@]}" "${batch_tools[@]}")
+    extras=$(missing "${batch_extras[@]}")
+    [ -z "$packages" ] || echo "quorlin: these packages are going to be installed:" $packages >&2
+    [ -z "$extras" ] || echo "quorlin: these as well (without them tests of quorlin-batch are skipped):" $extras >&2
+    [ -z "$packages" ] || install_packages $packages
+    for item in "${batch_extras[@]}"; do
+        (need "$item") || echo "quorlin: no ${item#*=}: its tests are skipped" >&2
+    done
 }
 
 # build PRESET TARGET [CMAKE-ARGUMENT...]: configures and builds; its log is shown when it fails.
