@@ -3,9 +3,9 @@
 #include <array>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <optional>
 #include <span>
-#include <vector>
 
 #include "bits/byte_order.h"
 #include "bits/report.h"
@@ -31,7 +31,7 @@ struct TimesliceLoop {
     FileReader& reader;
     const PlaylistAttributes* attrs;
     ZtpInfoPtr info;
-    std::vector<uint8_t> timeslice = std::vector<uint8_t>(TIMESLICE_CAPACITY);
+    std::unique_ptr<uint8_t[]> timeslice = std::make_unique_for_overwrite<uint8_t[]>(TIMESLICE_CAPACITY);
     uint32_t size = 0;                                   // bytes of it in use
     std::optional<uint32_t> timeslice_substreamid = {};  // of the independent frames that begin a timeslice
     bool analysed = false;                               // the analyzer has been called
@@ -131,7 +131,10 @@ int check_ztp_programs(const ZtpStreamSummary& summary, const std::array<uint32_
     return status;
 }
 
-int check_against_playlist(const ZtpStreamSummary& summary, const PlaylistAttributes* attrs) {
+int check_against_playlist(const ZtpInfoContext& info, const PlaylistAttributes* attrs) {
+    ZtpStreamSummary summary;
+    ztpinfo_summarise(&info, summary);
+    // After a fatal condition the summary is empty: there is nothing to compare.
     if (summary.num_programs == 0) return 0;
     int status = 0;
     if (attrs == nullptr || !codecs_contain(attrs->codecs, "ec-3")) {
@@ -150,12 +153,10 @@ int report_analysis_failure() {
 // Analyses and writes the timeslice that is buffered, if there is one, and empties the buffer.
 int finish_timeslice(TimesliceLoop& loop) {
     if (loop.size == 0) return 0;
-    const std::span<const uint8_t> bytes(loop.timeslice.data(), loop.size);
-    ZtpStreamSummary summary;
+    const std::span<const uint8_t> bytes(loop.timeslice.get(), loop.size);
     int status = 0;
-    if (!loop.info || ztpinfo_process(bytes, summary, loop.info.get()) != 0) status = report_analysis_failure();
-    // After a fatal condition the summary is empty: there is nothing to compare.
-    if (!loop.analysed) status |= check_against_playlist(summary, loop.attrs);
+    if (!loop.info || ztpinfo_analyse(bytes, loop.info.get()) != 0) status = report_analysis_failure();
+    if (loop.info && !loop.analysed) status |= check_against_playlist(*loop.info, loop.attrs);
     loop.analysed = true;
     status |= elementary_stream_write(loop.output, bytes);
     loop.size = 0;
@@ -173,9 +174,9 @@ bool starts_timeslice(TimesliceLoop& loop, const FrameHeader& header) {
 bool append_frame(TimesliceLoop& loop, const FrameHeader& header) {
     const uint32_t rest = header.frame_size > FRAME_HEADER_SIZE ? header.frame_size - FRAME_HEADER_SIZE : 0;
     if (FRAME_HEADER_SIZE + rest > TIMESLICE_CAPACITY - loop.size) return false;
-    std::memcpy(loop.timeslice.data() + loop.size, header.bytes.data(), FRAME_HEADER_SIZE);
+    std::memcpy(loop.timeslice.get() + loop.size, header.bytes.data(), FRAME_HEADER_SIZE);
     loop.size += FRAME_HEADER_SIZE;
-    loop.size += reader_read(loop.timeslice.data() + loop.size, rest, loop.reader);
+    loop.size += reader_read(loop.timeslice.get() + loop.size, rest, loop.reader);
     return true;
 }
 

@@ -89,15 +89,15 @@ int unpack_frame(std::span<const uint16_t> words, ZtpFrameInfo& frame) {
     }
     const uint32_t bsid = words[2] >> 3 & 31u;
     if (is_eac3_bsid(bsid)) {
-        frame.crc_status = eac3_crc_status(words);
         const int status = unpack_eac3_bsi(words, frame.eac3);
         if (status != 0) return status;
         set_common(frame, frame.eac3);
+        frame.crc_status = eac3_crc_status(words);
     } else {
-        frame.crc_status = ac3_crc_status(words);
         const int status = unpack_ac3_bsi(words, frame.ac3);
         if (status != 0) return status;
         set_common(frame, frame.ac3);
+        frame.crc_status = ac3_crc_status(words);
     }
     set_derived(frame, words.size());
     if (is_eac3_bsid(bsid) && frame.eac3.chanmape != 0) frame.locations = frame.chanmap;

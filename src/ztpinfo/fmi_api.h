@@ -39,8 +39,8 @@ struct ZtpFrameInfo {
     uint16_t total_channels = 0;  // with LFE
     uint16_t locations = 0;       // chanmap form: from the chanmap when there is one, else from acmod and lfeon
     float data_rate_kbps = 0;
-    Ac3Bsi ac3{};    // filled when is_ac3_bsid(bsid)
     Eac3Bsi eac3{};  // filled when is_eac3_bsid(bsid)
+    Ac3Bsi ac3{};    // filled when is_ac3_bsid(bsid)
 };
 
 // What stands at the end of a frame, read from its end (ETSI TS 102 366, 4.3.4 and 4.3.5, E.1.2.5).

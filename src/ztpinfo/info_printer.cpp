@@ -48,7 +48,7 @@ void print_program(const ZtpProgramRecord& program, const ProgramTails* tails, u
 }  // namespace
 
 void print_timeslice(const TimesliceRecord& timeslice, const TimesliceTails* tails, uint16_t options) {
-    for (size_t i = 0; i < timeslice.programs.size(); ++i) {
+    for (size_t i = 0; i < timeslice.program_slots; ++i) {
         const ZtpProgramRecord& program = timeslice.programs[i];
         if (program.independent.present) print_program(program, tails != nullptr ? &(*tails)[i] : nullptr, options);
     }

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <span>
 
 #include "bits/place.h"
 #include "ztpinfo/compliance_flags.h"
@@ -34,6 +35,15 @@ struct ZtpProgramRecord {
 
 struct TimesliceRecord {
     uint16_t num_programs = 0;
+    uint16_t program_slots = 0;  // of `programs`, from the first one on, that may be in use
     ComplianceFlags compliance;
     std::array<ZtpProgramRecord, ZTP_MAX_PROGRAMS> programs;  // by program number; there when independent.present
 };
+
+// The programs of the timeslice and gaps between them, but not the many slots after the last one.
+inline std::span<const ZtpProgramRecord> used_programs(const TimesliceRecord& timeslice) {
+    return std::span(timeslice.programs).first(timeslice.program_slots);
+}
+inline std::span<ZtpProgramRecord> used_programs(TimesliceRecord& timeslice) {
+    return std::span(timeslice.programs).first(timeslice.program_slots);
+}

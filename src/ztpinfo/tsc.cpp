@@ -27,7 +27,7 @@ void check_substream(TimesliceRecord& timeslice, const ZtpSubstreamRecord& subst
 
 // The rule sets for secondary audio cover independent substreams only.
 void check_each_substream(TimesliceRecord& timeslice, SubstreamRules& rules, bool with_dependent, RuleLog& log) {
-    for (const ZtpProgramRecord& program : timeslice.programs) {
+    for (const ZtpProgramRecord& program : used_programs(timeslice)) {
         if (!program.independent.present) continue;
         check_substream(timeslice, program.independent, rules, log);
         if (!with_dependent || program.num_dep_substreams == 0) continue;

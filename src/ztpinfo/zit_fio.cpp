@@ -23,23 +23,29 @@ void set_byte_order(WordInput& input, ZtpByteOrder order) {
 typedef uint16_t WordVector __attribute__((vector_size(16)));
 constexpr size_t VECTOR_WORDS = sizeof(WordVector) / sizeof(uint16_t);
 
-// Exchanges the two bytes of each word.
-void swap_word_bytes(std::span<uint16_t> words) {
+// Copies words.size() words, the two bytes of each exchanged.
+void load_swapped(const uint8_t* bytes, std::span<uint16_t> words) {
     size_t i = 0;
     for (; i + VECTOR_WORDS <= words.size(); i += VECTOR_WORDS) {
         WordVector eight;
-        std::memcpy(&eight, &words[i], sizeof eight);
+        std::memcpy(&eight, bytes + i * sizeof(uint16_t), sizeof eight);
         eight = eight << 8 | eight >> 8;
         std::memcpy(&words[i], &eight, sizeof eight);
     }
-    for (; i < words.size(); ++i) words[i] = static_cast<uint16_t>(words[i] << 8 | words[i] >> 8);
+    for (; i < words.size(); ++i) {
+        uint16_t word;
+        std::memcpy(&word, bytes + i * sizeof word, sizeof word);
+        words[i] = static_cast<uint16_t>(word << 8 | word >> 8);
+    }
 }
 
 // Copies words.size() words from `bytes` into host order.
 void load_words(const uint8_t* bytes, ZtpByteOrder order, std::span<uint16_t> words) {
-    std::memcpy(words.data(), bytes, words.size_bytes());
     const bool host_order = (order == BYTE_ORDER_HIGH_FIRST) == (std::endian::native == std::endian::big);
-    if (!host_order) swap_word_bytes(words);
+    if (host_order)
+        std::memcpy(words.data(), bytes, words.size_bytes());
+    else
+        load_swapped(bytes, words);
 }
 
 }  // namespace

@@ -62,7 +62,7 @@ struct ZtpSettings {
     uint16_t options = ZTP_DEFAULT_OPTIONS;
     uint16_t rule_set = ZTP_RULES_GENERIC;
     bool stop_on_failure = false;  // end the walk of a buffer as soon as a failure is on record
-    bool contiguous = false;       // buffers lie in the file as they are handed over, see ztpinfo_process
+    bool contiguous = false;       // buffers lie in the file as they are handed over, see ztpinfo_analyse
 };
 
 struct ZtpSubstreamSummary {
@@ -112,13 +112,18 @@ using ZtpInfoPtr = std::unique_ptr<ZtpInfoContext, ZtpInfoCloser>;
 // Replaces the settings from the next call on.
 void ztpinfo_configure(ZtpInfoContext* handle, const ZtpSettings& settings);
 
-// Analyses a buffer of consecutive syncframes (one PES payload, the samples of a run, a whole file) and fills `summary`
-// from the last completed timeslice. Returns a ZtpResult: failures on record may come from an earlier call with this
-// handle; after a fatal condition the summary is cleared. `bytes` is not kept.
+// Analyses a buffer of consecutive syncframes (one PES payload, the samples of a run, a whole file). Returns a
+// ZtpResult: failures on record may come from an earlier call with this handle. `bytes` is not kept.
 //
 // The current place is to be that of the buffer's first frame. What is found in a later one is recorded with its own
 // time, and with its own offset if the setting `contiguous` says that the file holds the bytes of the buffer in one
 // piece. A listed rule has the place of the frame that broke it, repeated when it was not broken since the last list.
+[[nodiscard]] int ztpinfo_analyse(std::span<const uint8_t> bytes, ZtpInfoContext* handle);
+
+// Fills `summary` from the last completed timeslice; after a fatal condition in the last call it is cleared.
+void ztpinfo_summarise(const ZtpInfoContext* handle, ZtpStreamSummary& summary);
+
+// Both.
 [[nodiscard]] int ztpinfo_process(std::span<const uint8_t> bytes, ZtpStreamSummary& summary, ZtpInfoContext* handle);
 
 // For the finding of a container after a call that did not return ZTP_CLEAN: where it went wrong. After ZTP_FATAL the

@@ -11,23 +11,30 @@
 #include "ztpinfo/zit_fio.h"
 #include "ztpinfo/ztpinfo.h"
 
+namespace {
+
+// How the walk over a buffer, or one step of it, came out.
+enum class Walk { GO_ON, END, INCOMPLETE, FATAL };
+
+}  // namespace
+
 struct ZtpInfoContext {
     ZtpSettings settings;
     WordInput input;
     std::array<uint16_t, MAX_FRAME_WORDS> words{};  // the current frame, in stream order
     ZtpFrameInfo frame;
     TimesliceAccumulator timeslices;
-    Place buffer_place;              // of the buffer that is walked
+    // Of the last call.
+    Walk walk = Walk::END;
+    uint64_t timeslices_before = 0;  // completed before it
+    Place buffer_place;
     int64_t time_before_buffer = 0;  // playing time before it, 90 kHz
-    Place failure_place;             // why the last call failed
+    Place failure_place;
 };
 
 namespace {
 
 constexpr const char* SOURCE = "ztpinfo_api";
-
-// How the walk over a buffer, or one step of it, came out.
-enum class Walk { GO_ON, END, INCOMPLETE, FATAL };
 
 // Reads the words of the next frame into context.words; `frame_words` is its length.
 Walk read_frame(ZtpInfoContext& context, uint32_t& frame_words) {
@@ -135,17 +142,18 @@ void fill_program(ZtpProgramSummary& summary, const ZtpProgramRecord& program) {
         if (program.dependent[i].present) fill_substream(summary.dependent[i], program.dependent[i].frame);
 }
 
-// Fills the cleared `summary` from the last completed timeslice; `completed` is the number of those of this call.
-void fill_summary(ZtpStreamSummary& summary, const ZtpInfoContext& context, uint64_t completed) {
+// Fills the cleared `summary` from the last completed timeslice.
+void fill_summary(ZtpStreamSummary& summary, const ZtpInfoContext& context) {
     const ZtpStreamTotals& totals = context.timeslices.totals;
     if (context.timeslices.completed == NO_RECORD) return;
+    const uint64_t completed = totals.timeslices - context.timeslices_before;
     const TimesliceRecord& timeslice = last_completed(context.timeslices);
     const uint64_t blocks = timeslice.programs[0].blocks_per_frame * completed;
     summary.byte_order_swapped = context.input.byte_order == BYTE_ORDER_LOW_FIRST ? 1 : 0;
     summary.data_rate_kbps = static_cast<uint32_t>(totals.bits * (PLAYING_TIME_UNITS / 1000) / totals.playing_time);
     summary.frameset_count = static_cast<uint32_t>(blocks / FRAMESET_BLOCKS);
     summary.num_programs = timeslice.num_programs;
-    for (uint32_t i = 0; i < ZTP_MAX_PROGRAMS; ++i)
+    for (uint32_t i = 0; i < timeslice.program_slots; ++i)
         if (timeslice.programs[i].independent.present) fill_program(summary.programs[i], timeslice.programs[i]);
 }
 
@@ -164,6 +172,7 @@ void print_end_of_call(ZtpInfoContext& context) {
 void start_buffer(ZtpInfoContext& context, std::span<const uint8_t> bytes) {
     context.input = {};
     context.input.bytes = bytes;
+    context.timeslices_before = context.timeslices.totals.timeslices;
     RuleLog& log = context.timeslices.rule_log;
     log.kept = current_recorder() != nullptr;
     if (!log.kept) return;
@@ -180,10 +189,6 @@ Walk walk_buffer(ZtpInfoContext& context) {
     if (walk != Walk::END || finish_timeslice(context.timeslices, context.settings.rule_set) == 0) return walk;
     report_fatal("ztp-fatal-processing", "Processing error in ZIT subroutine", SOURCE, __LINE__);
     return Walk::FATAL;
-}
-
-int compliance_result(const ZtpInfoContext& context) {
-    return context.timeslices.compliance.failures.any() ? ZTP_FAILURES : ZTP_CLEAN;
 }
 
 }  // namespace
@@ -216,17 +221,25 @@ Place ztpinfo_failure_place(const ZtpInfoContext* handle) {
     return current_recorder() != nullptr && handle != nullptr ? handle->failure_place : current_place;
 }
 
-int ztpinfo_process(std::span<const uint8_t> bytes, ZtpStreamSummary& summary, ZtpInfoContext* handle) {
+int ztpinfo_analyse(std::span<const uint8_t> bytes, ZtpInfoContext* handle) {
     ZtpInfoContext& context = *handle;
-    TimesliceAccumulator& timeslices = context.timeslices;
-    const uint64_t completed_before = timeslices.totals.timeslices;
-    summary = {};
     const PlaceScope scope;
     start_buffer(context, bytes);
-    const Walk walk = walk_buffer(context);
-    context.failure_place = walk == Walk::FATAL ? current_place : place_of_failure(timeslices.rule_log);
-    if (walk == Walk::FATAL) return ZTP_FATAL;
-    fill_summary(summary, context, timeslices.totals.timeslices - completed_before);
-    if (walk == Walk::END) print_end_of_call(context);
-    return compliance_result(context);
+    context.walk = walk_buffer(context);
+    const bool fatal = context.walk == Walk::FATAL;
+    context.failure_place = fatal ? current_place : place_of_failure(context.timeslices.rule_log);
+    if (fatal) return ZTP_FATAL;
+    if (context.walk == Walk::END) print_end_of_call(context);
+    return context.timeslices.compliance.failures.any() ? ZTP_FAILURES : ZTP_CLEAN;
+}
+
+void ztpinfo_summarise(const ZtpInfoContext* handle, ZtpStreamSummary& summary) {
+    summary = {};
+    if (handle->walk != Walk::FATAL) fill_summary(summary, *handle);
+}
+
+int ztpinfo_process(std::span<const uint8_t> bytes, ZtpStreamSummary& summary, ZtpInfoContext* handle) {
+    const int result = ztpinfo_analyse(bytes, handle);
+    ztpinfo_summarise(handle, summary);
+    return result;
 }
