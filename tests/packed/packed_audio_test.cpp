@@ -26,14 +26,20 @@ ZtpInfoContext* ztpinfo_open() {
 
 void ztpinfo_close(ZtpInfoContext*) {}
 
-int ztpinfo_process(std::span<const uint8_t> bytes, ZtpStreamSummary& summary, ZtpInfoContext*) {
+static int last_result() {
+    return fake.calls.size() <= fake.results.size() ? fake.results[fake.calls.size() - 1] : 0;
+}
+
+int ztpinfo_analyse(std::span<const uint8_t> bytes, ZtpInfoContext*) {
     fake.calls.push_back(bytes.size());
-    const int result = fake.calls.size() <= fake.results.size() ? fake.results[fake.calls.size() - 1] : 0;
+    return last_result();
+}
+
+void ztpinfo_summarise(const ZtpInfoContext*, ZtpStreamSummary& summary) {
     summary = {};
-    if (result == 2) return result;
+    if (last_result() == ZTP_FATAL) return;
     summary.num_programs = static_cast<uint32_t>(fake.programs.size());
     std::copy(fake.programs.begin(), fake.programs.end(), summary.programs.begin());
-    return result;
 }
 
 namespace {
