@@ -1,12 +1,13 @@
 #include "isobmff/audio_sample_checks.h"
 
 #include <algorithm>
-#include <cstdio>
 
 #include "ac4/ac4_dsi.h"
 #include "ac4/ac4_dsi_checks.h"
 #include "ac4/ac4_dsi_compare.h"
 #include "ac4/ac4_toc.h"
+#include "bits/finding.h"
+#include "bits/place.h"
 #include "bits/report.h"
 #include "isobmff/codec_configuration.h"
 #include "ztpinfo/ztpinfo.h"
@@ -17,43 +18,44 @@ namespace {
 int compare_substream_counts(const Ec3Configuration& ec3, const ZtpStreamSummary& summary, uint32_t common) {
     int status = 0;
     if (ec3.data_rate != summary.data_rate_kbps) {
-        std::printf(
+        status |= fail(
+            SEGMENT_FINDING, "mp4-dec3-data-rate",
             "[SV]   : ERROR: Mismatch in data-rate value between the Zentra Plus elementary stream and the MP4 sample description.\n");
-        status = SEGMENT_FINDING;
     }
     if (ec3.num_ind_sub != summary.num_programs) {
-        std::printf(
+        status |= fail(
+            SEGMENT_FINDING, "mp4-dec3-independent-substreams",
             "[SV]   : ERROR: Mismatch in the number of independent substreams between the Zentra Plus elementary stream and the MP4 sample description.\n");
-        status = SEGMENT_FINDING;
     }
     for (uint32_t i = 0; i < common; ++i) {
         if (ec3.substreams[i].num_dep_sub == summary.programs[i].num_dep_substreams) continue;
-        std::printf(
+        status |= fail(
+            SEGMENT_FINDING, "mp4-dec3-dependent-substreams",
             "[SV]   : ERROR: Mismatch in the number of dependent substream between the Zentra Plus elementary stream and the MP4 sample description.\n");
-        status = SEGMENT_FINDING;
     }
     return status;
 }
 
-int report_field_mismatch(const char* field) {
-    std::printf(
+int report_field_mismatch(const char* id, const char* field) {
+    return fail(
+        SEGMENT_FINDING, id,
         "[SV]   : ERROR: Mismatch in %s value between the Zentra Plus elementary stream and the MP4 sample description.\n",
         field);
-    return SEGMENT_FINDING;
 }
 
 struct SubstreamField {
+    const char* id;
     const char* name;
     uint32_t Ec3IndependentSubstream::*in_dec3;
     uint32_t ZtpSubstreamSummary::*in_stream;
 };
 
 constexpr SubstreamField SUBSTREAM_FIELDS[] = {
-    {"bsid", &Ec3IndependentSubstream::bsid, &ZtpSubstreamSummary::bsid},
-    {"bsmod", &Ec3IndependentSubstream::bsmod, &ZtpSubstreamSummary::bsmod},
-    {"fscod", &Ec3IndependentSubstream::fscod, &ZtpSubstreamSummary::fscod},
-    {"acmod", &Ec3IndependentSubstream::acmod, &ZtpSubstreamSummary::acmod},
-    {"lfeon", &Ec3IndependentSubstream::lfeon, &ZtpSubstreamSummary::lfeon},
+    {"mp4-dec3-bsid", "bsid", &Ec3IndependentSubstream::bsid, &ZtpSubstreamSummary::bsid},
+    {"mp4-dec3-bsmod", "bsmod", &Ec3IndependentSubstream::bsmod, &ZtpSubstreamSummary::bsmod},
+    {"mp4-dec3-fscod", "fscod", &Ec3IndependentSubstream::fscod, &ZtpSubstreamSummary::fscod},
+    {"mp4-dec3-acmod", "acmod", &Ec3IndependentSubstream::acmod, &ZtpSubstreamSummary::acmod},
+    {"mp4-dec3-lfeon", "lfeon", &Ec3IndependentSubstream::lfeon, &ZtpSubstreamSummary::lfeon},
 };
 
 // Field by field, and inside a field substream by substream.
@@ -62,7 +64,7 @@ int compare_independent_substreams(const Ec3Configuration& ec3, const ZtpStreamS
     for (const SubstreamField& field : SUBSTREAM_FIELDS)
         for (uint32_t i = 0; i < common; ++i)
             if (ec3.substreams[i].*field.in_dec3 != summary.programs[i].independent.*field.in_stream)
-                status |= report_field_mismatch(field.name);
+                status |= report_field_mismatch(field.id, field.name);
     return status;
 }
 
@@ -72,7 +74,8 @@ int compare_channel_locations(const Ec3Configuration& ec3, const ZtpStreamSummar
     for (uint32_t i = 0; i < common; ++i) {
         uint32_t chanmap = 0;
         for (const ZtpSubstreamSummary& dependent : summary.programs[i].dependent) chanmap |= dependent.chanmap;
-        if (ec3.substreams[i].chan_loc != chanmap_to_chan_loc(chanmap)) status |= report_field_mismatch("chan_loc");
+        if (ec3.substreams[i].chan_loc != chanmap_to_chan_loc(chanmap))
+            status |= report_field_mismatch("mp4-dec3-chan-loc", "chan_loc");
     }
     return status;
 }
@@ -90,31 +93,31 @@ int compare_object_audio(const Ec3Configuration& ec3, const ZtpStreamSummary& su
     const ZtpSubstreamSummary& substream = object_audio_substream(summary.programs[0]);
     if (ec3.flag_ec3_extension_type_a == 0) {
         if (substream.addbsi[0] == 0) return 0;
-        std::printf(
+        return fail(
+            SEGMENT_FINDING, "mp4-dec3-objects-not-announced",
             "[SV]   : ERROR: Mismatch in Aurelis-specific flag settings between the Zentra Plus elementary stream and the MP4 sample description.\n");
-        return SEGMENT_FINDING;
     }
     if (summary.programs[0].num_dep_substreams == 0 && summary.num_programs == 0) {
         // No substream to look at.
-        std::printf(
+        return fail(
+            SEGMENT_FINDING, "mp4-dec3-objects-no-program",
             "[SV]   : ERROR: The MP4 sample description identifies Aurelis content, but the num_of_dep_frm and num_of_pgms are not correctly set in the Zentra Plus elementary stream.\n");
-        return SEGMENT_FINDING;
     }
     if (substream.addbsie == 0 || substream.addbsi_bytes < 2) {
-        std::printf(
+        return fail(
+            SEGMENT_FINDING, "mp4-dec3-objects-addbsi",
             "[SV]   : ERROR: The MP4 sample description identifies Aurelis content, but bse_addbsil value is invalid.\n");
-        return SEGMENT_FINDING;
     }
     int status = 0;
     if (substream.addbsi[0] != ec3.flag_ec3_extension_type_a) {
-        std::printf(
+        status |= fail(
+            SEGMENT_FINDING, "mp4-dec3-objects-flag",
             "[SV]   : ERROR: Mismatch in flag_ec3_extension_type_a setting between the Zentra Plus elementary stream and the MP4 sample description.\n");
-        status = SEGMENT_FINDING;
     }
     if (substream.addbsi[1] != ec3.complexity_index_type_a) {
-        std::printf(
+        status |= fail(
+            SEGMENT_FINDING, "mp4-dec3-objects-index",
             "[SV]   : ERROR: Mismatch in complex_index setting between the Zentra Plus elementary stream and the MP4 sample description.\n");
-        status = SEGMENT_FINDING;
     }
     return status;
 }
@@ -128,40 +131,66 @@ int compare_with_dec3(const Ec3Configuration& ec3, const ZtpStreamSummary& summa
     return status;
 }
 
+// For the facts of the segment.
+void note_program(SeenSamples& seen, const ZtpStreamSummary& summary) {
+    const ZtpProgramSummary& program = summary.programs[0];
+    uint32_t chanmap = 0;
+    for (const ZtpSubstreamSummary& dependent : program.dependent) chanmap |= dependent.chanmap;
+    seen.channels = count_channels(program.independent.acmod, program.independent.lfeon != 0, chanmap);
+    seen.data_rate_kbps = summary.data_rate_kbps;
+}
+
+void open_analyzer(TrackOutput& output) {
+    output.analyzer.reset(ztpinfo_open());
+    ZtpSettings settings;
+    settings.contiguous = true;
+    if (output.analyzer) ztpinfo_configure(output.analyzer.get(), settings);
+}
+
+int report_analyzer_failure(const ZtpInfoContext* analyzer) {
+    const PlaceScope scope(ztpinfo_failure_place(analyzer));
+    return fail(SEGMENT_FINDING, "ztp-errors",
+                "ERROR: Zentra Plus info tool returns errors when parsing the payload data.\n");
+}
+
 int check_ec3_sample(TrackRecord& track, std::span<const uint8_t> sample, bool first) {
-    if (!track.output.analyzer) track.output.analyzer.reset(ztpinfo_open());
+    ZtpInfoPtr& analyzer = track.output.analyzer;
+    if (!analyzer) open_analyzer(track.output);
     ZtpStreamSummary summary;
-    int result = ZTP_FATAL;
-    if (track.output.analyzer) result = ztpinfo_process(sample, summary, track.output.analyzer.get());
+    const int result = analyzer ? ztpinfo_process(sample, summary, analyzer.get()) : ZTP_FATAL;
     int status = 0;
-    if (result != 0) {
-        std::printf("ERROR: Zentra Plus info tool returns errors when parsing the payload data.\n");
-        status = SEGMENT_FINDING;
-    }
-    if (track.codec_kind == CODEC_EC3 && first && result != ZTP_FATAL) status |= compare_with_dec3(track.ec3, summary);
+    if (result != ZTP_CLEAN) status |= report_analyzer_failure(analyzer.get());
+    if (result == ZTP_FATAL) return status;
+    if (summary.num_programs > 0) note_program(track.seen, summary);
+    if (track.codec_kind == CODEC_EC3 && first) status |= compare_with_dec3(track.ec3, summary);
     return status;
 }
 
-// The findings inside the dac4 payload itself do not fail the segment, deliberately.
-int check_first_ac4_sample(const TrackRecord& track, std::span<const uint8_t> sample) {
+// The findings inside the dac4 payload itself do not fail the segment, deliberately. They are the same for every
+// segment of the box.
+Ac4Dsi check_dac4(TrackRecord& track) {
+    const PlaceScope scope(place_checked_again(track.config_place, track.config_checked));
+    track.config_checked = true;
+    Ac4Dsi dsi;
+    parse_dac4(*track.config, track.media_timescale, track.samplesize, track.samplerate, track.channel_count, dsi);
+    track.seen.channels = ac4_dsi_channel_count(dsi);
+    return dsi;
+}
+
+int check_first_ac4_sample(TrackRecord& track, std::span<const uint8_t> sample) {
     int status = 0;
     Ac4Dsi dsi;
-    if (track.config) {
-        parse_dac4(*track.config, track.media_timescale, track.samplesize, track.samplerate, track.channel_count, dsi);
-    } else {
-        std::printf("ERROR: Failed to parse the Vexro AC-4 dsi.\n");
-        status = SEGMENT_FINDING;
-    }
+    if (track.config)
+        dsi = check_dac4(track);
+    else
+        status |= fail(SEGMENT_FINDING, "mp4-dac4-missing", "ERROR: Failed to parse the Vexro AC-4 dsi.\n");
     ac4_toc toc;
     uint32_t position = 0;
-    if (ac4_toc_parse(sample, position, toc) != 0) {
-        std::printf("ERROR: Failed to parse the Vexro AC-4 elementary stream.\n");
-        return SEGMENT_FINDING;
-    }
-    if (track.config && compare_dsi_with_toc(dsi, toc) != 0) {
-        std::printf("ERROR: Mismatch in TOC value between the Vexro AC-4 elementary stream and the dac4 box.\n");
-        status = SEGMENT_FINDING;
-    }
+    if (ac4_toc_parse(sample, position, toc) != 0)
+        return fail(SEGMENT_FINDING, "mp4-ac4-toc", "ERROR: Failed to parse the Vexro AC-4 elementary stream.\n");
+    if (track.config && compare_dsi_with_toc(dsi, toc) != 0)
+        status |= fail(SEGMENT_FINDING, "mp4-dac4-toc",
+                       "ERROR: Mismatch in TOC value between the Vexro AC-4 elementary stream and the dac4 box.\n");
     return status;
 }
 
@@ -182,7 +211,7 @@ void report_uncompared_presentations(const TrackRecord& track, const std::string
     for (size_t i = 0; i < dsi.presentations.size(); ++i) {
         const uint32_t version = dsi.presentations[i].presentation_version;
         if (version <= AC4_DSI_NEWEST_VERSION) continue;
-        report_reason(path,
+        report_reason(ReasonEffect::UNVALIDATED, "reason-mp4-dac4-version", path,
                       "track %d: presentation %zu of dac4 has the version %u: it is not compared with the samples",
                       static_cast<int32_t>(track.track_ID), i, version);
     }

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <cinttypes>
-#include <cstdio>
 #include <new>
 #include <span>
 #include <string_view>
@@ -12,6 +10,8 @@
 #include <vector>
 
 #include "bits/byte_order.h"
+#include "bits/finding.h"
+#include "bits/place.h"
 #include "isobmff/box_reader.h"
 #include "ztpinfo/ztpinfo.h"
 
@@ -34,17 +34,11 @@ uint32_t chan_loc_to_chanmap(uint32_t chan_loc) {
     return chanmap;
 }
 
-uint32_t count_channels(const Ec3IndependentSubstream& substream) {
-    uint32_t mask = ztpinfo_acmod_locations(substream.acmod) | chan_loc_to_chanmap(substream.chan_loc);
-    if (substream.lfeon != 0) mask |= CHANMAP_LFE;
-    return static_cast<uint32_t>(std::popcount(mask) + std::popcount(mask & CHANMAP_PAIRS));
-}
-
 void check_reserved(uint32_t bits) {
-    if (bits != 0) std::printf("ERROR: Reserved field is not zero.\n");
+    if (bits != 0) note("mp4-dec3-reserved", "ERROR: Reserved field is not zero.\n");
 }
 
-// ETSI TS 102 366, F.6.1: one independent substream at `position`, which moves behind it.
+// ETSI TS 102 366, F.6.1: one independent substream at `position`, which moves past it.
 Ec3IndependentSubstream parse_independent_substream(std::span<const uint8_t> payload, size_t& position) {
     Ec3IndependentSubstream substream;
     const uint32_t a = load_u8(payload, position++);
@@ -77,9 +71,12 @@ Ec3Configuration parse_dec3(std::span<const uint8_t> payload) {
     return ec3;
 }
 
-constexpr const char* OVERRUN_RULE = "a NAL unit runs past its end: this one and those behind it are not read";
+void note_cut_parameter_set(const MediaContext& context, const FileReader& reader) {
+    note_box(context, reader, "reason-mp4-parameter-set-cut",
+             "a NAL unit runs past its end: this one and those after it are not read");
+}
 
-// `count` parameter sets, each behind a 16-bit length; false at the first one that runs past the payload.
+// `count` parameter sets, each after a 16-bit length; false at the first one that runs past the payload.
 bool parse_avc_parameter_sets(std::span<const uint8_t> payload, size_t& position, uint32_t count,
                               std::vector<ParameterSet>& sets) {
     for (uint32_t i = 0; i < count; ++i) {
@@ -92,8 +89,8 @@ bool parse_avc_parameter_sets(std::span<const uint8_t> payload, size_t& position
     return true;
 }
 
-// ISO/IEC 14496-15, 5.3.3.1.2: AVCDecoderConfigurationRecord. False when a set runs past the payload: those in front
-// of it are kept.
+// ISO/IEC 14496-15, 5.3.3.1.2: AVCDecoderConfigurationRecord. False when a set runs past the payload: those before it
+// are kept.
 bool parse_avc_configuration(VideoConfiguration& video) {
     const std::span<const uint8_t> payload(video.payload);
     video.length_size_minus_one = load_u8(payload, 4) & 3;
@@ -140,29 +137,26 @@ std::vector<ParameterSet>* parameter_sets_of_type(VideoConfiguration& video, uin
 constexpr int UNNAMED_OVERRUN = -1;
 
 int report_overrun(uint32_t nal_unit_type, size_t offset, size_t size, size_t payload_size) {
-    const auto from = static_cast<uint32_t>(offset);
-    const auto length = static_cast<uint32_t>(size);
-    const uint64_t dsi_size = payload_size;
     switch (nal_unit_type) {
         case HEVC_VPS:
-            std::printf("[SV]   : VPS offset + length (%" PRIu32 " + %" PRIu32 ") exceeds DSI size (%" PRIu64 ")\n",
-                        from, length, dsi_size);
-            return SEGMENT_FINDING;
+            return fail(SEGMENT_FINDING, "mp4-hevc-configuration-vps",
+                        "[SV]   : VPS offset + length (%zu + %zu) exceeds DSI size (%zu)\n", offset, size,
+                        payload_size);
         case HEVC_SPS:
-            std::printf("[SV]   : SPS offset + length (%" PRIu32 " + %" PRIu32 ") exceeds DSI size (%" PRIu64 ")\n",
-                        from, length, dsi_size);
-            return SEGMENT_FINDING;
+            return fail(SEGMENT_FINDING, "mp4-hevc-configuration-sps",
+                        "[SV]   : SPS offset + length (%zu + %zu) exceeds DSI size (%zu)\n", offset, size,
+                        payload_size);
         case HEVC_PPS:
-            std::printf("[SV]   : PPS offset + length (%" PRIu32 " + %" PRIu32 ") exceeds DSI size (%" PRIu64 ")\n",
-                        from, length, dsi_size);
-            return SEGMENT_FINDING;
+            return fail(SEGMENT_FINDING, "mp4-hevc-configuration-pps",
+                        "[SV]   : PPS offset + length (%zu + %zu) exceeds DSI size (%zu)\n", offset, size,
+                        payload_size);
         default:
             return UNNAMED_OVERRUN;
     }
 }
 
 // ISO/IEC 14496-15, 8.3.3.1.2: HEVCDecoderConfigurationRecord. Returns 0, or 11 when a set runs past the payload, or
-// UNNAMED_OVERRUN; what lies in front is kept.
+// UNNAMED_OVERRUN; what lies before is kept.
 int parse_hevc_configuration(VideoConfiguration& video) {
     const std::span<const uint8_t> payload(video.payload);
     video.length_size_minus_one = load_u8(payload, 21) & 3;
@@ -193,7 +187,7 @@ int read_avc_record(MediaContext& context, FileReader& reader, int64_t payload_s
     if (std::equal(video.payload.begin(), mark_end, PIFF_MARK.begin(), PIFF_MARK.end()))
         parse_piff_configuration(video);
     else if (!parse_avc_configuration(video))
-        note_box(context, reader, OVERRUN_RULE);
+        note_cut_parameter_set(context, reader);
     return 0;
 }
 
@@ -204,12 +198,13 @@ int read_hevc_record(MediaContext& context, FileReader& reader, int64_t payload_
     try {
         const int parsed = parse_hevc_configuration(video);
         if (parsed == UNNAMED_OVERRUN)
-            note_box(context, reader, OVERRUN_RULE);
+            note_cut_parameter_set(context, reader);
         else
             context.status |= parsed;
     } catch (const std::bad_alloc&) {
-        std::printf("[SV]   : Allocation failure\n");
-        return refuse_box(context, reader, "memory is short for its parameter sets");
+        context.status |= fail(SEGMENT_FINDING, "mp4-hevc-configuration-memory", "[SV]   : Allocation failure\n");
+        return refuse_box(context, reader, "reason-mp4-parameter-sets-memory",
+                          "memory is short for its parameter sets");
     }
     return 0;
 }
@@ -217,7 +212,9 @@ int read_hevc_record(MediaContext& context, FileReader& reader, int64_t payload_
 }  // namespace
 
 int store_configuration(MediaContext& context, FileReader& reader, int64_t payload_size) {
-    return read_payload(context, reader, payload_size, context.current_track->config.emplace());
+    TrackRecord& track = *context.current_track;
+    track.config_place = current_place;
+    return read_payload(context, reader, payload_size, track.config.emplace());
 }
 
 int read_esds(MediaContext& context, FileReader& reader, int64_t payload_size) {
@@ -230,7 +227,8 @@ int read_dec3(MediaContext& context, FileReader& reader, int64_t payload_size) {
     const int status = store_configuration(context, reader, payload_size);
     if (status != 0) return status;
     track.ec3 = parse_dec3(*track.config);
-    track.channel_count = count_channels(track.ec3.substreams[0]);
+    const Ec3IndependentSubstream& first = track.ec3.substreams[0];
+    track.channel_count = count_channels(first.acmod, first.lfeon != 0, chan_loc_to_chanmap(first.chan_loc));
     return 0;
 }
 
@@ -270,4 +268,9 @@ uint32_t chanmap_to_chan_loc(uint32_t chanmap) {
     for (uint32_t bit = 0; bit < CHAN_LOC_BITS; ++bit)
         if ((chanmap & chan_loc_location(bit)) != 0) chan_loc |= 1u << bit;
     return chan_loc;
+}
+
+uint32_t count_channels(uint32_t acmod, bool lfeon, uint32_t chanmap) {
+    const uint32_t mask = ztpinfo_acmod_locations(acmod) | chanmap | (lfeon ? CHANMAP_LFE : 0u);
+    return static_cast<uint32_t>(std::popcount(mask) + std::popcount(mask & CHANMAP_PAIRS));
 }

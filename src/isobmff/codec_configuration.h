@@ -6,7 +6,7 @@
 #include "isobmff/media_context.h"
 
 // Handlers (see BoxHandler) of the codec configuration boxes inside a sample entry. They keep what the validation
-// compares later; bytes behind the end of a payload read as zero.
+// compares later; bytes past the end of a payload read as zero.
 
 // dac3, dac4, dmlp, d263: the payload as it is.
 int store_configuration(MediaContext& context, FileReader& reader, int64_t payload_size);
@@ -28,3 +28,6 @@ int read_lumora_configuration(MediaContext& context, FileReader& reader, int64_t
 // An E-AC-3 custom channel map (ETSI TS 102 366, E.1.3.1.8, first location in the most significant of 16 bits) in the
 // bit order of chan_loc (F.6.2.13).
 uint32_t chanmap_to_chan_loc(uint32_t chanmap);
+
+// The channels of an E-AC-3 program: those of an acmod, the LFE, and the locations of a chanmap.
+uint32_t count_channels(uint32_t acmod, bool lfeon, uint32_t chanmap);

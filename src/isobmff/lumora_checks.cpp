@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <string>
 
+#include "bits/finding.h"
 #include "bits/report.h"
 #include "playlist/codecs.h"
 
@@ -32,18 +33,21 @@ int check_avc_codecs(const TrackRecord& track, const std::string& codecs) {
     if (lma1 && codecs_contain(codecs, "lma1" + suffix)) return 0;
     if (lmav && codecs_contain(codecs, "lmav" + suffix)) return 0;
     if (lma1 && codecs_contain(codecs, "lma1"))
-        std::printf(
+        return fail(
+            SEGMENT_FINDING, "mp4-lumora-codecs-lma1",
             "[SV]   : ERROR: Mismatch profile or level is found in the codec attribute value between the LMA1SampleEntry and the CODECS string in the master manifest.\n");
-    else if (lmav && codecs_contain(codecs, "lmav"))
-        std::printf(
+    if (lmav && codecs_contain(codecs, "lmav"))
+        return fail(
+            SEGMENT_FINDING, "mp4-lumora-codecs-lmav",
             "[SV]   : ERROR: Mismatch profile or level is found in the codec attribute value between the LMAVSampleEntry and the CODECS string in the master manifest.\n");
-    else if (lma1 && lmav)
-        std::printf("[SV]   : ERROR: Missing lmav or lma1 in CODECS string in master manifest.\n");
-    else if (lma1)
-        std::printf("[SV]   : ERROR: Missing lma1 in CODECS string in master manifest.\n");
-    else
-        std::printf("[SV]   : ERROR: Missing lmav in CODECS string in master manifest.\n");
-    return SEGMENT_FINDING;
+    if (lma1 && lmav)
+        return fail(SEGMENT_FINDING, "mp4-lumora-codecs-none",
+                    "[SV]   : ERROR: Missing lmav or lma1 in CODECS string in master manifest.\n");
+    if (lma1)
+        return fail(SEGMENT_FINDING, "mp4-lumora-codecs-no-lma1",
+                    "[SV]   : ERROR: Missing lma1 in CODECS string in master manifest.\n");
+    return fail(SEGMENT_FINDING, "mp4-lumora-codecs-no-lmav",
+                "[SV]   : ERROR: Missing lmav in CODECS string in master manifest.\n");
 }
 
 // Of H.265 only the entries that Lumora names itself are compared.
@@ -58,8 +62,8 @@ int check_hevc_codecs(const TrackRecord& track, const std::string& codecs, const
 
 int check_version(const LumoraConfiguration& lumora) {
     if (lumora.version_major == 1 && lumora.version_minor == 0) return 0;
-    std::printf("[SV]   : ERROR: lumora stream compliant with this Lumora stream within ISO BMFF spec!\n");
-    return SEGMENT_FINDING;
+    return fail(SEGMENT_FINDING, "mp4-lumora-version",
+                "[SV]   : ERROR: lumora stream compliant with this Lumora stream within ISO BMFF spec!\n");
 }
 
 int check_profile_and_level(const TrackRecord& track) {
@@ -67,21 +71,19 @@ int check_profile_and_level(const TrackRecord& track) {
     const uint32_t level = track.lumora->level;
     int status = 0;
     if (is_avc(track) && profile != 0 && profile != 1 && profile != SINGLE_LAYER_AVC_PROFILE) {
-        std::printf("[SV]   : ERROR: lumora avc stream, profile should be 0 or 1 or 9!\n");
-        status = SEGMENT_FINDING;
+        status |= fail(SEGMENT_FINDING, "mp4-lumora-avc-profile",
+                       "[SV]   : ERROR: lumora avc stream, profile should be 0 or 1 or 9!\n");
     }
     // Profile 1 passes although the text says larger than 1, deliberately.
     if (is_hevc(track) && (profile < 1 || profile > MAX_HEVC_PROFILE)) {
-        std::printf("[SV]   : ERROR: lumora hevc stream, profile should be larger than 1, less than 9!\n");
-        status = SEGMENT_FINDING;
+        status |= fail(SEGMENT_FINDING, "mp4-lumora-hevc-profile",
+                       "[SV]   : ERROR: lumora hevc stream, profile should be larger than 1, less than 9!\n");
     }
     if (profile > MAX_PROFILE) {
-        std::printf("[SV]   : ERROR: lumora profile setting not correct!\n");
-        status = SEGMENT_FINDING;
+        status |= fail(SEGMENT_FINDING, "mp4-lumora-profile", "[SV]   : ERROR: lumora profile setting not correct!\n");
     }
     if (level < 1 || level > MAX_LEVEL) {
-        std::printf("[SV]   : ERROR: lumora level setting not correct!\n");
-        status = SEGMENT_FINDING;
+        status |= fail(SEGMENT_FINDING, "mp4-lumora-level", "[SV]   : ERROR: lumora level setting not correct!\n");
     }
     return status;
 }
@@ -93,12 +95,12 @@ bool is_single_track(const LumoraConfiguration& lumora) {
 int check_enhancement_layer_box(const TrackRecord& track) {
     if (!is_single_track(*track.lumora) || track.enhancement_layer) return 0;
     if (is_avc(track)) {
-        std::printf("[SV]   : ERROR: single track lumora, must have EL config box\n");
-        return SEGMENT_FINDING;
+        return fail(SEGMENT_FINDING, "mp4-lumora-avc-el-box",
+                    "[SV]   : ERROR: single track lumora, must have EL config box\n");
     }
     if (track.lumora->profile != HEVC_PROFILE_WITH_EL_BOX) return 0;
-    std::printf("[SV]   : ERROR: single track lumora must have EL config box.\n");
-    return SEGMENT_FINDING;
+    return fail(SEGMENT_FINDING, "mp4-lumora-hevc-el-box",
+                "[SV]   : ERROR: single track lumora must have EL config box.\n");
 }
 
 }  // namespace
@@ -120,17 +122,18 @@ int check_lumora_layers(const TrackRecord& track) {
     const LumoraConfiguration& lumora = *track.lumora;
     // An announced enhancement layer must show in the units; without samples the announcement stands.
     const bool look_at_units = is_hevc(track) && lumora.el_present && track.samples.sample_count > 0;
-    const bool el = look_at_units ? track.el_seen : lumora.el_present;
-    const bool rpu = look_at_units ? track.rpu_seen : lumora.rpu_present;
+    const bool el = look_at_units ? track.seen.el : lumora.el_present;
+    const bool rpu = look_at_units ? track.seen.rpu : lumora.rpu_present;
     if (lumora.profile == SINGLE_LAYER_AVC_PROFILE) {
         if (lumora.bl_present && rpu) return 0;
-        std::printf("[SV]   : ERROR: lumora profile 9, BL and RPU must be present!\n");
-    } else if (is_single_track(lumora)) {
-        if (el && rpu) return 0;
-        std::printf("[SV]   : ERROR: lumora single track stream, BL, EL and RPU must be present!\n");
-    } else {
-        if (rpu) return 0;
-        std::printf("[SV]   : ERROR: lumora stream, RPU must be present!\n");
+        return fail(SEGMENT_FINDING, "mp4-lumora-layers-profile-9",
+                    "[SV]   : ERROR: lumora profile 9, BL and RPU must be present!\n");
     }
-    return SEGMENT_FINDING;
+    if (is_single_track(lumora)) {
+        if (el && rpu) return 0;
+        return fail(SEGMENT_FINDING, "mp4-lumora-layers-single-track",
+                    "[SV]   : ERROR: lumora single track stream, BL, EL and RPU must be present!\n");
+    }
+    if (rpu) return 0;
+    return fail(SEGMENT_FINDING, "mp4-lumora-layers-rpu", "[SV]   : ERROR: lumora stream, RPU must be present!\n");
 }

@@ -4,10 +4,12 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "bits/output_file.h"
+#include "bits/place.h"
 #include "playlist/playlist_attributes.h"
 #include "ztpinfo/ztpinfo.h"
 
@@ -18,6 +20,9 @@ constexpr size_t MAX_TRACKS = 256;
 
 // The status of a segment with findings.
 constexpr int SEGMENT_FINDING = 11;
+
+// The status of a segment that cannot be read: a malformed box, or no init section.
+constexpr int SEGMENT_REFUSED = 1;
 
 // ISO/IEC 14496-10 and 23008-2, annex B: what each NAL unit of a byte stream begins with.
 constexpr std::array<uint8_t, 4> START_CODE = {0, 0, 0, 1};
@@ -78,6 +83,12 @@ struct TimeToSample {
     uint32_t sample_delta = 0;
 };
 
+// The decoding time of a track's sample, in the media timescale, by a tfdt box; unknown where a fragment has none.
+struct DecodeTime {
+    uint64_t sample = 0;  // from 0
+    std::optional<uint64_t> time;
+};
+
 struct CompositionOffset {
     uint32_t sample_count = 0;
     uint32_t sample_offset = 0;  // signed in version 1
@@ -90,6 +101,7 @@ struct SampleTables {
     std::vector<uint64_t> chunk_offsets;  // absolute in the file
     std::vector<SampleToChunk> sample_to_chunk;
     std::vector<TimeToSample> time_to_sample;
+    std::vector<DecodeTime> decode_times;
     std::vector<CompositionOffset> composition_offsets;
     std::vector<uint32_t> sync_samples;  // numbers from 1
     uint32_t media_duration = 0;
@@ -152,6 +164,38 @@ struct TrackOutput {
     ZtpInfoPtr analyzer;
 };
 
+// Steps through the decoding times of a track's samples, see sample_times.h.
+struct SampleClock {
+    uint64_t sample = 0;     // the next one
+    size_t decode_time = 0;  // the entry that may hold for it
+    size_t row = 0;          // time-to-sample entry of it
+    uint32_t used = 0;       // samples of that entry that are done
+    std::optional<uint64_t> time = 0;
+};
+
+// What was met in the samples of one segment; the last six only while a recorder is set.
+struct SeenSamples {
+    bool el = false;
+    bool rpu = false;
+    uint32_t cut = 0;  // with a rest too short for a NAL unit's length field
+    int64_t first_offset = NO_OFFSET;
+    SampleClock clock;
+    uint64_t count = 0;
+    uint64_t bytes = 0;
+    int64_t first_time = NO_TIME;  // 90 kHz
+    int64_t last_time = NO_TIME;
+    int64_t end_time = NO_TIME;
+    uint32_t channels = 0;  // of analysed audio
+    uint32_t data_rate_kbps = 0;
+};
+
+// Samples that lie one after another in their file, from `offset` on.
+struct AdjacentSamples {
+    uint64_t offset = 0;
+    std::span<uint8_t> bytes;
+    std::span<const uint32_t> sizes;
+};
+
 struct TrackRecord {
     HandlerKind handler_kind = HANDLER_OTHER;
     CodecKind codec_kind = CODEC_UNKNOWN;
@@ -161,14 +205,20 @@ struct TrackRecord {
     uint64_t made_in_walk = 0;
 
     // Sample entry.
-    uint32_t channel_count = 0;  // of the entry; dec3 replaces it by its own
-    uint32_t samplerate = 0;     // integer part
+    std::array<char, 5> format{};  // its four-character code; of a protected one that of the clear entry
+    std::array<char, 5> scheme{};  // of its protection
+    Place entry_place;             // of its box
+    bool entry_checked = false;    // in the segment that holds it, or one after it
+    uint32_t channel_count = 0;    // of the entry; dec3 replaces it by its own
+    uint32_t samplerate = 0;       // integer part
     uint32_t samplesize = 0;
     uint32_t width = 0;
     uint32_t height = 0;
 
     // Codec configuration.
     std::optional<std::vector<uint8_t>> config;  // payload of dac3, dac4, dec3, dmlp, d263 or esds
+    Place config_place;                          // of that box
+    bool config_checked = false;                 // dac4
     Ec3Configuration ec3;
     VideoConfiguration video;
     std::optional<VideoConfiguration> enhancement_layer;  // avcE or hvcE; its parameter sets are never written
@@ -180,6 +230,8 @@ struct TrackRecord {
     std::optional<uint64_t> empty_entry_duration;  // movie timescale
     std::array<char, 4> language = {'u', 'n', 'd', 0};
 
+    std::optional<uint64_t> fragment_decode_time;  // tfdt of the current traf
+
     // trex, overridden by tfhd, also for the fragments that follow.
     uint32_t default_sample_duration = 0;
     uint32_t default_sample_size = 0;
@@ -187,16 +239,12 @@ struct TrackRecord {
     uint64_t base_data_offset = 0;
 
     SampleTables samples;  // of the current segment
-
-    // Seen in the samples of the current segment.
-    bool el_seen = false;
-    bool rpu_seen = false;
-    uint32_t cut_samples = 0;  // with a rest too short for a NAL unit's length field
+    SeenSamples seen;      // likewise
 
     TrackOutput output;
 };
 
-// Whether the track's samples are H.264 or H.265: NAL units behind length fields.
+// Whether the track's samples are H.264 or H.265: NAL units after length fields.
 inline bool is_avc(const TrackRecord& track) {
     return track.codec_kind == CODEC_AVC1 || track.codec_kind == CODEC_AVC3;
 }
@@ -211,6 +259,8 @@ struct BoxPlace {
     uint64_t offset = 0;  // of the box header
 };
 
+struct BoxType;
+
 struct MediaContext {
     // Given by the playlist.
     std::optional<std::string> output_dir;
@@ -219,6 +269,7 @@ struct MediaContext {
     std::optional<PlaylistAttributes> attrs;
 
     // Of the current segment's walk.
+    const BoxType& (*find_box_type)(uint32_t type) = nullptr;
     uint64_t walk_number = 0;
     uint64_t file_size = 0;
     uint64_t range_length = 0;  // 0: the whole file
@@ -248,4 +299,11 @@ struct MediaContext {
 // The CODECS value to compare with, null when there is none.
 inline const std::string* playlist_codecs(const MediaContext& context) {
     return context.attrs && !context.attrs->codecs.empty() ? &context.attrs->codecs : nullptr;
+}
+
+// The place of a box whose contents are checked for every segment: as found again from the second time on.
+inline Place place_checked_again(const Place& box, bool checked_before) {
+    Place place = box;
+    place.repeated = checked_before;
+    return place;
 }

@@ -7,7 +7,9 @@
 #include <utility>
 
 #include "bits/byte_order.h"
+#include "bits/place.h"
 #include "isobmff/box_reader.h"
+#include "isobmff/read_limits.h"
 #include "isobmff/sample_tables.h"
 
 namespace {
@@ -46,7 +48,7 @@ TrackRecord* find_track(const MediaContext& context, uint32_t track_ID) {
     return nullptr;
 }
 
-// Reads the fields of a sample one behind the other.
+// Reads the fields of a sample one after the other.
 struct FieldReader {
     std::span<const uint8_t> bytes;
     size_t position = 0;
@@ -109,9 +111,18 @@ void append_run_samples(TrackRecord& track, FileReader& reader, const TrackRun& 
     }
 }
 
+// The first run of a traf begins at the time of its tfdt; the others go on.
+void append_decode_time(TrackRecord& track) {
+    SampleTables& samples = track.samples;
+    if (track.fragment_decode_time || samples.sample_count == 0)
+        samples.decode_times.push_back({samples.sample_count, track.fragment_decode_time});
+    track.fragment_decode_time.reset();
+}
+
 // The run becomes a chunk of its own.
 void append_run(TrackRecord& track, FileReader& reader, const TrackRun& run, uint32_t entry_size) {
     SampleTables& samples = track.samples;
+    append_decode_time(track);
     if ((run.flags & TRUN_FIRST_SAMPLE_FLAGS) != 0 &&
         (run.first_sample_flags & SAMPLE_DEPENDS_ON_MASK) == SAMPLE_IS_INDEPENDENT)
         samples.sync_samples.push_back(static_cast<uint32_t>(samples.sample_count + 1));
@@ -128,6 +139,7 @@ void append_run(TrackRecord& track, FileReader& reader, const TrackRun& run, uin
 }  // namespace
 
 int read_moof(MediaContext& context, FileReader& reader, int64_t payload_size) {
+    const PlaceScope scope;
     context.moof_start = reader.position - 8;
     return walk_container(context, reader, payload_size);
 }
@@ -155,7 +167,9 @@ int read_trex(MediaContext& context, FileReader& reader, int64_t) {
 // A default given here holds for the later fragments too, deliberately: there is one field for it.
 int read_tfhd(MediaContext& context, FileReader& reader, int64_t) {
     const uint32_t flags = read_be32(reader) & 0xFFFFFF;
-    context.current_track = find_track(context, read_be32(reader));
+    const uint32_t track_ID = read_be32(reader);
+    context.current_track = find_track(context, track_ID);
+    current_place.stream = static_cast<int32_t>(track_ID);
     uint64_t base_data_offset = context.moof_start;
     uint32_t base_high = 0;
     if ((flags & TFHD_BASE_DATA_OFFSET) != 0) {
@@ -165,14 +179,26 @@ int read_tfhd(MediaContext& context, FileReader& reader, int64_t) {
     if (context.current_track != nullptr) {
         TrackRecord& track = *context.current_track;
         track.base_data_offset = base_data_offset;
+        track.fragment_decode_time.reset();
         if ((flags & TFHD_SAMPLE_DESCRIPTION_INDEX) != 0) track.default_sample_description_index = read_be32(reader);
         if ((flags & TFHD_DEFAULT_SAMPLE_DURATION) != 0) track.default_sample_duration = read_be32(reader);
         if ((flags & TFHD_DEFAULT_SAMPLE_SIZE) != 0) track.default_sample_size = read_be32(reader);
     } else if (!context.init_refused && !std::exchange(context.unknown_track_reported, true)) {
-        note_box(context, reader, "no track has its track ID: the samples of such fragments are not read");
+        note_box(context, reader, "reason-mp4-track-unknown",
+                 "no track has its track ID: the samples of such fragments are not read");
     }
     // Only the low half is kept, deliberately.
-    if (base_high != 0) return refuse_box(context, reader, "its base data offset is 4 GiB or more");
+    if (base_high != 0)
+        return refuse_box(context, reader, "reason-mp4-base-data-offset", "its base data offset is 4 GiB or more");
+    return 0;
+}
+
+// Only a box that is wholly there is read: another one is passed over, as all are that hold nothing that is validated.
+int read_tfdt(MediaContext& context, FileReader& reader, int64_t payload_size) {
+    std::array<uint8_t, 12> payload{};
+    if (payload_size < 8 || !can_deliver(context, reader, static_cast<uint64_t>(payload_size))) return 0;
+    read_payload_start(reader, payload_size, payload);
+    context.current_track->fragment_decode_time = payload[0] == 1 ? load_be64(payload, 4) : load_be32(payload, 4);
     return 0;
 }
 

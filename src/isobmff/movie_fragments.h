@@ -12,4 +12,5 @@ int read_moof(MediaContext& context, FileReader& reader, int64_t payload_size);
 int read_mfhd(MediaContext& context, FileReader& reader, int64_t payload_size);
 int read_trex(MediaContext& context, FileReader& reader, int64_t payload_size);
 int read_tfhd(MediaContext& context, FileReader& reader, int64_t payload_size);
+int read_tfdt(MediaContext& context, FileReader& reader, int64_t payload_size);
 int read_trun(MediaContext& context, FileReader& reader, int64_t payload_size);

@@ -6,7 +6,9 @@
 #include <string_view>
 
 #include "bits/byte_order.h"
+#include "bits/place.h"
 #include "isobmff/box_reader.h"
+#include "isobmff/read_limits.h"
 
 namespace {
 
@@ -41,7 +43,17 @@ const SampleFormat* find_format(uint32_t type) {
     return nullptr;
 }
 
+// The type of the box at the reader's position, which stays.
+std::array<char, 5> peek_type(FileReader& reader) {
+    const uint64_t position = reader.position;
+    std::array<uint8_t, 8> header{};
+    read_fields(reader, header);
+    if (reader.position != position) reader_skip(static_cast<int64_t>(position - reader.position), reader);
+    return printable_type(load_be32(header, 4));
+}
+
 void set_kinds(TrackRecord& track, uint32_t type) {
+    track.entry_place = current_place;
     if (type == fourcc("encv") || type == fourcc("enca")) {
         track.encrypted = true;
         return;
@@ -65,7 +77,9 @@ int read_stsd(MediaContext& context, FileReader& reader, int64_t payload_size) {
     std::array<uint8_t, STSD_HEADER_SIZE> header{};
     read_fields(reader, header);
     if (load_be32(header, 4) != 1)
-        return refuse_box(context, reader, "it does not hold exactly one sample description");
+        return refuse_box(context, reader, "reason-mp4-sample-descriptions",
+                          "it does not hold exactly one sample description");
+    context.current_track->format = peek_type(reader);
     return walk_container(context, reader, payload_size - static_cast<int64_t>(header.size()));
 }
 
@@ -93,11 +107,22 @@ int read_audio_sample_entry(MediaContext& context, FileReader& reader, int64_t p
 int read_frma(MediaContext& context, FileReader& reader, int64_t) {
     std::array<uint8_t, 4> data_format{};
     read_fields(reader, data_format);
-    const SampleFormat* format = find_format(load_be32(data_format, 0));
+    const uint32_t type = load_be32(data_format, 0);
+    context.current_track->format = printable_type(type);
+    const SampleFormat* format = find_format(type);
     if (format == nullptr || !format->named_by_frma) return 0;
     context.current_track->codec_kind = format->codec_kind;
     // A format without HDR leaves the entry's own HDR kind.
     if (format->hdr_video_kind != HDR_NONE) context.current_track->hdr_video_kind = format->hdr_video_kind;
+    return 0;
+}
+
+// Only a box that is wholly there is read, as with tfdt.
+int read_schm(MediaContext& context, FileReader& reader, int64_t payload_size) {
+    std::array<uint8_t, 8> payload{};
+    if (payload_size < 8 || !can_deliver(context, reader, static_cast<uint64_t>(payload_size))) return 0;
+    read_payload_start(reader, payload_size, payload);
+    context.current_track->scheme = printable_type(load_be32(payload, 4));
     return 0;
 }
 

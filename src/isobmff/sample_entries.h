@@ -11,4 +11,5 @@ int read_stsd(MediaContext& context, FileReader& reader, int64_t payload_size);
 int read_visual_sample_entry(MediaContext& context, FileReader& reader, int64_t payload_size);
 int read_audio_sample_entry(MediaContext& context, FileReader& reader, int64_t payload_size);
 int read_frma(MediaContext& context, FileReader& reader, int64_t payload_size);
+int read_schm(MediaContext& context, FileReader& reader, int64_t payload_size);
 int read_metx(MediaContext& context, FileReader& reader, int64_t payload_size);

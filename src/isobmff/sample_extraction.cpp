@@ -6,10 +6,12 @@
 #include <utility>
 #include <vector>
 
+#include "bits/recorder.h"
 #include "bits/report.h"
 #include "isobmff/audio_sample_checks.h"
 #include "isobmff/read_limits.h"
 #include "isobmff/sample_tables.h"
+#include "isobmff/sample_times.h"
 #include "isobmff/track_output.h"
 #include "isobmff/video_samples.h"
 
@@ -19,7 +21,7 @@ namespace {
 constexpr uint32_t GROUP_SIZE = 0x100000;
 constexpr size_t GROUP_SAMPLES = 0x4000;
 
-// Read at once behind a seek: the chunks of a track may lie far apart among those of many others.
+// Read at once after a seek: the chunks of a track may lie far apart among those of many others.
 constexpr uint32_t SEEK_READ_SIZE = 0x10000;
 
 // Work beside the bytes of the samples (see MediaContext::work_left). Samples with bytes of their own never use the
@@ -27,11 +29,11 @@ constexpr uint32_t SEEK_READ_SIZE = 0x10000;
 constexpr uint64_t SAMPLE_WORK = 8;
 constexpr uint64_t ANALYSIS_WORK = 256;
 
-// Samples that lie one behind the other.
+// Samples that lie one after another.
 struct SampleGroup {
     std::vector<uint32_t> sizes;
     uint32_t bytes = 0;
-    bool cut = false;  // the sample behind them is not there
+    bool cut = false;  // the sample after them is not there
 };
 
 struct Extraction {
@@ -62,20 +64,35 @@ void gather_group(Extraction& extraction, uint32_t& left) {
     }
 }
 
-int handle_group(Extraction& extraction, std::span<uint8_t> bytes) {
-    TrackRecord& track = extraction.track;
-    const std::vector<uint32_t>& sizes = extraction.group.sizes;
-    if (is_avc(track) || is_hevc(track)) return write_video_samples(extraction.context, track, bytes, sizes);
+int analyze_samples(Extraction& extraction, const AdjacentSamples& samples) {
     int status = 0;
-    if (is_analyzed_audio(track)) {
-        size_t begin = 0;
-        for (const uint32_t size : sizes) {
-            status |= check_audio_sample(track, bytes.subspan(begin, size), extraction.first_sample);
-            extraction.first_sample = false;
-            begin += size;
-        }
+    size_t begin = 0;
+    for (const uint32_t size : samples.sizes) {
+        enter_sample(extraction.track, samples.offset + begin, size);
+        status |= check_audio_sample(extraction.track, samples.bytes.subspan(begin, size), extraction.first_sample);
+        extraction.first_sample = false;
+        begin += size;
     }
-    return status | write_sample_data(track.output, bytes);
+    return status;
+}
+
+void count_samples(TrackRecord& track, const AdjacentSamples& samples) {
+    uint64_t offset = samples.offset;
+    for (const uint32_t size : samples.sizes) {
+        enter_sample(track, offset, size);
+        offset += size;
+    }
+}
+
+int handle_group(Extraction& extraction, const AdjacentSamples& samples) {
+    TrackRecord& track = extraction.track;
+    if (is_avc(track) || is_hevc(track)) return write_video_samples(extraction.context, track, samples);
+    int status = 0;
+    if (is_analyzed_audio(track))
+        status = analyze_samples(extraction, samples);
+    else if (current_recorder() != nullptr)
+        count_samples(track, samples);
+    return status | write_sample_data(track.output, samples.bytes);
 }
 
 // The work that the group means; false when that is beyond the limit.
@@ -83,6 +100,21 @@ bool spend_group_work(Extraction& extraction) {
     const uint64_t per_sample = is_analyzed_audio(extraction.track) ? ANALYSIS_WORK : SAMPLE_WORK;
     spend_work(extraction.context, extraction.group.bytes + per_sample * extraction.group.sizes.size());
     return work_remains(extraction.context);
+}
+
+// Why the extraction ends before the track's last sample.
+int report_cut(const Extraction& extraction) {
+    const FileReader& reader = extraction.reader;
+    const auto id = static_cast<int32_t>(extraction.track.track_ID);
+    place_next_sample(extraction.track, reader.position);
+    if (work_remains(extraction.context))
+        report_reason(ReasonEffect::FAILS_UNVALIDATED, "reason-mp4-sample-outside", reader.path,
+                      "track %d: the sample at byte %" PRIu64 " is not wholly inside the file or byte range", id,
+                      reader.position);
+    else
+        report_reason(ReasonEffect::FAILS_UNVALIDATED, "reason-mp4-sample-work", reader.path,
+                      "the samples claim many times the data that the file holds; track %d is not read on", id);
+    return SEGMENT_FINDING;
 }
 
 // Reads and handles the group; false when the track's extraction ends here.
@@ -93,30 +125,24 @@ bool extract_group(Extraction& extraction, int& status) {
     const uint64_t usual_size = std::min<uint64_t>(extraction.context.file_size, GROUP_SIZE);
     if (buffer.size() < extraction.group.bytes) buffer.resize(std::max<uint64_t>(extraction.group.bytes, usual_size));
     const std::span<uint8_t> bytes = std::span(buffer).first(extraction.group.bytes);
+    const AdjacentSamples samples = {reader.position, bytes, extraction.group.sizes};
     if (spend_group_work(extraction) && reader_read(bytes.data(), extraction.group.bytes, reader) == bytes.size()) {
-        status |= handle_group(extraction, bytes);
+        status |= handle_group(extraction, samples);
         if (!extraction.group.cut && work_remains(extraction.context)) return true;
     }
-    status |= SEGMENT_FINDING;
-    if (!work_remains(extraction.context))
-        report_reason(reader.path, "the samples claim many times the data that the file holds; track %d is not read on",
-                      static_cast<int32_t>(extraction.track.track_ID));
-    else
-        report_reason(reader.path,
-                      "track %d: the sample at byte %" PRIu64 " is not wholly inside the file or byte range",
-                      static_cast<int32_t>(extraction.track.track_ID), reader.position);
+    status |= report_cut(extraction);
     return false;
 }
 
-// Moves to a chunk. A place far behind everything readable is cut down: the seek to it would fail.
+// Moves to a chunk. A place far past everything readable is cut down: the seek to it would fail.
 void seek_chunk(Extraction& extraction, uint64_t offset) {
     FileReader& reader = extraction.reader;
     uint64_t readable = extraction.context.file_size;
     if (reader.limited && reader.remaining > 0)
         readable = std::max(readable, reader.position + static_cast<uint64_t>(reader.remaining));
-    // A place in front of the file is one behind it as an unsigned number, but the seek to it goes backwards.
-    const bool in_front = offset > static_cast<uint64_t>(INT64_MAX);
-    offset = in_front ? UINT64_MAX : std::min(offset, readable + 1);
+    // A place before the file is one past it as an unsigned number, but the seek to it goes backwards.
+    const bool before_file = offset > static_cast<uint64_t>(INT64_MAX);
+    offset = before_file ? UINT64_MAX : std::min(offset, readable + 1);
     if (offset == reader.position) return;
     const uint64_t buffer_start = reader.position - reader.cursor;
     // A walk over the file from its start to its end is every track's right; only going back is work.
@@ -124,7 +150,7 @@ void seek_chunk(Extraction& extraction, uint64_t offset) {
     const uint32_t chunk_size = std::exchange(reader.chunk_size, std::min(reader.chunk_size, SEEK_READ_SIZE));
     reader_skip(static_cast<int64_t>(offset - reader.position), reader);
     reader.chunk_size = chunk_size;
-    if (!in_front) return;
+    if (!before_file) return;
     // The seek failed and left the stream at its end: the next one starts from there.
     if (reader.limited) reader.remaining -= static_cast<int64_t>(extraction.context.file_size) + 1;
     reader.position = extraction.context.file_size;
@@ -135,11 +161,12 @@ void report_left_over(const Extraction& extraction) {
     const auto id = static_cast<int32_t>(extraction.track.track_ID);
     uint32_t size = 0;
     if (sample_size(extraction.track.samples, extraction.cursor, size))
-        report_reason(extraction.reader.path, "track %d: its last samples lie in no chunk: not read", id);
-    if (extraction.track.cut_samples > 0)
-        report_reason(extraction.reader.path,
+        report_reason(ReasonEffect::UNVALIDATED, "reason-mp4-samples-without-chunk", extraction.reader.path,
+                      "track %d: its last samples lie in no chunk: not read", id);
+    if (extraction.track.seen.cut > 0)
+        report_reason(ReasonEffect::UNVALIDATED, "reason-mp4-sample-tail", extraction.reader.path,
                       "track %d: %" PRIu32 " samples end with bytes too few for a NAL unit's length field: not written",
-                      id, extraction.track.cut_samples);
+                      id, extraction.track.seen.cut);
 }
 
 }  // namespace
@@ -149,7 +176,6 @@ int extract_samples(MediaContext& context, FileReader& reader, TrackRecord& trac
     const uint32_t chunk_size = std::exchange(reader.chunk_size, std::min(reader.chunk_size, SEEK_READ_SIZE));
     reader_restart(reader, static_cast<int64_t>(context.range_length));
     reader.chunk_size = chunk_size;
-    track.cut_samples = 0;
     Extraction extraction = {context, reader, track, {}, {}};
     const SampleTables& samples = track.samples;
     int status = 0;

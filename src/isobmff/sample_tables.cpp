@@ -108,6 +108,7 @@ void clear_sample_tables(SampleTables& tables) {
     tables.chunk_offsets.clear();
     tables.sample_to_chunk.clear();
     tables.time_to_sample.clear();
+    tables.decode_times.clear();
     tables.composition_offsets.clear();
     tables.sync_samples.clear();
     tables.media_duration = 0;

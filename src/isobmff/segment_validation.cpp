@@ -2,12 +2,13 @@
 
 #include <algorithm>
 #include <cinttypes>
-#include <cstdio>
 #include <utility>
 
+#include "bits/place.h"
+#include "bits/recorder.h"
 #include "bits/report.h"
 #include "isobmff/audio_sample_checks.h"
-#include "isobmff/box_reader.h"
+#include "isobmff/box_types.h"
 #include "isobmff/lumora_checks.h"
 #include "isobmff/media_context.h"
 #include "isobmff/read_limits.h"
@@ -23,20 +24,58 @@ void report_unchecked_samples(const MediaContext& context, TrackRecord& track, c
     if (std::exchange(track.output.unchecked_reported, true)) return;
     if (track.codec_kind == CODEC_AC4) report_uncompared_presentations(track, path);
     if (track.codec_kind != CODEC_UNKNOWN) return;
-    report_reason(path, "track %d: %s: its samples are not checked", static_cast<int32_t>(track.track_ID),
+    report_reason(ReasonEffect::UNVALIDATED, "reason-mp4-unchecked", path, "track %d: %s: its samples are not checked",
+                  static_cast<int32_t>(track.track_ID),
                   track.encrypted ? "protected, of a codec not known" : "its sample entry is of no known codec");
 }
 
-// Returns false when the track's file cannot be opened: the tracks behind it are not looked at then.
+// What the sample entry says, at the place of its box.
+int check_description(const MediaContext& context, TrackRecord& track, const std::string& path) {
+    const PlaceScope scope(place_checked_again(track.entry_place, track.entry_checked));
+    track.entry_checked = true;
+    return check_sample_entry(context, track, path) | check_lumora_configuration(context, track, path);
+}
+
+// The layers of a segment, at the first of the samples that show them, or where the sample entry announces them.
+int check_layers(const TrackRecord& track) {
+    const PlaceScope scope(track.samples.sample_count > 0 ? current_place
+                                                          : place_checked_again(track.entry_place, false));
+    if (track.samples.sample_count > 0) current_place.offset = track.seen.first_offset;
+    return check_lumora_layers(track);
+}
+
+void record_track(const TrackRecord& track) {
+    const SeenSamples& seen = track.seen;
+    if (current_recorder() == nullptr || track.samples.sample_count == 0) return;
+    StreamFacts facts;
+    facts.id = static_cast<int32_t>(track.track_ID);
+    facts.codec = track.format.data();
+    facts.first_time = seen.first_time;
+    facts.last_time = seen.last_time;
+    facts.end_time = seen.end_time;
+    facts.units = seen.count;
+    facts.payload_bytes = seen.bytes;
+    facts.channels = seen.channels;
+    facts.data_rate_kbps = seen.data_rate_kbps;
+    record_stream(facts);
+}
+
+// Returns false when the track's file cannot be opened: the tracks after it are not looked at then.
 bool validate_track(MediaContext& context, FileReader& reader, TrackRecord& track, int& status) {
-    status |= check_sample_entry(context, track, reader.path);
-    status |= check_lumora_configuration(context, track, reader.path);
+    const PlaceScope scope;
+    current_place.stream = static_cast<int32_t>(track.track_ID);
+    current_place.offset = NO_OFFSET;
+    status |= check_description(context, track, reader.path);
     const int opened = open_track_output(context, track);
     status |= opened;
     if (opened != 0) return false;
-    status |= extract_samples(context, reader, track);
+    {
+        const PlaceScope sample_scope;
+        status |= extract_samples(context, reader, track);
+    }
+    record_track(track);
     report_unchecked_samples(context, track, reader.path);
-    status |= check_lumora_layers(track);
+    status |= check_layers(track);
     return true;
 }
 
@@ -45,9 +84,11 @@ void report_empty_segment(const MediaContext& context, const SegmentEntry& segme
     const auto has_samples = [](const auto& track) { return track->samples.sample_count > 0; };
     const bool is_media = segment.kind == SegmentKind::MEDIA || segment.kind == SegmentKind::BYTE_RANGE;
     if (segment.kind == SegmentKind::INIT && context.tracks.empty())
-        report_reason(path, "the init section has no track: nothing is validated");
+        report_reason(ReasonEffect::UNVALIDATED, "reason-mp4-no-track", path,
+                      "the init section has no track: nothing is validated");
     else if (is_media && std::none_of(context.tracks.begin(), context.tracks.end(), has_samples))
-        report_reason(path, "no sample of a known track is in it: nothing is validated");
+        report_reason(ReasonEffect::UNVALIDATED, "reason-mp4-no-sample", path,
+                      "no sample of a known track is in it: nothing is validated");
 }
 
 }  // namespace
@@ -76,9 +117,11 @@ int release_init_context(MediaContextPtr& context) {
 
 int validate_mp4_segment(FileReader& reader, const SegmentEntry& segment, MediaContext* context) {
     if (context == nullptr) {
-        report_reason(reader.path, "no init section (EXT-X-MAP) came before this segment");
-        return 1;
+        report_reason(ReasonEffect::FAILS_UNVALIDATED, "reason-mp4-no-init-section", reader.path,
+                      "no init section (EXT-X-MAP) came before this segment");
+        return SEGMENT_REFUSED;
     }
+    const PlaceScope scope;
     context->file_size = reader_file_size(reader);
     context->range_length = reader.limited ? static_cast<uint64_t>(reader.remaining) : 0;
     start_work(*context);
@@ -90,7 +133,9 @@ int validate_mp4_segment(FileReader& reader, const SegmentEntry& segment, MediaC
         for (const std::unique_ptr<TrackRecord>& track : context->tracks)
             if (!validate_track(*context, reader, *track, status)) break;
     if (reader.read_error) {
-        report_reason(reader.path, "read error at byte %" PRIu64, reader.error_offset);
+        current_place.offset = static_cast<int64_t>(reader.error_offset);
+        report_reason(ReasonEffect::FAILS_UNVALIDATED, "reason-read-error", reader.path, "read error at byte %" PRIu64,
+                      reader.error_offset);
         status |= SEGMENT_FINDING;
     }
     if (status == 0) report_empty_segment(*context, segment, reader.path);

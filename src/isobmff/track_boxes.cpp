@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "bits/byte_order.h"
+#include "bits/place.h"
 #include "isobmff/box_reader.h"
 
 namespace {
@@ -42,7 +43,7 @@ struct EditListEntry {
     int64_t media_time = 0;
 };
 
-// ISO/IEC 14496-12, 8.6.6: entry `index` behind the list's header.
+// ISO/IEC 14496-12, 8.6.6: entry `index` after the list's header.
 EditListEntry edit_list_entry(std::span<const uint8_t> entries, uint8_t version, size_t index) {
     if (version == 1) {
         const std::span<const uint8_t> entry = entries.subspan(index * 20);
@@ -68,8 +69,9 @@ int read_mvhd(MediaContext& context, FileReader& reader, int64_t) {
 }
 
 int read_trak(MediaContext& context, FileReader& reader, int64_t payload_size) {
-    // The walk may make and take away records behind this one (a trak inside), never in front of it.
+    // The walk may make and take away records after this one (a trak inside), never before it.
     const size_t made = context.tracks.size();
+    const PlaceScope scope;
     context.tracks.push_back(std::make_unique<TrackRecord>());
     TrackRecord& track = *context.tracks.back();
     track.made_in_walk = context.walk_number;
@@ -79,15 +81,16 @@ int read_trak(MediaContext& context, FileReader& reader, int64_t payload_size) {
     replace_earlier_record(context, made);
     if (context.tracks.size() <= MAX_TRACKS || status != 0) return status;
     context.tracks.pop_back();
-    return refuse_box(context, reader, "there are more than 256 tracks");
+    return refuse_box(context, reader, "reason-mp4-too-many-tracks", "there are more than 256 tracks");
 }
 
 int read_tkhd(MediaContext& context, FileReader& reader, int64_t) {
     std::array<uint8_t, 24> payload{};
     read_fields(reader, payload);
-    if (payload[0] > 1) return refuse_box(context, reader, "its version is neither 0 nor 1");
+    if (payload[0] > 1) return refuse_box(context, reader, "reason-mp4-box-version", "its version is neither 0 nor 1");
     const size_t times_size = payload[0] == 1 ? 16 : 8;
     context.current_track->track_ID = load_be32(payload, FULL_BOX_HEADER_SIZE + times_size);
+    current_place.stream = static_cast<int32_t>(context.current_track->track_ID);
     return 0;
 }
 
@@ -96,7 +99,7 @@ int read_mdhd(MediaContext& context, FileReader& reader, int64_t) {
     std::array<uint8_t, 36> payload{};
     read_fields(reader, std::span(payload).first(24));
     if (payload[0] == 1) read_fields(reader, std::span(payload).subspan(24));
-    if (payload[0] > 1) return refuse_box(context, reader, "its version is neither 0 nor 1");
+    if (payload[0] > 1) return refuse_box(context, reader, "reason-mp4-box-version", "its version is neither 0 nor 1");
     if (payload[0] == 1) {
         track.media_timescale = load_be32(payload, 20);
         track.samples.media_duration = load_be32(payload, 28);  // low half
@@ -120,9 +123,12 @@ int read_edts(MediaContext& context, FileReader& reader, int64_t) {
     read_fields(reader, header);
     const uint8_t version = header[8];
     const uint32_t entry_count = load_be32(header, 12);
-    if (version > 1) return refuse_box(context, reader, "the edit list's version is neither 0 nor 1");
+    if (version > 1)
+        return refuse_box(context, reader, "reason-mp4-edit-list-version",
+                          "the edit list's version is neither 0 nor 1");
     if (entry_count < 1 || entry_count > 2)
-        return refuse_box(context, reader, "the edit list has neither one nor two entries");
+        return refuse_box(context, reader, "reason-mp4-edit-list-count",
+                          "the edit list has neither one nor two entries");
     std::array<uint8_t, 2 * 20> entries{};
     read_fields(reader, std::span(entries).first(entry_count * (version == 1 ? 20u : 12u)));
     const EditListEntry first = edit_list_entry(entries, version, 0);
@@ -132,7 +138,8 @@ int read_edts(MediaContext& context, FileReader& reader, int64_t) {
     }
     const EditListEntry second = edit_list_entry(entries, version, 1);
     if (first.media_time != -1 || second.media_time != 0)
-        return refuse_box(context, reader, "two edits are not an empty one and one from the start of the media");
+        return refuse_box(context, reader, "reason-mp4-edit-list-form",
+                          "two edits are not an empty one and one from the start of the media");
     track.empty_entry_duration = first.segment_duration;
     return 0;
 }
@@ -173,7 +180,7 @@ int read_meta(MediaContext& context, FileReader& reader, int64_t payload_size) {
 
 int read_uuid(MediaContext& context, FileReader& reader, int64_t payload_size) {
     if (payload_size < static_cast<int64_t>(UUID_SIZE))
-        return refuse_box(context, reader, "it is too short for its extended type");
+        return refuse_box(context, reader, "reason-mp4-uuid-short", "it is too short for its extended type");
     std::array<uint8_t, UUID_SIZE> extended_type{};
     read_fields(reader, extended_type);
     if (!std::equal(extended_type.begin(), extended_type.end(), METADATA_UUID.begin())) return 0;

@@ -1,10 +1,10 @@
 #include "isobmff/track_output.h"
 
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <string>
 
+#include "bits/finding.h"
 #include "bits/report.h"
 
 namespace {
@@ -42,7 +42,8 @@ int open_track_output(const MediaContext& context, TrackRecord& track) {
     if (!context.output_dir || track.output.opened) return 0;
     const std::string path = output_path(*context.output_dir, context.stem, track_suffix(context, track));
     if (output_open(track.output.file, path, "wb") != 0) {
-        report_reason(path, "the track's file cannot be opened: %s", std::strerror(errno));
+        report_reason(ReasonEffect::FAILS_UNVALIDATED, "reason-mp4-output-open", path,
+                      "the track's file cannot be opened: %s", std::strerror(errno));
         return SEGMENT_FINDING;
     }
     track.output.opened = true;
@@ -54,14 +55,16 @@ WriteResult write_track_output(TrackOutput& output, std::span<const uint8_t> byt
     if (output_write(output.file, bytes) == 0) return WRITE_DONE;
     if (failed_before) return WRITE_FAILED_AGAIN;
     // The messages of a failed write name no file.
-    report_reason(output.file.path, "cannot be written: %s", std::strerror(errno));
+    report_reason(ReasonEffect::REMARK, "reason-mp4-output-write", output.file.path, "cannot be written: %s",
+                  std::strerror(errno));
     return WRITE_FAILED;
 }
 
 int write_sample_data(TrackOutput& output, std::span<const uint8_t> bytes) {
     const WriteResult result = write_track_output(output, bytes);
     if (result == WRITE_FAILED)
-        std::printf("[SV]   : Failed to fwrite %ld bytes to file\n", static_cast<long>(bytes.size()));
+        return fail(SEGMENT_FINDING, "mp4-write-samples", "[SV]   : Failed to fwrite %zu bytes to file\n",
+                    bytes.size());
     return result == WRITE_DONE ? 0 : SEGMENT_FINDING;
 }
 
@@ -69,6 +72,7 @@ int close_track_output(TrackOutput& output) {
     const bool failed_before = output.file.failed;
     if (output_close(output.file) == 0) return 0;
     if (!failed_before)
-        report_reason(output.file.path, "data could not be written when the file was closed: %s", std::strerror(errno));
+        report_reason(ReasonEffect::FAILS, "reason-mp4-output-close", output.file.path,
+                      "data could not be written when the file was closed: %s", std::strerror(errno));
     return SEGMENT_FINDING;
 }

@@ -1,12 +1,12 @@
 #include "isobmff/video_samples.h"
 
 #include <algorithm>
-#include <cinttypes>
-#include <cstdio>
 #include <vector>
 
 #include "bits/byte_order.h"
+#include "bits/finding.h"
 #include "isobmff/read_limits.h"
+#include "isobmff/sample_times.h"
 #include "isobmff/track_output.h"
 
 namespace {
@@ -18,7 +18,7 @@ constexpr uint32_t HEVC_IDR_W_RADL = 19;
 constexpr uint32_t HEVC_LUMORA_RPU = 62;
 constexpr uint32_t HEVC_LUMORA_EL = 63;
 
-// Units with four-byte length fields that lie one behind the other become one piece of the output, in place.
+// Units with four-byte length fields that lie one after another become one piece of the output, in place.
 struct ByteStreamWriter {
     MediaContext& context;
     TrackRecord& track;
@@ -37,13 +37,15 @@ void flush_piece(ByteStreamWriter& writer) {
 
 void write_start_code(ByteStreamWriter& writer) {
     const WriteResult result = write_track_output(writer.track.output, START_CODE);
-    if (result == WRITE_FAILED) {
-        if (is_hevc(writer.track))
-            std::printf("[SV]   : Failed to fwrite NAL header to out file\n");
-        else
-            std::printf("[SV]   : Failed to write 4 bytes to output file\n");
-    }
-    if (result != WRITE_DONE) writer.status |= SEGMENT_FINDING;
+    if (result == WRITE_DONE) return;
+    writer.status |= SEGMENT_FINDING;
+    if (result == WRITE_FAILED_AGAIN) return;
+    if (is_hevc(writer.track))
+        writer.status |=
+            fail(SEGMENT_FINDING, "mp4-write-nal-header", "[SV]   : Failed to fwrite NAL header to out file\n");
+    else
+        writer.status |=
+            fail(SEGMENT_FINDING, "mp4-write-start-code", "[SV]   : Failed to write 4 bytes to output file\n");
 }
 
 WriteResult write_parameter_set(ByteStreamWriter& writer, const ParameterSet& set) {
@@ -60,24 +62,27 @@ void write_parameter_sets(ByteStreamWriter& writer) {
     const VideoConfiguration& video = writer.track.video;
     for (const ParameterSet& set : video.vps)
         if (write_parameter_set(writer, set) == WRITE_FAILED)
-            std::printf("[SV]   : Failed to fwrite %zu bytes VPS to out file\n", set.size);
+            writer.status |= fail(SEGMENT_FINDING, "mp4-write-vps",
+                                  "[SV]   : Failed to fwrite %zu bytes VPS to out file\n", set.size);
     for (const ParameterSet& set : video.sps)
         if (write_parameter_set(writer, set) == WRITE_FAILED)
-            std::printf("[SV]   : Failed to fwrite %zu bytes SPS to out file\n", set.size);
+            writer.status |= fail(SEGMENT_FINDING, "mp4-write-sps",
+                                  "[SV]   : Failed to fwrite %zu bytes SPS to out file\n", set.size);
     for (const ParameterSet& set : video.pps)
         if (write_parameter_set(writer, set) == WRITE_FAILED)
-            std::printf("[SV]   : Failed to fwrite %zu bytes PPS to out file\n", set.size);
+            writer.status |= fail(SEGMENT_FINDING, "mp4-write-pps",
+                                  "[SV]   : Failed to fwrite %zu bytes PPS to out file\n", set.size);
     writer.track.output.parameter_sets_written = true;
 }
 
-// A unit of `size` bytes at `begin`, behind a length field of `length_size` bytes.
+// A unit of `size` bytes at `begin`, after a length field of `length_size` bytes.
 void write_unit(ByteStreamWriter& writer, size_t begin, size_t size, size_t length_size) {
     const bool hevc = is_hevc(writer.track);
     const uint32_t header = writer.bytes[begin];
     const uint32_t nal_unit_type = hevc ? header >> 1 & 63 : header & 31;
     if (hevc && writer.track.lumora && writer.track.lumora->el_present) {
-        writer.track.el_seen |= nal_unit_type == HEVC_LUMORA_EL;
-        writer.track.rpu_seen |= nal_unit_type == HEVC_LUMORA_RPU;
+        writer.track.seen.el |= nal_unit_type == HEVC_LUMORA_EL;
+        writer.track.seen.rpu |= nal_unit_type == HEVC_LUMORA_RPU;
     }
     // Of the H.265 pictures where a stream can start only IDR_W_RADL, deliberately.
     const bool starts_stream = nal_unit_type == (hevc ? HEVC_IDR_W_RADL : AVC_IDR_SLICE);
@@ -103,23 +108,23 @@ void write_sample(ByteStreamWriter& writer, size_t begin, size_t end) {
         size_t size = load_be(writer.bytes.subspan(begin, length_size), 0, length_size);
         begin += length_size;
         if (size > end - begin) {
-            std::printf("[SV]   : NAL size (%zu) exceeds remaining data (%zu bytes)\n", size, end - begin);
-            writer.status |= SEGMENT_FINDING;
+            writer.status |= fail(SEGMENT_FINDING, "mp4-nal-size",
+                                  "[SV]   : NAL size (%zu) exceeds remaining data (%zu bytes)\n", size, end - begin);
             size = end - begin;
         }
         if (size > 0) write_unit(writer, begin, size, length_size);
         begin += size;
     }
-    if (begin < end) ++writer.track.cut_samples;
+    if (begin < end) ++writer.track.seen.cut;
 }
 
 }  // namespace
 
-int write_video_samples(MediaContext& context, TrackRecord& track, std::span<uint8_t> bytes,
-                        std::span<const uint32_t> sample_sizes) {
-    ByteStreamWriter writer = {context, track, bytes};
+int write_video_samples(MediaContext& context, TrackRecord& track, const AdjacentSamples& samples) {
+    ByteStreamWriter writer = {context, track, samples.bytes};
     size_t begin = 0;
-    for (const uint32_t size : sample_sizes) {
+    for (const uint32_t size : samples.sizes) {
+        enter_sample(track, samples.offset + begin, size);
         write_sample(writer, begin, begin + size);
         begin += size;
     }

@@ -1,5 +1,5 @@
 // What a movie's boxes say about its tracks, codec configurations among it.
-#include "isobmff/box_reader.h"
+#include "isobmff/box_types.h"
 #include "isobmff/codec_configuration.h"
 #include "segment_run.h"
 
