@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <span>
 #include <string>
-#include <vector>
 
 // Descriptor tags that the reader knows (ISO/IEC 13818-1, table 2-45; ETSI EN 300 468, table 12; ATSC A/52, annex G).
 enum DescriptorTag : uint32_t {
@@ -50,7 +49,7 @@ struct Eac3DescriptorFields {
     uint8_t complexity_index_type_a = 0;
 };
 
-// ETSI EN 300 468, D.7: AC-4_descriptor.
+// ETSI EN 300 468, D.7: AC-4_descriptor. Its bytes are borrowed from the descriptor.
 struct Ac4DescriptorFields {
     uint8_t descriptor_tag_extension = 0;
     uint8_t ac4_config_flag = 0;
@@ -58,35 +57,26 @@ struct Ac4DescriptorFields {
     uint8_t ac4_dialog_enhancement_enabled = 0;
     uint8_t ac4_channel_mode = 0;
     uint8_t ac4_toc_len = 0;
-    std::vector<uint8_t> ac4_dsi_byte;
-    std::vector<uint8_t> additional_info_byte;
+    std::span<const uint8_t> ac4_dsi_byte;
+    std::span<const uint8_t> additional_info_byte;
 };
 
-// Lumora HDR video, tag 0xB0.
-struct LmraDescriptorFields {
-    uint8_t version_major = 0;
-    uint8_t version_minor = 0;
-    uint8_t profile = 0;
-    uint8_t level = 0;
-    uint8_t rpu_present_flag = 0;
-    uint8_t el_present_flag = 0;
-    uint8_t bl_present_flag = 0;
-    uint32_t dependency_pid = 0;             // only without a base layer
-    uint8_t bl_signal_compatibility_id = 0;  // only when one byte is left for it
-};
-
-// One descriptor of a PMT. `raw` holds tag and length byte too; of the decoded records the one of the tag is filled.
+// One descriptor of a PMT. `raw` holds tag and length byte too and is borrowed from the section, which its program
+// keeps. The fields are read from it when a rule asks for them: a section holds up to 2047 descriptors.
 struct StreamDescriptor {
     uint32_t tag = 0;
     uint32_t length = 0;
-    std::string name = {};  // display name
-    std::vector<uint8_t> raw = {};
-    Eac3DescriptorFields eac3 = {};
-    Ac4DescriptorFields ac4 = {};
-    LmraDescriptorFields lmra = {};
+    std::span<const uint8_t> raw = {};
 };
 
-// Parses the descriptor whose tag is the first of `bytes`, which end where the descriptor's loop ends; a descriptor
-// that claims more than its loop holds is cut to it. `consumed` gets its size in bytes, at least 1 unless `bytes` is
-// empty. Returns 0, or 11 after a finding (printed).
+// Parses and checks the descriptor whose tag is the first of `bytes`, which end where the descriptor's loop ends; a
+// descriptor that claims more than its loop holds is cut to it. `consumed` gets its size in bytes, at least 1 unless
+// `bytes` is empty. A Lumora descriptor is listed. Returns 0, or 11 after a finding (printed).
 [[nodiscard]] int parse_descriptor(std::span<const uint8_t> bytes, StreamDescriptor& descriptor, uint32_t& consumed);
+
+// The display name of a descriptor tag.
+std::string descriptor_name(uint32_t tag);
+
+// The fields of a descriptor, tag and length byte included; what lies behind its end is 0.
+Eac3DescriptorFields read_eac3_descriptor(std::span<const uint8_t> raw);
+Ac4DescriptorFields read_ac4_descriptor(std::span<const uint8_t> raw);

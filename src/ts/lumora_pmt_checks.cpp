@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "bits/finding.h"
 #include "playlist/codecs.h"
 #include "ts/ts_status.h"
 
@@ -55,17 +56,17 @@ int packed_decimal(char tens, char units) {
 int check_lumora_descriptor(const LmraDescriptorFields& fields) {
     int status = 0;
     if (fields.version_major != 1 || fields.version_minor != 0) {
-        std::printf(
+        status |= fail(
+            TS_CHECK_FAILED, "ts-lmra-version",
             "ERROR: The lm_version_major and lm_version_minor of Lumora video stream descriptor must be set to 1 and 0.\n");
-        status = TS_CHECK_FAILED;
     }
     if (fields.rpu_present_flag != 1) {
-        std::printf("ERROR: The rpu_present_flag of Lumora video stream descriptor must be set to 1.\n");
-        status = TS_CHECK_FAILED;
+        status |= fail(TS_CHECK_FAILED, "ts-lmra-rpu-present-flag",
+                       "ERROR: The rpu_present_flag of Lumora video stream descriptor must be set to 1.\n");
     }
     if (fields.bl_present_flag != 1) {
-        std::printf("ERROR: The bl_present_flag of Lumora video stream descriptor must be set to 1.\n");
-        status = TS_CHECK_FAILED;
+        status |= fail(TS_CHECK_FAILED, "ts-lmra-bl-present-flag",
+                       "ERROR: The bl_present_flag of Lumora video stream descriptor must be set to 1.\n");
     }
     return status;
 }
@@ -74,15 +75,15 @@ int check_lumora_avc_entry(const std::string& codecs, const LmraDescriptorFields
     std::string rest;
     if (text_behind(codecs, "lmav", rest)) {
         if (has_profile_and_level(rest, fields)) return 0;
-        std::printf(
+        return fail(
+            TS_CHECK_FAILED, "ts-lmra-codecs-lmav",
             "ERROR: There is a mismatch between lmav description in CODECS attribute of the #EXT-X-STREAM-INF and lmra descriptor in stream.\n");
-        return TS_CHECK_FAILED;
     }
     if (text_behind(codecs, "lma1", rest)) {
         if (has_profile_and_level(rest, fields)) return 0;
-        std::printf(
+        return fail(
+            TS_CHECK_FAILED, "ts-lmra-codecs-lma1",
             "ERROR: There is a mismatch between lma1 description in CODECS attribute of the #EXT-X-STREAM-INF and lmra descriptor in stream.\n");
-        return TS_CHECK_FAILED;
     }
     return 0;
 }
@@ -91,38 +92,38 @@ int check_lumora_hevc_entry(const std::string& codecs, const LmraDescriptorField
     std::string rest;
     if (text_behind(codecs, "lmhe", rest)) {
         if (names_profile_and_level(rest, fields)) return 0;
-        std::printf("ERROR: Invalid lmhe description found in the CODECS attribute of the #EXT-X-STREAM-INF.\n");
-        return TS_CHECK_FAILED;
+        return fail(TS_CHECK_FAILED, "ts-lmra-codecs-lmhe",
+                    "ERROR: Invalid lmhe description found in the CODECS attribute of the #EXT-X-STREAM-INF.\n");
     }
     if (text_behind(codecs, "lmh1", rest)) {
         if (names_profile_and_level(rest, fields)) return 0;
-        std::printf("ERROR: Invalid lmh1 description found in the CODECS attribute of the #EXT-X-STREAM-INF.\n");
-        return TS_CHECK_FAILED;
+        return fail(TS_CHECK_FAILED, "ts-lmra-codecs-lmh1",
+                    "ERROR: Invalid lmh1 description found in the CODECS attribute of the #EXT-X-STREAM-INF.\n");
     }
-    std::printf("ERROR: The Lumora stream must include a matching fourcc code in the CODECS attribute.\n");
-    return TS_CHECK_FAILED;
+    return fail(TS_CHECK_FAILED, "ts-lmra-codecs-fourcc",
+                "ERROR: The Lumora stream must include a matching fourcc code in the CODECS attribute.\n");
 }
 
 int check_lumora_codecs_profile(const std::string& codecs, const LmraDescriptorFields& fields, int el_profile) {
     std::string entry;
     if (lumora_codecs_entry(codecs, entry) == 0) {
-        std::printf("ERROR: Invalid Lumora descriptor was found in the CODECS attribute of the #EXT-X-STREAM-INF.\n");
-        return TS_CHECK_FAILED;
+        return fail(TS_CHECK_FAILED, "ts-lmra-codecs-entry",
+                    "ERROR: Invalid Lumora descriptor was found in the CODECS attribute of the #EXT-X-STREAM-INF.\n");
     }
     int status = 0;
     const int profile = packed_decimal(entry[5], entry[6]);
     if (profile != fields.profile) {
-        std::printf("ERROR: profile_id in the CODECS attribute of the #EXT-X-STREAM-INF must be 4.\n");
-        status = TS_CHECK_FAILED;
+        status |= fail(TS_CHECK_FAILED, "ts-lmra-codecs-profile-level",
+                       "ERROR: profile_id in the CODECS attribute of the #EXT-X-STREAM-INF must be 4.\n");
     }
     if (packed_decimal(entry[8], entry[9]) != fields.level) {
         // The same text for the level: deliberate.
-        std::printf("ERROR: profile_id in the CODECS attribute of the #EXT-X-STREAM-INF must be 4.\n");
-        status = TS_CHECK_FAILED;
+        status |= fail(TS_CHECK_FAILED, "ts-lmra-codecs-profile-level",
+                       "ERROR: profile_id in the CODECS attribute of the #EXT-X-STREAM-INF must be 4.\n");
     }
     if (profile == el_profile && fields.el_present_flag != 1) {
-        std::printf("ERROR: The el_present_flag of Lumora video stream descriptor must be set to 1.\n");
-        status = TS_CHECK_FAILED;
+        status |= fail(TS_CHECK_FAILED, "ts-lmra-el-present-flag",
+                       "ERROR: The el_present_flag of Lumora video stream descriptor must be set to 1.\n");
     }
     return status;
 }

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "ts/descriptors.h"
+#include "ts/lumora_descriptor.h"
 
 // The rules for a Lumora descriptor, alone and against a CODECS value of the playlist. Each prints its findings and
 // returns 0 or 11.

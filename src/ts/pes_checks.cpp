@@ -1,8 +1,8 @@
 #include "ts/pes_checks.h"
 
 #include <algorithm>
-#include <cstdio>
 
+#include "bits/finding.h"
 #include "ts/ts_status.h"
 
 namespace {
@@ -24,44 +24,31 @@ const StreamDescriptor* select_descriptor(const EsRecord& es) {
     return nullptr;
 }
 
-// The stream of a program by its PID, the first of several; or null.
-const EsRecord* find_stream(const ProgramRecord& program, uint16_t pid) {
-    for (const EsRecord& es : program.streams)
-        if (es.elementary_PID == pid) return &es;
-    return nullptr;
-}
-
 int check_by_descriptors(const EsRecord& es, const PesCheckInput& pes, const TsStreamTable& table,
                          const PlaylistAttributes* attrs) {
     const StreamDescriptor* descriptor = select_descriptor(es);
     if (descriptor != nullptr && selects_ac4(es.stream_type, descriptor->tag)) {
         const int status = check_ac4_pes(pes, table, attrs);
         if (status == 0) return 0;
-        std::printf("ERROR: Cannot get the ac4 descriptor.\n");
-        return status | TS_CHECK_FAILED;
+        return status | fail(TS_CHECK_FAILED, "ts-ac4-pes", "ERROR: Cannot get the ac4 descriptor.\n");
     }
-    const int status = descriptor != nullptr ? check_eac3_pes(descriptor->eac3, pes) : 0;
+    const int status = descriptor != nullptr ? check_eac3_pes(read_eac3_descriptor(descriptor->raw), pes) : 0;
     // A failed check counts as a descriptor that was not found, with the ATSC stream type only: deliberate.
     if (es.stream_type != STREAM_TYPE_ATSC_EAC3 || (descriptor != nullptr && status == 0)) return status;
-    std::printf("ERROR: Cannot get the ec3 descriptor.\n");
-    return status | TS_CHECK_FAILED;
+    return status | fail(TS_CHECK_FAILED, "ts-eac3-pes", "ERROR: Cannot get the ec3 descriptor.\n");
 }
 
 }  // namespace
 
-bool has_audio_check(uint16_t pid, const std::vector<ProgramRecord>& programs) {
-    return std::any_of(programs.begin(), programs.end(), [pid](const ProgramRecord& program) {
-        const EsRecord* es = find_stream(program, pid);
-        return es != nullptr && (es->stream_type == STREAM_TYPE_ATSC_EAC3 || select_descriptor(*es) != nullptr);
+bool has_audio_check(const ListedStream& listed) {
+    return std::any_of(listed.records.begin(), listed.records.end(), [](const EsRecord* es) {
+        return es->stream_type == STREAM_TYPE_ATSC_EAC3 || select_descriptor(*es) != nullptr;
     });
 }
 
-int check_audio_pes(const PesCheckInput& pes, const std::vector<ProgramRecord>& programs, const TsStreamTable& table,
+int check_audio_pes(const PesCheckInput& pes, const ListedStream& listed, const TsStreamTable& table,
                     const PlaylistAttributes* attrs) {
     int status = 0;
-    for (const ProgramRecord& program : programs) {
-        const EsRecord* es = find_stream(program, pes.stream.pid);
-        if (es != nullptr) status |= check_by_descriptors(*es, pes, table, attrs);
-    }
+    for (const EsRecord* es : listed.records) status |= check_by_descriptors(*es, pes, table, attrs);
     return status;
 }

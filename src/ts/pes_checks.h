@@ -2,10 +2,9 @@
 
 #include <cstdint>
 #include <span>
-#include <vector>
 
 #include "playlist/playlist_attributes.h"
-#include "ts/program.h"
+#include "ts/psi.h"
 #include "ts/stream_table.h"
 
 // A completed PES packet of an audio stream; `payload` is what follows its header.
@@ -14,14 +13,14 @@ struct PesCheckInput {
     std::span<const uint8_t> payload;
 };
 
-// Whether the descriptors of a PID ask for its audio PES packets to be checked.
-bool has_audio_check(uint16_t pid, const std::vector<ProgramRecord>& programs);
+// Whether the descriptors of a stream ask for its audio PES packets to be checked.
+bool has_audio_check(const ListedStream& listed);
 
 // Checks a completed audio PES packet of private_stream_1 by the descriptors of its elementary stream: E-AC-3 against
 // descriptor and analyzer, AC-4 against the playlist's CODECS. The frame counts go to the stream.
 // Returns 0, or the ORed results of the checks that failed (5, 10 and 11; findings are printed).
-[[nodiscard]] int check_audio_pes(const PesCheckInput& pes, const std::vector<ProgramRecord>& programs,
-                                  const TsStreamTable& table, const PlaylistAttributes* attrs);
+[[nodiscard]] int check_audio_pes(const PesCheckInput& pes, const ListedStream& listed, const TsStreamTable& table,
+                                  const PlaylistAttributes* attrs);
 
 // E-AC-3: analyses the payload and compares what it carries with the descriptor. Returns 0, 10 when the analysis
 // failed, 11 when the descriptor does not match.

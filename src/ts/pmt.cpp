@@ -1,12 +1,10 @@
 #include "ts/pmt.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <utility>
 
 #include "bits/byte_order.h"
-#include "bits/report.h"
-#include "ts/ts_status.h"
+#include "bits/finding.h"
 
 namespace {
 
@@ -25,52 +23,33 @@ bool is_known_stream_type(uint8_t stream_type) {
     return std::find(std::begin(KNOWN), std::end(KNOWN), stream_type) != std::end(KNOWN);
 }
 
-// Parses a loop of descriptors up to `limit` of them; `surplus` tells that there were more. Returns 11 at the first
-// finding.
-int parse_descriptor_loop(std::span<const uint8_t> loop, size_t limit, std::vector<StreamDescriptor>& descriptors,
-                          bool& surplus) {
+// Parses a loop of descriptors. Returns 11 at the first finding.
+int parse_descriptor_loop(std::span<const uint8_t> loop, std::vector<StreamDescriptor>& descriptors) {
     while (!loop.empty()) {
-        if (descriptors.size() >= limit) {
-            surplus = true;
-            return 0;
-        }
         uint32_t consumed = 0;
         const int status = parse_descriptor(loop, descriptors.emplace_back(), consumed);
         if (status != 0) return status;
-        loop = loop.subspan(std::min<size_t>(consumed, loop.size()));
+        loop = loop.subspan(consumed);
     }
     return 0;
 }
 
 // ISO/IEC 13818-1, table 2-33, from stream_type to the end of the ES_info loop; `consumed` is its size in bytes.
-int parse_es_record(const PsiTables& tables, std::span<const uint8_t> bytes, EsRecord& stream, size_t& consumed,
-                    bool& surplus) {
+int parse_es_record(std::span<const uint8_t> bytes, EsRecord& stream, size_t& consumed) {
     stream.stream_type = load_u8(bytes, 0);
     stream.elementary_PID = load_be16(bytes, 1) & 0x1FFF;
     stream.ES_info_length = load_be16(bytes, 3) & 0x0FFF;
     consumed = std::min(ES_HEADER_SIZE + stream.ES_info_length, bytes.size());
     if (!is_known_stream_type(stream.stream_type))
-        std::printf("WARNING: Unknown stream type = 0x%x in PMT.\n", stream.stream_type);
+        note("ts-pmt-unknown-stream-type", "WARNING: Unknown stream type = 0x%x in PMT.\n", stream.stream_type);
     const auto loop = bytes.first(consumed).subspan(std::min(ES_HEADER_SIZE, consumed));
-    bool cut = false;
-    const int status = parse_descriptor_loop(loop, TS_MAX_DESCRIPTORS_OF_STREAM, stream.descriptors, cut);
-    if (cut)
-        report_reason(tables.path, "more than %zu descriptors for PID %u; the others are not read",
-                      TS_MAX_DESCRIPTORS_OF_STREAM, stream.elementary_PID);
-    surplus |= cut;
-    return status;
+    return parse_descriptor_loop(loop, stream.descriptors);
 }
 
-int parse_streams(const PsiTables& tables, std::span<const uint8_t> bytes, ProgramRecord& program, bool& surplus) {
+int parse_streams(std::span<const uint8_t> bytes, std::vector<EsRecord>& streams) {
     while (!bytes.empty()) {
-        if (program.streams.size() >= TS_MAX_STREAMS_OF_PROGRAM) {
-            report_reason(tables.path, "more than %zu streams in program %u; the others are not followed",
-                          TS_MAX_STREAMS_OF_PROGRAM, program.program_number);
-            surplus = true;
-            return 0;
-        }
         size_t consumed = 0;
-        const int status = parse_es_record(tables, bytes, program.streams.emplace_back(), consumed, surplus);
+        const int status = parse_es_record(bytes, streams.emplace_back(), consumed);
         if (status != 0) return status;
         bytes = bytes.subspan(consumed);
     }
@@ -80,13 +59,8 @@ int parse_streams(const PsiTables& tables, std::span<const uint8_t> bytes, Progr
 }  // namespace
 
 int parse_pmt(PsiTables& tables, uint16_t pid, std::span<const uint8_t> section) {
-    if (tables.programs.size() >= TS_MAX_PROGRAMS) {
-        if (!std::exchange(tables.surplus_program_reported, true))
-            report_reason(tables.path, "more than %zu programs; the one with PMT PID %u is not followed",
-                          TS_MAX_PROGRAMS, pid);
-        return TS_CHECK_FAILED;
-    }
     ProgramRecord program;
+    program.section.assign(section.begin(), section.end());
     program.program_map_PID = pid;
     // The association table names the program, whatever number the section itself carries.
     const PatEntry* entry = find_pat_entry(tables, pid);
@@ -98,14 +72,12 @@ int parse_pmt(PsiTables& tables, uint16_t pid, std::span<const uint8_t> section)
     program.PCR_PID = load_be16(section, 8) & 0x1FFF;
     program.program_info_length = load_be16(section, 10) & 0x0FFF;
 
-    const auto body = section_body(section);
+    const auto body = section_body(program.section);
     const auto loops = body.subspan(std::min(PMT_HEADER_SIZE, body.size()));
     const size_t program_info = std::min<size_t>(program.program_info_length, loops.size());
-    bool surplus = false;
-    int status = parse_descriptor_loop(loops.first(program_info), SIZE_MAX, program.descriptors, surplus);
-    if (status == 0) status = parse_streams(tables, loops.subspan(program_info), program, surplus);
+    int status = parse_descriptor_loop(loops.first(program_info), program.descriptors);
+    if (status == 0) status = parse_streams(loops.subspan(program_info), program.streams);
     // A finding leaves the program unrecorded, so that the next occurrence of its PMT is parsed, and reported, again.
-    if (status != 0) return status;
-    tables.programs.push_back(std::move(program));
-    return surplus ? TS_CHECK_FAILED : 0;
+    if (status == 0) add_program(tables, pid, std::move(program));
+    return status;
 }

@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <cstdio>
 #include <string>
 
+#include "bits/finding.h"
 #include "playlist/codecs.h"
+#include "ts/lumora_descriptor.h"
 #include "ts/lumora_pmt_checks.h"
 #include "ts/ts_status.h"
 
@@ -42,24 +43,24 @@ int compare_programs(const PlaylistAttributes* attrs, const Eac3DescriptorFields
     const auto compared = [&](size_t k) { return !skip_zero || programs[k] != 0; };
     int status = 0;
     if (compared(0) && main_program_differs(programs[0], eac3)) {
-        std::printf(
+        status |= fail(
+            TS_CHECK_FAILED, "ts-ztp-program0",
             "ERROR: The #EXT-X-MEDIA ZTP_PROGRAM0 attribute value does not match the syntaxs full_service_flag, service_type, and number_of_channels of EAC-3 descriptor.\n");
-        status = TS_CHECK_FAILED;
     }
     if (compared(1) && programs[1] != eac3.substream1) {
-        std::printf(
+        status |= fail(
+            TS_CHECK_FAILED, "ts-ztp-program1",
             "ERROR: The #EXT-X-MEDIA ZTP_PROGRAM1 attribute value does not match the substream1 of EAC-3 descriptor.\n");
-        status = TS_CHECK_FAILED;
     }
     if (compared(2) && programs[2] != eac3.substream2) {
-        std::printf(
+        status |= fail(
+            TS_CHECK_FAILED, "ts-ztp-program2",
             "ERROR: The #EXT-X-MEDIA ZTP_PROGRAM2 attribute value does not match the substream2 of EAC-3 descriptor.\n");
-        status = TS_CHECK_FAILED;
     }
     if (compared(3) && programs[3] != eac3.substream3) {
-        std::printf(
+        status |= fail(
+            TS_CHECK_FAILED, "ts-ztp-program3",
             "ERROR: The #EXT-X-MEDIA ZTP_PROGRAM3 attribute value does not match the substream3 of EAC-3 descriptor.\n");
-        status = TS_CHECK_FAILED;
     }
     return status;
 }
@@ -72,13 +73,14 @@ int check_atsc_eac3_stream(const EsRecord& stream, const PlaylistAttributes* att
     int status = 0;
     for (const StreamDescriptor& descriptor : stream.descriptors) {
         if (descriptor.tag == DESCRIPTOR_DVB_EAC3) {
-            std::printf(
+            status |= fail(
+                TS_CHECK_FAILED, "ts-eac3-dvb-tag",
                 "ERROR: The EAC-3 descriptor tag should be set value as 0xCC but not 0x7A when audio stream type value is 0x87 in ATSC or MPEG standard.\n");
-            status = TS_CHECK_FAILED;
         }
         if (descriptor.tag != DESCRIPTOR_ATSC_EAC3) continue;
-        note_eac3(descriptor.eac3, seen);
-        return status | compare_programs(attrs, descriptor.eac3, false);
+        const Eac3DescriptorFields eac3 = read_eac3_descriptor(descriptor.raw);
+        note_eac3(eac3, seen);
+        return status | compare_programs(attrs, eac3, false);
     }
     return status;
 }
@@ -89,9 +91,10 @@ int check_avc_stream(const EsRecord& stream, const PlaylistAttributes* attrs, Se
     for (const StreamDescriptor& descriptor : stream.descriptors) {
         if (descriptor.tag != DESCRIPTOR_LMRA) continue;
         seen.lmra_descriptor_seen = true;
-        int status = attrs != nullptr ? check_lumora_avc_entry(attrs->codecs, descriptor.lmra) : 0;
-        status |= check_lumora_descriptor(descriptor.lmra);
-        if (attrs != nullptr) status |= check_lumora_codecs_profile(attrs->codecs, descriptor.lmra, EL_PROFILE);
+        const LmraDescriptorFields lmra = read_lumora_descriptor(descriptor.raw);
+        int status = attrs != nullptr ? check_lumora_avc_entry(attrs->codecs, lmra) : 0;
+        status |= check_lumora_descriptor(lmra);
+        if (attrs != nullptr) status |= check_lumora_codecs_profile(attrs->codecs, lmra, EL_PROFILE);
         return status;
     }
     return 0;
@@ -104,9 +107,10 @@ int check_hevc_stream(const EsRecord& stream, const PlaylistAttributes* attrs, S
     for (const StreamDescriptor& descriptor : stream.descriptors) {
         if (descriptor.tag != DESCRIPTOR_LMRA) continue;
         seen.lmra_descriptor_seen = true;
-        if (attrs != nullptr) status |= check_lumora_hevc_entry(attrs->codecs, descriptor.lmra);
-        status |= check_lumora_descriptor(descriptor.lmra);
-        if (attrs != nullptr) status |= check_lumora_codecs_profile(attrs->codecs, descriptor.lmra, EL_PROFILE);
+        const LmraDescriptorFields lmra = read_lumora_descriptor(descriptor.raw);
+        if (attrs != nullptr) status |= check_lumora_hevc_entry(attrs->codecs, lmra);
+        status |= check_lumora_descriptor(lmra);
+        if (attrs != nullptr) status |= check_lumora_codecs_profile(attrs->codecs, lmra, EL_PROFILE);
     }
     return status;
 }
@@ -123,14 +127,14 @@ int check_lumora_registration(const PlaylistAttributes* attrs, SeenStreams& seen
     const std::string& codecs = attrs->codecs;
     int status = 0;
     if (!names_lumora(codecs)) {
-        std::printf(
-            "ERROR: No 'lmav', 'lma1' or 'lmhe' or 'lmh1' found in CODECS attribute of the #EXT-X-STREAM-INF.\n");
-        status = TS_CHECK_FAILED;
+        status |=
+            fail(TS_CHECK_FAILED, "ts-lmra-registration-codecs",
+                 "ERROR: No 'lmav', 'lma1' or 'lmhe' or 'lmh1' found in CODECS attribute of the #EXT-X-STREAM-INF.\n");
     }
     if (codecs_contain(codecs, "avc") || codecs_contain(codecs, "hvc1") || codecs_contain(codecs, "hev1")) {
-        std::printf(
+        status |= fail(
+            TS_CHECK_FAILED, "ts-lmra-registration-compatible",
             "ERROR:  Neither 'avc', 'hvc1' nor 'hev1' should be found in the CODECS attribute of the #EXT-X-STREAM-INF.\n");
-        status = TS_CHECK_FAILED;
     }
     return status;
 }
@@ -153,27 +157,34 @@ int check_ac4_codecs(const PlaylistAttributes* attrs, SeenStreams& seen) {
     if (attrs == nullptr) return 0;
     const size_t found = attrs->codecs.find(AC4);
     if (found == std::string::npos) {
-        std::printf(
+        return fail(
+            TS_CHECK_FAILED, "ts-ac4-no-codecs",
             "ERROR: The value of the CODECS in EXT-X-STREAM-INF parameters must include 'ac-4' in the HLS playlist.\n");
-        return TS_CHECK_FAILED;
     }
     if (starts_with_ac4_version(attrs->codecs.substr(found + sizeof AC4 - 1))) return 0;
-    std::printf("ERROR: Invalid ac-4 description found in the CODECS attribute of the #EXT-X-STREAM-INF.\n");
-    return TS_CHECK_FAILED;
+    return fail(TS_CHECK_FAILED, "ts-ac4-codecs-form",
+                "ERROR: Invalid ac-4 description found in the CODECS attribute of the #EXT-X-STREAM-INF.\n");
 }
 
 int check_private_lumora(const LmraDescriptorFields& lmra, const SeenStreams& seen) {
     int status = check_lumora_descriptor(lmra);
     if (seen.lmra_registration_seen && lmra.el_present_flag == 1) {
-        std::printf(
+        status |= fail(
+            TS_CHECK_FAILED, "ts-lmra-el-without-base",
             "ERROR: The el_present_flag of Lumora video stream descriptor in the non-sdr case must be set to 0.\n");
-        status = TS_CHECK_FAILED;
     }
     if (seen.lmra_descriptor_seen && lmra.el_present_flag != 1) {
-        std::printf("ERROR: The el_present_flag of Lumora video stream descriptor in the sdr case must be set to 1.\n");
-        status = TS_CHECK_FAILED;
+        status |=
+            fail(TS_CHECK_FAILED, "ts-lmra-el-with-base",
+                 "ERROR: The el_present_flag of Lumora video stream descriptor in the sdr case must be set to 1.\n");
     }
     return status;
+}
+
+int check_dvb_eac3(const Eac3DescriptorFields& eac3, const PlaylistAttributes* attrs, SeenStreams& seen) {
+    note_eac3(eac3, seen);
+    // Values of 0 are left out here, other than for stream type 0x87: deliberate.
+    return compare_programs(attrs, eac3, true);
 }
 
 int check_private_descriptor(const StreamDescriptor& descriptor, const PlaylistAttributes* attrs, SeenStreams& seen) {
@@ -181,17 +192,15 @@ int check_private_descriptor(const StreamDescriptor& descriptor, const PlaylistA
         case DESCRIPTOR_REGISTRATION:
             return is_lumora_registration(descriptor) ? check_lumora_registration(attrs, seen) : 0;
         case DESCRIPTOR_DVB_EAC3:
-            note_eac3(descriptor.eac3, seen);
-            // Values of 0 are left out here, other than for stream type 0x87: deliberate.
-            return compare_programs(attrs, descriptor.eac3, true);
+            return check_dvb_eac3(read_eac3_descriptor(descriptor.raw), attrs, seen);
         case DESCRIPTOR_DVB_EXTENSION:
             return check_ac4_codecs(attrs, seen);
         case DESCRIPTOR_LMRA:
-            return check_private_lumora(descriptor.lmra, seen);
+            return check_private_lumora(read_lumora_descriptor(descriptor.raw), seen);
         case DESCRIPTOR_ATSC_EAC3:
-            std::printf(
+            return fail(
+                TS_CHECK_FAILED, "ts-eac3-atsc-tag",
                 "ERROR: The EAC-3 descriptor tag should be set value as 0x7A but not 0xCC when audio stream type value is 0x06 in DVB standard.\n");
-            return TS_CHECK_FAILED;
         default:
             return 0;
     }
@@ -226,29 +235,29 @@ int check_stream(const EsRecord& stream, const PlaylistAttributes* attrs, SeenSt
 int require_audio_codecs(const std::string& codecs, const SeenStreams& seen) {
     int status = 0;
     if (seen.aac_seen && !codecs_contain(codecs, "mp4a")) {
-        std::printf(
+        status |= fail(
+            TS_CHECK_FAILED, "ts-codecs-no-mp4a",
             "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF must include 'mp4a' when it refers to an AAC audio stream.\n");
-        status = TS_CHECK_FAILED;
     }
     if (seen.ac3_seen && !codecs_contain(codecs, "ac-3")) {
-        std::printf(
+        status |= fail(
+            TS_CHECK_FAILED, "ts-codecs-no-ac-3",
             "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF must include 'ac-3' when it refers to a Zentra audio stream.\n");
-        status = TS_CHECK_FAILED;
     }
     if (seen.eac3_seen && !codecs_contain(codecs, "ec-3")) {
-        std::printf(
+        status |= fail(
+            TS_CHECK_FAILED, "ts-codecs-no-ec-3",
             "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF must include 'ec-3' when it refers Zentra Plus audio stream.\n");
-        status = TS_CHECK_FAILED;
     }
     if (seen.joc_seen && !codecs_contain(codecs, "ec-3")) {
-        std::printf(
+        status |= fail(
+            TS_CHECK_FAILED, "ts-codecs-no-ec-3-objects",
             "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF must include 'ec-3' when it refers Zentra Plus JOC audio stream.\n");
-        status = TS_CHECK_FAILED;
     }
     if (seen.ac4_seen && !codecs_contain(codecs, "ac-4")) {
-        std::printf(
+        status |= fail(
+            TS_CHECK_FAILED, "ts-codecs-no-ac-4",
             "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF must include 'ac-4' when it refers AC4 audio stream.\n");
-        status = TS_CHECK_FAILED;
     }
     return status;
 }
@@ -257,31 +266,31 @@ int require_video_codecs(const std::string& codecs, const SeenStreams& seen) {
     const bool lumora_seen = seen.lmra_descriptor_seen || seen.lmra_registration_seen;
     int status = 0;
     if (seen.avc_seen && !codecs_contain(codecs, "avc")) {
-        std::printf(
+        status |= fail(
+            TS_CHECK_FAILED, "ts-codecs-no-avc",
             "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF must include 'avc' when it refers H.264 video stream.\n");
-        status = TS_CHECK_FAILED;
     }
     if (seen.hevc_seen && !codecs_contain(codecs, "hvc1") && !codecs_contain(codecs, "hev1")) {
-        std::printf(
+        status |= fail(
+            TS_CHECK_FAILED, "ts-codecs-no-hevc",
             "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF must include 'hvc1' or 'hev1' when it refers H.265 video stream.\n");
-        status = TS_CHECK_FAILED;
     }
     if (lumora_seen && !codecs_contain(codecs, "lma") && !codecs_contain(codecs, "lmh")) {
-        std::printf(
+        status |= fail(
+            TS_CHECK_FAILED, "ts-codecs-no-lumora",
             "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF must include 'lma' or 'lmh' when it refers Lumora video stream.\n");
-        status = TS_CHECK_FAILED;
     }
     const bool compatible =
         codecs_contain(codecs, "avc") || codecs_contain(codecs, "hvc1") || codecs_contain(codecs, "hev1");
     if (names_lumora(codecs) && !compatible && !seen.lmra_registration_seen) {
-        std::printf(
+        status |= fail(
+            TS_CHECK_FAILED, "ts-codecs-lumora-not-registered",
             "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF indicates it refers a non-backward-compatible Lumora stream, but the Lumora registration descriptor has not been found in PMT of current TS segment.\n");
-        status = TS_CHECK_FAILED;
     }
     if (names_lumora(codecs) && !lumora_seen) {
-        std::printf(
+        status |= fail(
+            TS_CHECK_FAILED, "ts-codecs-lumora-absent",
             "ERROR: The CODECS attribute in the #EXT-X-STREAM-INF indicates it refers a Lumora stream, but none Lumora stream or registration descriptor has been found in PMT of current TS segment.\n");
-        status = TS_CHECK_FAILED;
     }
     return status;
 }

@@ -31,8 +31,19 @@ struct EsRecord {
     std::vector<StreamDescriptor> descriptors;
 };
 
-// One program: its PMT section, parsed.
+// What the records of one PID ask of the stream_id of its PES packets.
+struct PrivateStreamRule {
+    enum class Wanted : uint8_t { ANY, EAC3, AC4 };  // private_stream_1, and for what: of the first record that asks
+    Wanted wanted = Wanted::ANY;
+    bool refused = false;  // some record carries what is never private_stream_1
+};
+
+// One program: its PMT section, parsed. Its descriptors borrow from `section`, so it is moved and never copied.
 struct ProgramRecord {
+    ProgramRecord() = default;
+    ProgramRecord(ProgramRecord&&) = default;
+    ProgramRecord& operator=(ProgramRecord&&) = default;
+
     uint16_t program_map_PID = 0;
     uint16_t program_number = 0;
     uint8_t version_number = 0;
@@ -41,6 +52,8 @@ struct ProgramRecord {
     uint8_t last_section_number = 0;
     uint16_t PCR_PID = 0;
     uint16_t program_info_length = 0;
+    std::vector<uint8_t> section;
     std::vector<StreamDescriptor> descriptors;
     std::vector<EsRecord> streams;
+    bool compared = false;  // with the playlist
 };

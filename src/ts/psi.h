@@ -1,24 +1,22 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "ts/program.h"
 #include "ts/ts_packet.h"
 
-constexpr size_t TS_MAX_PSI_PIDS = 20;
-constexpr size_t TS_MAX_PROGRAMS = 10;
-constexpr size_t TS_MAX_STREAMS_OF_PROGRAM = 100;
-constexpr size_t TS_MAX_DESCRIPTORS_OF_STREAM = 10;
-
 // One section being collected (ISO/IEC 13818-1, 2.4.4). `data` begins with the table_id.
 struct SectionBuffer {
-    uint16_t pid = 0;
     uint16_t section_length = 0;
     std::vector<uint8_t> data;
+    int64_t offset = 0;  // in the file, of the packet that began it
     bool cut_reported = false;
+    std::optional<size_t> program;  // whose PMT the PID carried, in PsiTables::programs
 };
 
 // ISO/IEC 13818-1, table 2-30: one program of the program association table; program_number 0 is the network.
@@ -36,27 +34,32 @@ struct PatRecord {
     std::vector<PatEntry> entries;
 };
 
-// The program tables of one segment; nothing is kept from segment to segment.
-struct PsiTables {
-    std::string path;  // of the segment, for messages
-    std::vector<SectionBuffer> sections;
-    std::vector<uint8_t> completed;  // the section completed last
-    std::vector<bool> refused_pids;  // beyond TS_MAX_PSI_PIDS, already reported
-    PatRecord pat;
-    std::vector<ProgramRecord> programs;
-    int32_t selected_program = -1;  // program_number whose PMT is followed
-    bool choice_reported = false;
-    bool surplus_program_reported = false;
+// What the programs list under one elementary PID.
+struct ListedStream {
+    std::vector<const EsRecord*> records;  // of each program the first with the PID, in the order of the programs
+    size_t program = 0;                    // of the last of them, in PsiTables::programs
+    PrivateStreamRule rule;
 };
 
-enum class SectionState { INCOMPLETE, COMPLETE, REFUSED };
+// The program tables of one segment; nothing is kept from segment to segment. They have no limits but those of a
+// section, so what every packet asks for is found by its PID.
+struct PsiTables {
+    std::string path;                                      // of the segment, for messages
+    std::unordered_map<uint16_t, SectionBuffer> sections;  // by PID
+    std::vector<uint8_t> completed;                        // the section completed last
+    PatRecord pat;
+    std::vector<ProgramRecord> programs;
+    std::unordered_map<uint16_t, ListedStream> streams;  // by PID
+    int32_t selected_program = -1;                       // program_number whose PMT is followed
+    bool choice_reported = false;
+};
 
-// Says once for a PID on standard error what of its sections is not read as it is meant. In front of collect_section.
+// Says once for a PID on standard error what of its sections is not read as it is meant. Before collect_section.
 void report_cut_section(PsiTables& tables, const TsPacket& packet);
 
-// Collects the section bytes of one packet of a PID that carries PSI. COMPLETE: `section` is the section without the
-// last three bytes of its CRC_32, valid until the next call. REFUSED: one PID too many, said on standard error.
-SectionState collect_section(PsiTables& tables, const TsPacket& packet, std::span<const uint8_t>& section);
+// Collects the section bytes of one packet of a PID that carries PSI. True when a section is complete: `section` is
+// that section without the last three bytes of its CRC_32, valid until the next call.
+bool collect_section(PsiTables& tables, const TsPacket& packet, std::span<const uint8_t>& section);
 
 // A completed section without its last byte, which is the first of the CRC_32.
 std::span<const uint8_t> section_body(std::span<const uint8_t> section);
@@ -67,8 +70,11 @@ void parse_pat(PsiTables& tables, std::span<const uint8_t> section);
 // The PAT entry of a PID, the first in PAT order; null when the PAT does not list it.
 const PatEntry* find_pat_entry(const PsiTables& tables, uint16_t pid);
 
-// The program record whose PMT came on `pid`, null when there is none.
-const ProgramRecord* find_program(const PsiTables& tables, uint16_t pid);
+// The program record whose PMT came on `pid`, null when there is none. Valid until the next program is added.
+ProgramRecord* find_program(PsiTables& tables, uint16_t pid);
+
+// Keeps the program whose PMT came on `pid`.
+void add_program(PsiTables& tables, uint16_t pid, ProgramRecord program);
 
 // Chooses the program to follow from the PAT: its only one, or the first of several (said on standard error).
 void select_program(PsiTables& tables);

@@ -1,8 +1,8 @@
 #include "ts/stream_registration.h"
 
-#include <cstdio>
 #include <utility>
 
+#include "bits/finding.h"
 #include "bits/report.h"
 #include "ts/ts_status.h"
 
@@ -45,45 +45,54 @@ DescriptorMarks scan_descriptors(const EsRecord& es) {
     return marks;
 }
 
-// File suffix of an audio stream, null when the stream carries no audio. A later rule overrides an earlier one.
-const char* audio_suffix(const EsRecord& es, const DescriptorMarks& marks) {
+// How the reader treats an elementary stream.
+struct StreamKind {
+    const char* suffix = nullptr;  // of its file; null when it is not followed
+    const char* codec = "";        // as in StreamFacts
+};
+
+// A later rule overrides an earlier one.
+StreamKind audio_kind(const EsRecord& es, const DescriptorMarks& marks) {
     switch (es.stream_type) {
         case STREAM_TYPE_MPEG2_AUDIO:
-            return ".mpa";
+            return {".mpa", "mp4a"};
         case STREAM_TYPE_ADTS_AAC:
-            return ".adts";
+            return {".adts", "mp4a"};
         case STREAM_TYPE_LATM_AAC:
-            return ".aac";
+            return {".aac", "mp4a"};
         case STREAM_TYPE_ATSC_AC3:
-            return ".ac3";
+            return {".ac3", "ac-3"};
         case STREAM_TYPE_ATSC_EAC3:
-            return ".ec3";
+            return {".ec3", "ec-3"};
         default:
             break;
     }
-    if (marks.ac3) return ".ac3";
-    if (marks.eac3) return ".ec3";
-    if (marks.ac4) return ".ac4";
-    return nullptr;
+    if (marks.ac3) return {".ac3", "ac-3"};
+    if (marks.eac3) return {".ec3", "ec-3"};
+    if (marks.ac4) return {".ac4", "ac-4"};
+    return {};
 }
 
-// File suffix of a video stream, null when the stream carries no video.
-const char* video_suffix(const EsRecord& es, const DescriptorMarks& marks) {
-    if (marks.avc || es.stream_type == STREAM_TYPE_AVC) return ".h264";
-    if (marks.hevc || es.stream_type == STREAM_TYPE_HEVC) return ".h265";
-    if (es.stream_type == STREAM_TYPE_MPEG1_VIDEO || es.stream_type == STREAM_TYPE_MPEG2_VIDEO) return ".mpeg";
-    return nullptr;
+StreamKind video_kind(const EsRecord& es, const DescriptorMarks& marks) {
+    if (marks.avc || es.stream_type == STREAM_TYPE_AVC) return {".h264", "avc1"};
+    if (marks.hevc || es.stream_type == STREAM_TYPE_HEVC) return {".h265", "hvc1"};
+    if (es.stream_type == STREAM_TYPE_MPEG1_VIDEO || es.stream_type == STREAM_TYPE_MPEG2_VIDEO)
+        return {".mpeg", "mp4v"};
+    return {};
 }
 
-int open_stream(TsDemuxContext& context, size_t slot, const EsRecord& es, const char* suffix) {
+int open_stream(TsDemuxContext& context, size_t slot, const EsRecord& es, const StreamKind& kind) {
     PesStream& stream = context.pes[slot];
     if (context.output_dir) {
-        const std::string name = "_pid_" + std::to_string(es.elementary_PID) + suffix;
+        const std::string name = "_pid_" + std::to_string(es.elementary_PID) + kind.suffix;
         const std::string path = output_path(*context.output_dir, context.base_name, name);
         if (elementary_stream_open(stream.output, path, context.truncate) != 0) return TS_OUTPUT_FAILED;
     }
     stream.pid = es.elementary_PID;
+    stream.codec = kind.codec;
     stream.audio = slot == TS_VIDEO_SLOT ? nullptr : &context.stream_table.audio[slot];
+    stream.listed = &context.psi.streams[es.elementary_PID];
+    stream.log.starts_at_dts = slot == TS_VIDEO_SLOT;
     return 0;
 }
 
@@ -95,18 +104,19 @@ void route_stream(TsDemuxContext& context, uint16_t pid, size_t slot) {
     if (route.kind == PidKind::OTHER) route.kind = PidKind::PES;
 }
 
-int register_audio(TsDemuxContext& context, const EsRecord& es, const char* suffix) {
+int register_audio(TsDemuxContext& context, const EsRecord& es, const StreamKind& kind) {
     TsStreamTable& table = context.stream_table;
     if (find_audio_stream(table, es.elementary_PID) != nullptr) return 0;
     if (table.audio_count >= TS_MAX_AUDIO_STREAMS) {
         // The program table comes again and again.
         if (!std::exchange(context.routes[es.elementary_PID].reported, true))
-            report_reason(context.psi.path, "more than %u audio streams; PID %u is not followed", TS_MAX_AUDIO_STREAMS,
+            report_reason(ReasonEffect::UNVALIDATED, "reason-ts-audio-streams", context.psi.path,
+                          "more than %u audio streams; PID %u is not followed", TS_MAX_AUDIO_STREAMS,
                           es.elementary_PID);
-        return TS_CHECK_FAILED;
+        return 0;
     }
     const size_t slot = table.audio_count;
-    const int status = open_stream(context, slot, es, suffix);
+    const int status = open_stream(context, slot, es, kind);
     if (status != 0) return status;
     table.audio[slot].pid = es.elementary_PID;
     table.audio[slot].stream_type = es.stream_type;
@@ -115,13 +125,13 @@ int register_audio(TsDemuxContext& context, const EsRecord& es, const char* suff
     return 0;
 }
 
-int register_video(TsDemuxContext& context, const EsRecord& es, const char* suffix) {
+int register_video(TsDemuxContext& context, const EsRecord& es, const StreamKind& kind) {
     if (context.video_pid) {
         if (*context.video_pid == es.elementary_PID) return 0;
-        std::printf("ERROR: Multiple video pid case has not been supported yet.\n");
-        return TS_LOST_SYNC_OR_SECOND_VIDEO;
+        return fail(TS_LOST_SYNC_OR_SECOND_VIDEO, "ts-second-video",
+                    "ERROR: Multiple video pid case has not been supported yet.\n");
     }
-    const int status = open_stream(context, TS_VIDEO_SLOT, es, suffix);
+    const int status = open_stream(context, TS_VIDEO_SLOT, es, kind);
     if (status != 0) return status;
     context.video_pid = es.elementary_PID;
     route_stream(context, es.elementary_PID, TS_VIDEO_SLOT);
@@ -133,7 +143,7 @@ void report_not_followed(TsDemuxContext& context, const EsRecord& es) {
     if (es.stream_type != STREAM_TYPE_PES_PRIVATE_DATA && es.stream_type != STREAM_TYPE_RESERVED_40) return;
     // The program table comes again and again.
     if (std::exchange(context.routes[es.elementary_PID].reported, true)) return;
-    report_reason(context.psi.path,
+    report_reason(ReasonEffect::UNVALIDATED, "reason-ts-stream-not-followed", context.psi.path,
                   "PID %u of stream type 0x%02x: nothing names audio or video that is written: not followed",
                   es.elementary_PID, es.stream_type);
 }
@@ -144,11 +154,11 @@ int register_streams(TsDemuxContext& context, const ProgramRecord& program) {
     int status = 0;
     for (const EsRecord& es : program.streams) {
         const DescriptorMarks marks = scan_descriptors(es);
-        const char* audio = audio_suffix(es, marks);
-        const char* video = video_suffix(es, marks);
-        if (audio != nullptr) status |= register_audio(context, es, audio);
-        if (video != nullptr) status |= register_video(context, es, video);
-        if (audio == nullptr && video == nullptr) report_not_followed(context, es);
+        const StreamKind audio = audio_kind(es, marks);
+        const StreamKind video = video_kind(es, marks);
+        if (audio.suffix != nullptr) status |= register_audio(context, es, audio);
+        if (video.suffix != nullptr) status |= register_video(context, es, video);
+        if (audio.suffix == nullptr && video.suffix == nullptr) report_not_followed(context, es);
     }
     return status;
 }

@@ -16,6 +16,8 @@ struct TsAudioStream {
     uint32_t audio_pes_count = 0;  // PES packets begun
     uint32_t frames_in_pes = 0;    // audio frames of the last checked PES
     uint32_t frame_ticks = 0;      // duration of one audio frame
+    uint32_t channels = 0;         // of the last analysed PES, LFE included; for a recorder, 0 when unknown
+    uint32_t data_rate_kbps = 0;   // likewise
     int64_t first_pts = -1;
     int64_t last_pts = -1;
     int64_t end_pts = -1;

@@ -21,7 +21,7 @@ struct PidRoute {
     PidKind kind = PidKind::OTHER;
     uint8_t slot = TS_NO_SLOT;
     bool reported = false;     // not followed, and that has been said
-    uint32_t early_units = 0;  // unit starts in front of the table that lists the PID
+    uint32_t early_units = 0;  // unit starts before the table that lists the PID
 };
 
 // The state of one segment.

@@ -14,6 +14,7 @@ TsPacket parse_ts_packet(std::span<const uint8_t> bytes) {
     TsPacket packet;
     packet.payload_unit_start_indicator = (load_u8(bytes, 1) & 0x40) != 0;
     packet.pid = load_be16(bytes, 1) & 0x1FFF;
+    packet.scrambled = (load_u8(bytes, 3) & 0xC0) != 0;
     packet.adaptation_field_control = load_u8(bytes, 3) >> 4 & 3;
     if (packet.adaptation_field_control == TS_ADAPTATION_FIELD_ONLY) return packet;
     size_t start = 4;

@@ -15,6 +15,7 @@ struct TsPacket {
     bool payload_unit_start_indicator = false;
     uint16_t pid = 0;
     uint8_t adaptation_field_control = 0;
+    bool scrambled = false;            // transport_scrambling_control is not 0
     std::span<const uint8_t> payload;  // of the packet it was parsed from; empty when the header leaves none
 };
 

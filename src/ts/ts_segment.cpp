@@ -1,9 +1,11 @@
 #include "ts/ts_segment.h"
 
 #include <cinttypes>
-#include <cstdio>
 #include <memory>
+#include <utility>
 
+#include "bits/finding.h"
+#include "bits/recorder.h"
 #include "bits/report.h"
 #include "ts/pes_checks.h"
 #include "ts/pmt.h"
@@ -28,31 +30,26 @@ void handle_pat(TsDemuxContext& context, std::span<const uint8_t> section) {
     context.routes[PAT_PID].kind = PidKind::PAT;
 }
 
-// A completed PMT of the followed program: its streams are registered, and what was parsed just now is compared with
-// the playlist.
+// A completed PMT of the followed program: its streams are registered, and it is compared with the playlist when it is
+// followed for the first time.
 int handle_pmt(TsDemuxContext& context, uint16_t pid, std::span<const uint8_t> section) {
     int status = 0;
-    const bool known = find_program(context.psi, pid) != nullptr;
-    if (!known) status |= parse_pmt(context.psi, pid, section);
+    if (find_program(context.psi, pid) == nullptr) status |= parse_pmt(context.psi, pid, section);
     select_program(context.psi);
-    const ProgramRecord* program = find_program(context.psi, pid);
+    ProgramRecord* program = find_program(context.psi, pid);
     if (program == nullptr || program->program_number != context.psi.selected_program) return status;
     status |= register_streams(context, *program);
-    if (!known) status |= check_pmt_against_playlist(*program, context.stream_info);
+    if (!std::exchange(program->compared, true)) status |= check_pmt_against_playlist(*program, context.stream_info);
     return status;
 }
 
 int handle_section(TsDemuxContext& context, PidKind kind, const TsPacket& packet) {
-    std::span<const uint8_t> section;
+    const PlaceScope scope;
+    current_place.stream = packet.pid;
     if (kind != PidKind::NETWORK) report_cut_section(context.psi, packet);
-    switch (collect_section(context.psi, packet, section)) {
-        case SectionState::INCOMPLETE:
-            return 0;
-        case SectionState::REFUSED:
-            return TS_CHECK_FAILED;
-        case SectionState::COMPLETE:
-            break;
-    }
+    std::span<const uint8_t> section;
+    if (!collect_section(context.psi, packet, section)) return 0;
+    current_place.offset = context.psi.sections[packet.pid].offset;
     if (kind == PidKind::PMT) return handle_pmt(context, packet.pid, section);
     if (kind == PidKind::PAT) handle_pat(context, section);
     // A network table is collected and dropped.
@@ -67,41 +64,51 @@ void count_pes(TsStreamTable& table, size_t slot) {
 }
 
 // An audio PES packet goes to its file without the checks that are made for its kind of stream.
-void note_unchecked(const TsDemuxContext& context, PesStream& stream) {
-    if (stream.audio != nullptr && stream.length > 0 && has_audio_check(stream.pid, context.psi.programs))
-        ++stream.losses.unchecked_packets;
+void note_unchecked(PesStream& stream) {
+    if (stream.audio != nullptr && stream.length > 0 && has_audio_check(*stream.listed))
+        add_loss(stream.losses.unchecked_packets, 1);
 }
 
 int handle_complete_pes(TsDemuxContext& context, PesStream& stream) {
+    const PlaceScope scope(pes_place(stream));
     int status = 0;
     if (stream.audio != nullptr && stream.stream_id == STREAM_ID_PRIVATE_STREAM_1) {
         const auto payload = std::span<const uint8_t>(stream.data).first(stream.length);
-        status =
-            check_audio_pes({*stream.audio, payload}, context.psi.programs, context.stream_table, context.stream_info);
+        status = check_audio_pes({*stream.audio, payload}, *stream.listed, context.stream_table, context.stream_info);
     } else {
-        note_unchecked(context, stream);
+        note_unchecked(stream);
     }
     return status | flush_pes(stream, context.stream_table);
+}
+
+// The stream goes on with another PES packet, or ends: what is held has an unknown length, or was cut short.
+int end_open_pes(TsDemuxContext& context, PesStream& stream) {
+    const PlaceScope scope(pes_place(stream));
+    note_unchecked(stream);
+    stream.bytes_total += stream.length;
+    return flush_pes(stream, context.stream_table);
 }
 
 int handle_pes_packet(TsDemuxContext& context, size_t slot, const TsPacket& packet) {
     PesStream& stream = context.pes[slot];
     int status = 0;
-    PesState state = PesState::OPEN;
+    if (packet.scrambled) add_loss(stream.losses.scrambled_packets, 1);
     if (packet.payload_unit_start_indicator) {
         count_pes(context.stream_table, slot);
-        // A PES packet of unknown length ends here, or one was cut short.
-        if (stream.length > 0) {
-            stream.bytes_total += stream.length;
-            note_unchecked(context, stream);
-            status |= flush_pes(stream, context.stream_table);
-        }
-        state = start_pes(stream, packet.payload, context.psi.programs, context.packets_read, status);
-    } else {
-        state = continue_pes(stream, packet.payload);
+        drop_open_header(stream);
+        if (stream.length > 0) status |= end_open_pes(context, stream);
+        start_pes(stream);
     }
-    if (state == PesState::COMPLETE) status |= handle_complete_pes(context, stream);
-    if (state == PesState::CUT_SHORT) status |= flush_pes(stream, context.stream_table);
+    switch (collect_pes(stream, packet.payload, context.packets_read, status)) {
+        case PesState::OPEN:
+            break;
+        case PesState::COMPLETE:
+            status |= handle_complete_pes(context, stream);
+            break;
+        case PesState::CUT_SHORT:
+            status |= flush_pes(stream, context.stream_table);
+            break;
+    }
     return status;
 }
 
@@ -118,32 +125,44 @@ int handle_packet(TsDemuxContext& context, std::span<const uint8_t> bytes) {
     return handle_section(context, route.kind, packet);
 }
 
+// The registered streams, audio first.
+template <class Use>
+void for_each_stream(TsDemuxContext& context, Use use) {
+    for (size_t slot = 0; slot < context.stream_table.audio_count; ++slot) use(context.pes[slot]);
+    if (context.video_pid) use(context.pes[TS_VIDEO_SLOT]);
+}
+
 int flush_all(TsDemuxContext& context) {
     int status = 0;
-    for (size_t slot = 0; slot < context.stream_table.audio_count; ++slot) {
-        note_unchecked(context, context.pes[slot]);
-        status |= flush_pes(context.pes[slot], context.stream_table);
-    }
-    if (context.video_pid) status |= flush_pes(context.pes[TS_VIDEO_SLOT], context.stream_table);
+    for_each_stream(context, [&](PesStream& stream) {
+        drop_open_header(stream);
+        status |= end_open_pes(context, stream);
+    });
     return status;
+}
+
+void report_tail(const FileReader& reader, size_t size) {
+    if (size > 0 && !reader.read_error)
+        report_reason(ReasonEffect::UNVALIDATED, "reason-ts-partial-packet", reader.path,
+                      "the last %zu bytes are not a whole packet: not read", size);
 }
 
 // One bad packet is tolerated, two in a row end the segment: nothing searches for a later sync byte.
 int run_packet_loop(TsDemuxContext& context, FileReader& reader) {
+    const PlaceScope scope;
     std::array<uint8_t, TS_PACKET_SIZE> scratch;
     int status = 0;
     bool in_sync = false;
     while (true) {
+        current_place.offset = static_cast<int64_t>(reader.position);
         const auto bytes = reader_view(reader, TS_PACKET_SIZE, scratch);
         const bool whole = bytes.size() == TS_PACKET_SIZE;
         const bool has_sync = whole && bytes[0] == TS_SYNC_BYTE;
-        if (!in_sync && !has_sync) {
-            std::printf("ERROR: Lost sync, or did not find sync frame where expected.\n");
-            return status | TS_LOST_SYNC_OR_SECOND_VIDEO;
-        }
+        if (!in_sync && !has_sync)
+            return status | fail(TS_LOST_SYNC_OR_SECOND_VIDEO, "ts-lost-sync",
+                                 "ERROR: Lost sync, or did not find sync frame where expected.\n");
         if (!whole) {
-            if (!bytes.empty() && !reader.read_error)
-                report_reason(reader.path, "the last %zu bytes are not a whole packet: not read", bytes.size());
+            report_tail(reader, bytes.size());
             break;
         }
         ++context.packets_read;
@@ -153,47 +172,69 @@ int run_packet_loop(TsDemuxContext& context, FileReader& reader) {
     return status | flush_all(context);
 }
 
+// Everything that the checks of a stream have passed over. The reasons have the place where it happened first.
 void report_losses(const std::string& path, const PesStream& stream, uint32_t early_units) {
+    using enum ReasonEffect;
     const PesLosses& losses = stream.losses;
+    const PlaceScope scope;
+    current_place.stream = stream.pid;
     if (early_units > 0)
-        report_reason(path, "PID %u: %" PRIu32 " PES packets in front of the program tables: not read", stream.pid,
+        report_reason(UNVALIDATED, "reason-ts-early-pes", path,
+                      "PID %u: %" PRIu32 " PES packets in front of the program tables: not read", stream.pid,
                       early_units);
-    if (losses.bytes > 0)
-        report_reason(
-            path, "PID %u: %" PRIu64 " bytes are in no PES packet, or behind the %u bytes that one may hold: not read",
-            stream.pid, losses.bytes, PES_MAX_PAYLOAD);
-    if (losses.short_lengths > 0)
-        report_reason(path, "PID %u: %" PRIu32 " PES packets have a length that ends inside their header: not read",
-                      stream.pid, losses.short_lengths);
-    if (losses.unchecked_packets > 0)
-        report_reason(path,
-                      "PID %u: %" PRIu32
-                      " audio PES packets are cut short, have no length or are not of stream_id "
-                      "0xBD: not checked",
-                      stream.pid, losses.unchecked_packets);
+    current_place.offset = losses.scrambled_packets.offset;
+    if (losses.scrambled_packets.count > 0)
+        report_reason(UNVALIDATED, "reason-ts-scrambled", path,
+                      "PID %u: scrambled: its content is not validated, and findings about it may be wrong",
+                      stream.pid);
+    current_place.offset = losses.bytes.offset;
+    if (losses.bytes.count > 0)
+        report_reason(UNVALIDATED, "reason-ts-bytes-outside-pes", path,
+                      "PID %u: %" PRIu64
+                      " bytes are in no PES packet, or behind the %u bytes that one may hold: not read",
+                      stream.pid, losses.bytes.count, PES_MAX_PAYLOAD);
+    current_place.offset = losses.cut_headers.offset;
+    if (losses.cut_headers.count > 0)
+        report_reason(UNVALIDATED, "reason-ts-pes-header-incomplete", path,
+                      "PID %u: %" PRIu64 " PES packets end inside their header: not read", stream.pid,
+                      losses.cut_headers.count);
+    current_place.offset = losses.short_lengths.offset;
+    if (losses.short_lengths.count > 0)
+        report_reason(UNVALIDATED, "reason-ts-pes-length", path,
+                      "PID %u: %" PRIu64 " PES packets have a length that ends inside their header: not read",
+                      stream.pid, losses.short_lengths.count);
+    current_place.offset = losses.unchecked_packets.offset;
+    if (losses.unchecked_packets.count > 0)
+        report_reason(UNVALIDATED, "reason-ts-pes-not-checked", path,
+                      "PID %u: %" PRIu64
+                      " audio PES packets are cut short, have no length or are not of stream_id 0xBD: not checked",
+                      stream.pid, losses.unchecked_packets.count);
 }
 
 // What a segment without a finding holds and nobody has looked at.
-void report_unread(const TsDemuxContext& context, int status) {
+void report_unread(TsDemuxContext& context, int status) {
+    using enum ReasonEffect;
     const std::string& path = context.psi.path;
-    const auto report_slot = [&](size_t slot) {
-        const PesStream& stream = context.pes[slot];
-        report_losses(path, stream, context.routes[stream.pid].early_units);
-    };
-    for (size_t slot = 0; slot < context.stream_table.audio_count; ++slot) report_slot(slot);
-    if (context.video_pid) report_slot(TS_VIDEO_SLOT);
+    for_each_stream(
+        context, [&](const PesStream& stream) { report_losses(path, stream, context.routes[stream.pid].early_units); });
     if (status != 0 || context.stream_table.audio_count > 0 || context.video_pid) return;
     if (context.psi.pat.entries.empty())
-        report_reason(path, "no program association table lists a program: nothing is checked");
+        report_reason(UNVALIDATED, "reason-ts-no-program", path,
+                      "no program association table lists a program: nothing is checked");
     else if (context.psi.programs.empty())
-        report_reason(path, "no program map table is complete: nothing is checked");
+        report_reason(UNVALIDATED, "reason-ts-no-program-map", path,
+                      "no program map table is complete: nothing is checked");
     else
-        report_reason(path, "no stream of the program is followed: beyond its tables nothing is checked");
+        report_reason(UNVALIDATED, "reason-ts-no-stream", path,
+                      "no stream of the program is followed: beyond its tables nothing is checked");
 }
 
 int report_read_error(const FileReader& reader) {
     if (!reader.read_error) return 0;
-    report_reason(reader.path, "read error at byte %" PRIu64, reader.error_offset);
+    const PlaceScope scope;
+    current_place.offset = static_cast<int64_t>(reader.error_offset);
+    report_reason(ReasonEffect::FAILS_UNVALIDATED, "reason-ts-read-error", reader.path, "read error at byte %" PRIu64,
+                  reader.error_offset);
     return TS_CHECK_FAILED;
 }
 
@@ -202,10 +243,29 @@ void fill_timing(const TsStreamTable& table, TsSegmentTiming& timing) {
     for (size_t i = 0; i < table.audio_count; ++i)
         timing.streams[i] = {table.audio[i].stream_type, table.audio[i].first_pts, table.audio[i].end_pts};
     if (table.video_pes_count <= 1) return;
-    // The mean distance of the pictures behind the last one.
+    // The mean distance of the pictures after the last one.
     const int64_t span = table.video_last_pts - table.video_first_pts;
     timing.video_end_pts = table.video_last_pts + span / (int64_t{table.video_pes_count} - 1);
     timing.video_first_pts = table.video_first_pts;
+}
+
+void record_streams(TsDemuxContext& context) {
+    if (current_recorder() == nullptr) return;
+    for_each_stream(context, [&](const PesStream& stream) {
+        StreamFacts facts = {.id = stream.pid, .codec = stream.codec};
+        facts.first_time = stream.first_time;
+        facts.last_time = stream.last_time;
+        facts.units = context.stream_table.video_pes_count;
+        facts.payload_bytes = stream.payload_bytes;
+        if (const TsAudioStream* audio = stream.audio) {
+            facts.units = audio->audio_pes_count;
+            facts.channels = audio->channels;
+            facts.data_rate_kbps = audio->data_rate_kbps;
+            if (audio->frame_ticks > 0 && stream.last_time != NO_TIME)
+                facts.end_time = stream.last_time + int64_t{audio->frames_in_pes} * audio->frame_ticks;
+        }
+        record_stream(facts);
+    });
 }
 
 int close_outputs(TsDemuxContext& context) {
@@ -232,6 +292,7 @@ int ts_process_segment(FileReader& reader, const std::optional<std::string>& out
     status |= report_read_error(reader);
     report_unread(*context, status);
     if (status == 0 && timing != nullptr) fill_timing(context->stream_table, *timing);
+    record_streams(*context);
     status |= close_outputs(*context);
     reader_close(reader);
     return status;

@@ -93,6 +93,9 @@ struct ZtpStreamSummary {
     std::array<ZtpProgramSummary, ZTP_MAX_PROGRAMS> programs;  // by program number
 };
 
+// Channels of a program: those of its independent substream and the locations that dependent ones add, LFE included.
+uint32_t ztpinfo_channel_count(const ZtpProgramSummary& program);
+
 // One per analysed stream, for the life of that stream.
 struct ZtpInfoContext;
 

@@ -222,15 +222,13 @@ lone 'a PES packet that ends in its header' PASSED 'PID 257: 1 PES packets have 
     "$one$(pmt "$(stream 0f 257)")$(pes 257 c0 '' 3)"
 lone 'audio without a length' PASSED 'PID 257: 1 audio PES packets are cut short, have no length or are not of stream_id 0xBD: not checked' \
     "$one$(pmt "$(stream 87 257 cc03804400)")$(pes 257 bd 0b77 0)"
-lone 'eleven audio streams' FAILED 'more than 10 audio streams; PID 310 is not followed' \
+lone 'eleven audio streams' PASSED 'more than 10 audio streams; PID 310 is not followed' \
     "$one$(pmt "$(for i in {300..310}; do stream 0f "$i"; done | tr -d '\n')")"
-lone 'a hundred and one streams' FAILED 'more than 100 streams in program 1; the others are not followed' "$one$(long_pmt "$(repeat "$(stream 0f 257)" 101)")"
-lone 'eleven descriptors' FAILED 'more than 10 descriptors for PID 257; the others are not read' \
-    "$one$(pmt "$(stream 0f 257 "$(repeat 0a00 11)")")"
-lone 'eleven programs' FAILED 'more than 10 programs; the one with PMT PID 310 is not followed' \
-    "$(pat $(for i in {300..310}; do echo "$i $i"; done))$(for i in {300..310}; do pmt '' "$i"; done)"
-lone 'tables on many PIDs' FAILED 'more than 20 PIDs carry program tables; PID 319 is not followed' \
-    "$(pat $(for i in {300..319}; do echo "$i $i"; done))$(for i in {300..319}; do packet "$i" 1 0002b000; done)"
+lone 'a PES packet without the end of its header' PASSED 'PID 257: 1 PES packets end inside their header: not read' \
+    "$one$(pmt "$(stream 0f 257)")$(packet 257 1 000001c0)"
+scrambled=$(pes 257 c0 ffff)
+lone 'a scrambled packet' PASSED 'PID 257: scrambled: its content is not validated, and findings about it may be wrong' \
+    "$one$(pmt "$(stream 0f 257)")${scrambled:0:6}b${scrambled:7}"
 # These have a message of their own behind them, which does not say what is wrong.
 ac4 ac400000 >a.ts
 expect 'an empty AC-4 frame' FAILED 0 'quorlin: a.ts: PID 257: AC-4 frame 1 of a PES has the size 0' quorlin -i a.ts

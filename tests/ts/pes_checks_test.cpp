@@ -117,16 +117,19 @@ const Ac4Case AC4_CASES[] = {
     {"no i-frame behind the first frame", SYNC + SIZE + F + SYNC + SIZE + NO_IFRAME, nullptr, 1},
 };
 
-ProgramRecord program(uint8_t stream_type, std::initializer_list<uint32_t> tags) {
-    ProgramRecord record;
-    record.streams.push_back(
-        {.stream_type = stream_type, .elementary_PID = PID, .ES_info_length = 0, .descriptors = {}});
-    for (uint32_t tag : tags) record.streams[0].descriptors.push_back({.tag = tag});
+const Bytes EMPTY_EAC3 = ts_descriptor(0xCC, {});
+
+EsRecord listed(uint8_t stream_type, std::initializer_list<uint32_t> tags) {
+    EsRecord record;
+    record.stream_type = stream_type;
+    for (uint32_t tag : tags) record.descriptors.push_back({.tag = tag, .raw = EMPTY_EAC3});
     return record;
 }
 
-int check_pes(TsStreamTable& table, std::span<const uint8_t> payload, const std::vector<ProgramRecord>& programs,
+int check_pes(TsStreamTable& table, std::span<const uint8_t> payload, const std::vector<EsRecord>& records,
               const char* codecs) {
+    ListedStream stream;
+    for (const EsRecord& record : records) stream.records.push_back(&record);
     PlaylistAttributes attrs;
     if (codecs != nullptr) attrs.codecs = codecs;
     table.path = "a.ts";
@@ -135,13 +138,13 @@ int check_pes(TsStreamTable& table, std::span<const uint8_t> payload, const std:
     table.audio[1].pid = PID;
     // Exactly the payload, so that a byte read too far is caught.
     const Bytes block(payload.begin(), payload.end());
-    return check_audio_pes({table.audio[1], block}, programs, table, codecs != nullptr ? &attrs : nullptr);
+    return check_audio_pes({table.audio[1], block}, stream, table, codecs != nullptr ? &attrs : nullptr);
 }
 
 int check_ac4(const Ac4Case& c, size_t size) {
     TsStreamTable table;
     table.audio[0].audio_pes_count = c.audio_pes_count;  // of another stream
-    const int status = check_pes(table, std::span(c.payload).first(size), {program(0x06, {0x0A, 0x7F})}, c.codecs);
+    const int status = check_pes(table, std::span(c.payload).first(size), {listed(0x06, {0x0A, 0x7F})}, c.codecs);
     std::printf("frames: %u, ticks: %u\n", table.audio[1].frames_in_pes, table.audio[1].frame_ticks);
     return status;
 }
@@ -160,15 +163,15 @@ TEST(PesChecks, Ac4FramesWholeAndCutAnywhere) {
 }
 
 TEST(PesChecks, TheDescriptorsChooseTheCheck) {
-    const std::pair<const char*, std::vector<ProgramRecord>> cases[] = {
+    const std::pair<const char*, std::vector<EsRecord>> cases[] = {
         {"no program", {}},
-        {"0x81: none", {program(0x81, {0xCC})}},
-        {"0x06: other tags", {program(0x06, {0xCC, 0x6A})}},
-        {"0x87: other tag", {program(0x87, {0x7A})}},
-        {"0x87: eac3 behind ac4", {program(0x87, {0x7F, 0xCC})}},
-        {"0x06: eac3 first", {program(0x06, {0x7A, 0x7F})}},
-        {"0x06: ac4 first", {program(0x06, {0x7F, 0x7A})}},
-        {"two programs", {program(0x06, {0x7A}), program(0x06, {0x7F})}},
+        {"0x81: none", {listed(0x81, {0xCC})}},
+        {"0x06: other tags", {listed(0x06, {0xCC, 0x6A})}},
+        {"0x87: other tag", {listed(0x87, {0x7A})}},
+        {"0x87: eac3 behind ac4", {listed(0x87, {0x7F, 0xCC})}},
+        {"0x06: eac3 first", {listed(0x06, {0x7A, 0x7F})}},
+        {"0x06: ac4 first", {listed(0x06, {0x7F, 0x7A})}},
+        {"two programs", {listed(0x06, {0x7A}), listed(0x06, {0x7F})}},
     };
     std::string transcript;
     for (const auto& c : cases) {
@@ -176,8 +179,8 @@ TEST(PesChecks, TheDescriptorsChooseTheCheck) {
         transcript += transcript_entry(c.first, [&] { return check_pes(table, Bytes(64, 0), c.second, nullptr); });
     }
     TsStreamTable table;
-    transcript += transcript_entry("0x87: no access unit",
-                                   [&] { return check_pes(table, {}, {program(0x87, {0xCC})}, nullptr); });
+    transcript +=
+        transcript_entry("0x87: no access unit", [&] { return check_pes(table, {}, {listed(0x87, {0xCC})}, nullptr); });
     expect_golden("golden/chosen_checks.txt", transcript);
 }
 

@@ -21,18 +21,20 @@ std::string log_of(bool is_video, const std::vector<Stamp>& stamps) {
     size_t size = 0;
     File log(open_memstream(&log_text, &size));
     TsAudioStream audio;
+    const ListedStream listed;
     PesStream stream;
+    stream.listed = &listed;
     stream.audio = is_video ? nullptr : &audio;
-    stream.timestamp_log = log.get();
+    stream.log = {.file = log.get(), .starts_at_dts = is_video};
     TsStreamTable table;
     int64_t packets_read = 0;
     std::string text;
     for (const Stamp& stamp : stamps) {
         const Bytes packet = pes_packet({.stream_id = 0xC0, .pts = stamp.pts, .dts = stamp.dts, .payload = Bytes(100)});
         int status = 0;
-        text +=
-            printed_by([&] { EXPECT_EQ(start_pes(stream, packet, {}, ++packets_read, status), PesState::COMPLETE); });
-        text += "PTS " + std::to_string(stream.pts) + ": " + std::to_string(status) + "\n";
+        start_pes(stream);
+        text += printed_by([&] { EXPECT_EQ(collect_pes(stream, packet, ++packets_read, status), PesState::COMPLETE); });
+        text += "PTS " + std::to_string(stream.times.pts) + ": " + std::to_string(status) + "\n";
         EXPECT_EQ(flush_pes(stream, table), 0);
     }
     log.reset();

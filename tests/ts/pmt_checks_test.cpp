@@ -3,59 +3,55 @@
 #include <gtest/gtest.h>
 
 #include "support/golden.h"
+#include "support/ts_writer.h"
 
 namespace {
 
-using Descriptors = std::vector<StreamDescriptor>;
-
-StreamDescriptor eac3(uint32_t tag, uint8_t extension = 0) {
-    StreamDescriptor descriptor{.tag = tag, .length = 3};
-    descriptor.eac3 = {
-        .substream1 = 0x11, .substream2 = 0x12, .substream3 = 0x13, .flag_ec3_extension_type_a = extension};
-    descriptor.eac3.full_service_flag = 1;
-    descriptor.eac3.service_type = 2;
-    descriptor.eac3.number_of_channels = 5;
-    return descriptor;
+Bytes eac3(uint8_t tag, uint8_t extension = 0) {
+    return ts_descriptor(tag,
+                         {0x87, 0xD5, 0x20, 0x11, 0x12, 0x13, 'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h', 'i', extension});
 }
 
-StreamDescriptor lmra(uint8_t profile, uint8_t level, uint8_t el = 1, uint8_t version = 1, uint8_t rpu_and_bl = 1) {
-    StreamDescriptor descriptor{.tag = DESCRIPTOR_LMRA, .length = 4};
-    descriptor.lmra = {.version_major = version,
-                       .profile = profile,
-                       .level = level,
-                       .rpu_present_flag = rpu_and_bl,
-                       .el_present_flag = el,
-                       .bl_present_flag = rpu_and_bl};
-    return descriptor;
+Bytes lmra(uint8_t profile, uint8_t level, uint8_t el = 1, uint8_t version = 1, uint8_t rpu_and_bl = 1) {
+    const int flags = rpu_and_bl * 5 + el * 2;
+    return ts_descriptor(DESCRIPTOR_LMRA, {version, 0, static_cast<uint8_t>(profile << 1 | level >> 5),
+                                           static_cast<uint8_t>(level << 3 | flags)});
 }
 
-StreamDescriptor registration(const std::string& text) {
-    StreamDescriptor descriptor{.tag = DESCRIPTOR_REGISTRATION, .length = static_cast<uint32_t>(text.size())};
-    descriptor.raw = {0x05, static_cast<uint8_t>(text.size())};
-    for (const char c : text) descriptor.raw.push_back(static_cast<uint8_t>(c));
-    return descriptor;
+Bytes registration(const std::string& text) {
+    return ts_descriptor(DESCRIPTOR_REGISTRATION, {text.begin(), text.end()});
 }
 
-EsRecord es(uint8_t stream_type, Descriptors descriptors = {}) {
-    return {.stream_type = stream_type,
-            .elementary_PID = 0x101,
-            .ES_info_length = 0,
-            .descriptors = std::move(descriptors)};
+struct Stream {
+    uint8_t stream_type;
+    std::vector<Bytes> descriptors;
+};
+
+Stream es(uint8_t stream_type, std::vector<Bytes> descriptors = {}) {
+    return {stream_type, std::move(descriptors)};
+}
+
+EsRecord record(const Stream& stream) {
+    EsRecord es;
+    es.stream_type = stream.stream_type;
+    for (const Bytes& bytes : stream.descriptors)
+        es.descriptors.push_back({.tag = bytes[0], .length = bytes[1], .raw = bytes});
+    return es;
 }
 
 struct PmtCase {
     const char* name;
-    std::vector<EsRecord> streams;
+    std::vector<Stream> streams;
     const char* codecs;  // null: no playlist
     std::optional<std::array<uint32_t, 4>> programs = {};
     bool audio_in_media_group = false;
 };
 
-const StreamDescriptor CC = eac3(0xCC);
-const StreamDescriptor DVB = eac3(0x7A);
-const StreamDescriptor OBJECTS = eac3(0x7A, 1);
-const StreamDescriptor REGISTRATION = registration("LMRA");
-const StreamDescriptor AC4{.tag = 0x7F};
+const Bytes CC = eac3(0xCC);
+const Bytes DVB = eac3(0x7A);
+const Bytes OBJECTS = eac3(0x7A, 1);
+const Bytes REGISTRATION = registration("LMRA");
+const Bytes AC4 = ts_descriptor(0x7F, {0x15, 0});
 const std::array<uint32_t, 4> MATCHING = {0x55, 0x11, 0x12, 0x13};
 const std::array<uint32_t, 4> OTHER = {0x56, 0x112, 0x13, 0x12};
 
@@ -113,7 +109,7 @@ TEST(PmtChecks, Findings) {
         attrs.programs = c.programs;
         attrs.audio_in_media_group = c.audio_in_media_group;
         ProgramRecord program;
-        program.streams = c.streams;
+        for (const Stream& stream : c.streams) program.streams.push_back(record(stream));
         transcript += transcript_entry(
             c.name, [&] { return check_pmt_against_playlist(program, c.codecs != nullptr ? &attrs : nullptr); });
     }
