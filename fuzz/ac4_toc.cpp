@@ -1,4 +1,4 @@
-// An AC-4 raw frame: its table of contents at a byte boundary and inside a byte, into one record.
+// An AC-4 raw frame: its table of contents at a byte boundary and inside a byte, into one record; and its head.
 #include <cstdint>
 #include <cstdlib>
 
@@ -28,12 +28,16 @@ void read_all(const ac4_toc& toc) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     ac4_toc toc;
+    bool whole = false;
     for (const uint32_t start : {0u, 0u, 3u}) {
         uint32_t position = start;
         if (ac4_toc_parse({data, size}, position, toc) != 0) continue;
         if (position > 8 * size || (position - start) % 8 != 0) std::abort();
         if (toc.presentations_v0.size() + toc.presentations_v1.size() != toc.n_presentations) std::abort();
         read_all(toc);
+        whole = whole || start == 0;
     }
+    const bool head = ac4_toc_parse_head({data, size}, toc) == 0;
+    if ((whole && !head) || (head && ac4_toc_codec_string(toc).size() != 13)) std::abort();
     return 0;
 }

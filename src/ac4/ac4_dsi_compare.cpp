@@ -90,12 +90,11 @@ int compare_version_1_entry(const Ac4DsiPresentation& entry, size_t index, const
             "[SV]   : ERROR: bitstream_version should be bigger than 1 while version of presentation %zu is 1.\n",
             index);
     }
-    if (!entry.v1) {
-        return fail(1, "ac4-dsi-empty", "[SV]   : ERROR: dsi of presentation version 1 is empty.\n");
-    }
-    if (toc_index >= toc.presentations_v1.size()) {
-        return fail(1, "ac4-dsi-beyond-toc", "[SV]   : ERROR: toc of presentation version 1 is empty.\n");
-    }
+    int status = 0;
+    if (!entry.v1) status |= fail(1, "ac4-dsi-empty", "[SV]   : ERROR: dsi of presentation version 1 is empty.\n");
+    if (toc_index >= toc.presentations_v1.size())
+        status |= fail(1, "ac4-dsi-beyond-toc", "[SV]   : ERROR: toc of presentation version 1 is empty.\n");
+    if (status != 0) return status;
     return compare_presentation_v1(index, entry, toc.presentations_v1[toc_index], toc);
 }
 
