@@ -228,7 +228,7 @@ Ac4DsiStop read_presentation(BitReader& reader, uint8_t bitstream_version, Ac4Ds
 
 }  // namespace
 
-void read_dac4(std::span<const uint8_t> payload, Ac4Dsi& dsi) {
+void ac4_dsi_parse(std::span<const uint8_t> payload, Ac4Dsi& dsi) {
     dsi = {};
     BitReader reader{.bytes = payload};
     dsi.ac4_dsi_version = read_u8(reader, 3);

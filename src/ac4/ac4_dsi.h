@@ -142,9 +142,9 @@ struct Ac4Dsi {
     uint32_t position_bits = 0;  // where it stopped
 };
 
-// Reads a dac4 payload into `dsi` without printing anything; dsi.stop says how it ended. Never reads past the payload
+// Parses a dac4 payload into `dsi` without printing anything; dsi.stop says how it ended. Never reads past the payload
 // (bits after it are zero).
-void read_dac4(std::span<const uint8_t> payload, Ac4Dsi& dsi);
+void ac4_dsi_parse(std::span<const uint8_t> payload, Ac4Dsi& dsi);
 
 // The RFC 6381 codec string: "ac-4.", bitstream_version, then presentation_version and mdcompat of the first
 // presentation (0 when there is none), two hex digits each.

@@ -76,7 +76,7 @@ void check_sample_entry(const Ac4Dsi& dsi, uint32_t sample_size, uint32_t sample
 
 int parse_dac4(std::span<const uint8_t> payload, uint32_t media_timescale, uint32_t sample_size, uint32_t sample_rate,
                uint32_t channel_count, Ac4Dsi& dsi) {
-    read_dac4(payload, dsi);
+    ac4_dsi_parse(payload, dsi);
     if (!timescale_matches(dsi, media_timescale)) {
         note("ac4-dac4-timescale",
              "[SV]   : ERROR: The timescale parameter in the Media Header Box mismatches the media time scale which "

@@ -142,6 +142,27 @@ void parse_substream_info_ajoc(Ac4TocParser& parser, const ac4_substream_group_i
     parse_rates_and_index(parser, group, substream);
 }
 
+// The bed of ac4_substream_info_obj.
+void skip_bed(BitReader& reader) {
+    if (!read_flag(reader)) return;  // b_bed_start
+    if (read_flag(reader)) {         // b_ch_assign_code
+        skip_bits(reader, 3);        // bed_chan_assign_code
+    } else {
+        read_bed_mask_channels(reader);
+    }
+}
+
+// What stands in ac4_substream_info_obj for objects that are neither dynamic nor a bed. Returns b_isf.
+uint8_t skip_isf_or_reserved(BitReader& reader) {
+    const uint8_t b_isf = read_u8(reader, 1);
+    if (b_isf != 0) {
+        if (read_flag(reader)) skip_bits(reader, 3);  // b_isf_start, isf_config
+    } else {
+        skip_bits(reader, 8 * read_u32(reader, 4));  // res_bytes
+    }
+    return b_isf;
+}
+
 // ETSI TS 103 190-2, ac4_substream_info_obj.
 void parse_substream_info_obj(Ac4TocParser& parser, const ac4_substream_group_info& group,
                               ac4_group_substream& substream) {
@@ -153,21 +174,9 @@ void parse_substream_info_obj(Ac4TocParser& parser, const ac4_substream_group_in
     } else {
         substream.b_substream_contains_bed_objects = read_u8(reader, 1);  // b_bed_objects
         if (substream.b_substream_contains_bed_objects != 0) {
-            if (read_flag(reader)) {       // b_bed_start
-                if (read_flag(reader)) {   // b_ch_assign_code
-                    skip_bits(reader, 3);  // bed_chan_assign_code
-                } else {
-                    read_bed_mask_channels(reader);
-                }
-            }
+            skip_bed(reader);
         } else {
-            substream.b_substream_contains_ISF_objects = read_u8(reader, 1);  // b_isf
-            if (substream.b_substream_contains_ISF_objects != 0) {
-                if (read_flag(reader)) skip_bits(reader, 3);  // b_isf_start, isf_config
-            } else {
-                const uint32_t res_bytes = read_u32(reader, 4);
-                skip_bits(reader, 8 * res_bytes);
-            }
+            substream.b_substream_contains_ISF_objects = skip_isf_or_reserved(reader);
         }
     }
     parse_rates_and_index(parser, group, substream);

@@ -45,8 +45,7 @@ void parse_presentations(Ac4TocParser& parser) {
 
 void parse_program_id(Ac4TocParser& parser) {
     ac4_toc& toc = parser.toc;
-    toc.b_program_id = read_u8(parser.reader, 1);
-    if (toc.b_program_id == 0) return;
+    if (!read_flag(parser.reader)) return;  // b_program_id
     toc.short_program_id = read_u16(parser.reader);
     toc.b_program_uuid_present = read_u8(parser.reader, 1);
     if (toc.b_program_uuid_present == 0) return;

@@ -164,7 +164,6 @@ struct ac4_toc {
     uint8_t b_single_presentation = 0;
     uint32_t n_presentations = 0;
     uint16_t short_program_id = 0;
-    uint8_t b_program_id = 0;
     uint8_t b_program_uuid_present = 0;
     std::array<uint16_t, 8> program_uuid{};
     std::vector<ac4_presentation_info> presentations_v0;     // bitstream_version 0 and 1

@@ -207,7 +207,7 @@ int check_audio_sample(TrackRecord& track, std::span<const uint8_t> sample, bool
 
 void report_uncompared_presentations(const TrackRecord& track, const std::string& path) {
     Ac4Dsi dsi;
-    if (track.config) read_dac4(*track.config, dsi);
+    if (track.config) ac4_dsi_parse(*track.config, dsi);
     for (size_t i = 0; i < dsi.presentations.size(); ++i) {
         const uint32_t version = dsi.presentations[i].presentation_version;
         if (version <= AC4_DSI_NEWEST_VERSION) continue;

@@ -65,7 +65,7 @@ int check_ac4_entry(const TrackRecord& track, const std::string& codecs, const s
         status = SEGMENT_FINDING;
     }
     Ac4Dsi dsi;
-    if (track.config) read_dac4(*track.config, dsi);
+    if (track.config) ac4_dsi_parse(*track.config, dsi);
     if (!codecs_lie_within(codecs, ac4_dsi_codec_string(dsi))) {
         status |= fail(
             SEGMENT_FINDING, "mp4-codecs-ac4",

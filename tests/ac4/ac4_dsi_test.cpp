@@ -37,7 +37,7 @@ int compare(const Ac4Dsi& dsi, const std::string& toc_text) {
 int parse_and_compare(const std::string& dsi_text, const std::string& toc_text) {
     const std::vector<uint8_t> payload = write_fields(dsi_text);
     Ac4Dsi dsi;
-    read_dac4(payload, dsi);
+    ac4_dsi_parse(payload, dsi);
     EXPECT_EQ(parse(payload,
                     {.timescale = dsi.frame_rate_index == 11 ? 240000u : 48000u,
                      .sample_rate = dsi.fs_index == 0 ? 44100u : 48000u,
@@ -52,7 +52,7 @@ TEST(Ac4Dsi, MatchingPairsAreClean) {
     for (const Ac4Sample& sample : ac4_samples())
         report += transcript_entry(sample.name, [&] {
             Ac4Dsi dsi;
-            read_dac4(write_fields(sample.dsi), dsi);
+            ac4_dsi_parse(write_fields(sample.dsi), dsi);
             std::printf("%s, %u channels\n", ac4_dsi_codec_string(dsi).c_str(), ac4_dsi_channel_count(dsi));
             return parse_and_compare(sample.dsi, sample.toc);
         });
@@ -148,7 +148,7 @@ TEST(Ac4Dsi, EveryPrefixStopsWithAFinding) {
 
 TEST(Ac4Dsi, PresentationsThatDoNotMeet) {
     Ac4Dsi dsi;
-    read_dac4(write_fields(ac4_sample("immersive").dsi), dsi);
+    ac4_dsi_parse(write_fields(ac4_sample("immersive").dsi), dsi);
     ac4_toc empty;
     empty.bitstream_version = 2;
     empty.frame_rate_index = dsi.frame_rate_index = 3;
