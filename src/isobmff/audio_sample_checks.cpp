@@ -8,12 +8,10 @@
 #include "ac4/ac4_toc.h"
 #include "bits/finding.h"
 #include "bits/place.h"
-#include "bits/report.h"
 #include "isobmff/codec_configuration.h"
 #include "ztpinfo/ztpinfo.h"
 
 namespace {
-
 
 int compare_substream_counts(const Ec3Configuration& ec3, const ZtpStreamSummary& summary, uint32_t common) {
     int status = 0;
@@ -203,16 +201,4 @@ bool is_analyzed_audio(const TrackRecord& track) {
 int check_audio_sample(TrackRecord& track, std::span<const uint8_t> sample, bool first) {
     if (track.codec_kind == CODEC_AC4) return first ? check_first_ac4_sample(track, sample) : 0;
     return check_ec3_sample(track, sample, first);
-}
-
-void report_uncompared_presentations(const TrackRecord& track, const std::string& path) {
-    Ac4Dsi dsi;
-    if (track.config) ac4_dsi_parse(*track.config, dsi);
-    for (size_t i = 0; i < dsi.presentations.size(); ++i) {
-        const uint32_t version = dsi.presentations[i].presentation_version;
-        if (version <= AC4_DSI_NEWEST_VERSION) continue;
-        report_reason(ReasonEffect::UNVALIDATED, "reason-mp4-dac4-version", path,
-                      "track %d: presentation %zu of dac4 has the version %u: it is not compared with the samples",
-                      static_cast<int32_t>(track.track_ID), i, version);
-    }
 }

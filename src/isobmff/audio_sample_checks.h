@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <span>
-#include <string>
 
 #include "isobmff/media_context.h"
 
@@ -12,6 +11,3 @@ bool is_analyzed_audio(const TrackRecord& track);
 // Hands a sample to the analyzer of its format; `first` marks the track's first sample of the segment, which is
 // compared with the sample description. Returns 0, or 11 with findings.
 [[nodiscard]] int check_audio_sample(TrackRecord& track, std::span<const uint8_t> sample, bool first);
-
-// Says which presentations of an AC-4 track's dac4 box are of a version that is not compared with the samples.
-void report_uncompared_presentations(const TrackRecord& track, const std::string& path);

@@ -160,7 +160,7 @@ struct TrackOutput {
     OutputFile file;
     bool opened = false;
     bool parameter_sets_written = false;
-    bool unchecked_reported = false;  // that its samples are not checked
+    bool unvalidated_reported = false;  // what of its samples is not validated
     ZtpInfoPtr analyzer;
 };
 
@@ -207,7 +207,7 @@ struct TrackRecord {
     // Sample entry.
     std::array<char, 5> format{};  // its four-character code; of a protected one that of the clear entry
     std::array<char, 5> scheme{};  // of its protection
-    Place entry_place;             // of its box
+    Place entry_place;             // of its box, or of the trak
     bool entry_checked = false;    // in the segment that holds it, or one after it
     uint32_t channel_count = 0;    // of the entry; dec3 replaces it by its own
     uint32_t samplerate = 0;       // integer part

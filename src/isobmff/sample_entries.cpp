@@ -128,6 +128,7 @@ int read_schm(MediaContext& context, FileReader& reader, int64_t payload_size) {
 
 // ISO/IEC 14496-12, 12.3.3: content_encoding, namespace, schema_location.
 int read_metx(MediaContext& context, FileReader& reader, int64_t payload_size) {
+    context.current_track->entry_place = current_place;
     std::array<uint8_t, METADATA_ENTRY_SIZE + METADATA_STRINGS_SIZE> payload{};
     read_payload_start(reader, payload_size, payload);
     std::string_view strings(reinterpret_cast<const char*>(payload.data()), payload.size());

@@ -2,12 +2,10 @@
 
 #include <algorithm>
 #include <cinttypes>
-#include <utility>
 
 #include "bits/place.h"
 #include "bits/recorder.h"
 #include "bits/report.h"
-#include "isobmff/audio_sample_checks.h"
 #include "isobmff/box_types.h"
 #include "isobmff/lumora_checks.h"
 #include "isobmff/media_context.h"
@@ -15,19 +13,9 @@
 #include "isobmff/sample_entry_checks.h"
 #include "isobmff/sample_extraction.h"
 #include "isobmff/track_output.h"
+#include "isobmff/unvalidated_samples.h"
 
 namespace {
-
-// Samples that go to their file without a check: said once for a track.
-void report_unchecked_samples(const MediaContext& context, TrackRecord& track, const std::string& path) {
-    if (track.samples.sample_count == 0 || context.init_refused) return;
-    if (std::exchange(track.output.unchecked_reported, true)) return;
-    if (track.codec_kind == CODEC_AC4) report_uncompared_presentations(track, path);
-    if (track.codec_kind != CODEC_UNKNOWN) return;
-    report_reason(ReasonEffect::UNVALIDATED, "reason-mp4-unchecked", path, "track %d: %s: its samples are not checked",
-                  static_cast<int32_t>(track.track_ID),
-                  track.encrypted ? "protected, of a codec not known" : "its sample entry is of no known codec");
-}
 
 // What the sample entry says, at the place of its box.
 int check_description(const MediaContext& context, TrackRecord& track, const std::string& path) {
@@ -74,7 +62,7 @@ bool validate_track(MediaContext& context, FileReader& reader, TrackRecord& trac
         status |= extract_samples(context, reader, track);
     }
     record_track(track);
-    report_unchecked_samples(context, track, reader.path);
+    report_unvalidated_samples(context, track, reader.path);
     status |= check_layers(track);
     return true;
 }

@@ -75,6 +75,7 @@ int read_trak(MediaContext& context, FileReader& reader, int64_t payload_size) {
     context.tracks.push_back(std::make_unique<TrackRecord>());
     TrackRecord& track = *context.tracks.back();
     track.made_in_walk = context.walk_number;
+    track.entry_place = current_place;
     context.current_track = &track;
     const int status = walk_container(context, reader, payload_size);
     context.current_track = nullptr;

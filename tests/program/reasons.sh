@@ -97,8 +97,11 @@ tkhd=$(box tkhd 000000000000000000000000 00000001 "$(repeat 00 8)")
 entry() {  # VISUAL_TYPE [BOXES]: a sample description of one entry
     box stsd 0000000000000001 "$(box "$1" "$(repeat 00 78)" "${2-}")"
 }
+audio_entry() {  # TYPE BOXES
+    box stsd 0000000000000001 "$(box "$1" "$(repeat 00 16)" 00020010 00000000 bb800000 "$2")"
+}
 ac4_entry() {  # DAC4_PAYLOAD
-    box stsd 0000000000000001 "$(box ac-4 "$(repeat 00 16)" 00020010 00000000 bb800000 "$(box dac4 "$1")")"
+    audio_entry ac-4 "$(box dac4 "$1")"
 }
 avc=$(entry avc1 "$(box avcC 014d001fff e0 00)")
 dac4=20a0004c000000000000000000
@@ -248,7 +251,7 @@ broken_init "box 'edts' at byte 64: the edit list has neither one nor two entrie
 broken_init "box 'edts' at byte 64: two edits are not an empty one and one from the start of the media" \
     "$(box edts "$(box elst 0000000000000002 "$(repeat 00 24)")")"
 broken_init "box 'stsd' at byte 64: it does not hold exactly one sample description" "$(box stsd 0000000000000002)"
-broken_init "box 'stsz' at byte 64: its count does not fit its size" "$(box stsz 000000000000000000000001)"
+broken_init "box 'stsz' at byte 64: it counts more entries than the file or byte range holds" "$(box stsz 000000000000000000000001)"
 broken_init "box 'uuid' at byte 64: it is too short for its extended type" "$(box uuid 00)"
 broken_init "box 'udta' at byte 552: boxes are nested too deeply" "$(i=63; b=; while ((i-- > 0)); do b=$(box udta "$b"); done; echo "$b")"
 bytes "$ftyp" "$(box moov "$(repeat "$(box trak "$tkhd")" 257)")" >init.mp4
@@ -269,10 +272,10 @@ media '#EXT-X-MAP:URI="init.mp4",BYTERANGE="x"'
 row 'a byte range of fMP4' FAILED 0 p.m3u8 'init.mp4: the byte range "x" is not a length and an offset; the segment is not read'
 init "$(entry avc1 "$(box avcC 014d001fffe100ff)")" >init.mp4
 media '#EXT-X-MAP:URI="init.mp4"'
-row 'an SPS that is too long' PASSED 0 p.m3u8 "init.mp4: box 'avcC' at byte 166: a NAL unit runs past its end: this one and those behind it are not read"
+row 'an SPS that is too long' PASSED 0 p.m3u8 "init.mp4: box 'avcC' at byte 166: a NAL unit runs past its end: this one and those after it are not read"
 init "$(entry hvc1 "$(box hvcC "$(repeat 00 22)012700""0100ff")")" >init.mp4
 media '#EXT-X-MAP:URI="init.mp4"'
-row 'an SEI that is too long' PASSED 0 p.m3u8 "init.mp4: box 'hvcC' at byte 166: a NAL unit runs past its end: this one and those behind it are not read"
+row 'an SEI that is too long' PASSED 0 p.m3u8 "init.mp4: box 'hvcC' at byte 166: a NAL unit runs past its end: this one and those after it are not read"
 init "$avc" "$(box stsz 000000000000000400000001)" >init.mp4
 media '#EXT-X-MAP:URI="init.mp4"'
 row 'samples without a chunk' PASSED 0 p.m3u8 'init.mp4: track 1: its last samples lie in no chunk: not read'
@@ -298,13 +301,19 @@ segment 'a rest behind the last NAL unit' PASSED "track 1: 1 samples end with by
 fragment 0000000165 | head -c -1 >segment.m4s
 segment 'a sample that is cut' FAILED 'track 1: the sample at byte 64 is not wholly inside the file or byte range' "$avc"
 fragment 00 >segment.m4s
-segment 'an unknown codec' PASSED 'track 1: its sample entry is of no known codec: its samples are not checked' "$(entry abcd)"
+segment 'an unknown codec' PASSED "track 1: no check knows its sample entry 'abcd': its samples are not validated" "$(entry abcd)"
+fragment 0000000165 >segment.m4s
+segment 'a protected track' PASSED 'track 1: encrypted (cenc): its content is not validated' \
+    "$(entry encv "$(box avcC 014d001fffe000)$(box sinf "$(box frma 61766331)" "$(box schm "00000000$(text cenc)00010000")")")"
+fragment 0000 >segment.m4s
+segment 'video without its configuration' PASSED "track 1: its sample entry 'avc1' has no avcC: its samples are read as if it held zeros" "$(entry avc1)"
 fragment 00 >segment.m4s
-segment 'a protected track' PASSED 'track 1: protected, of a codec not known: its samples are not checked' "$(entry encv)"
+segment 'MP3 in an mp4a entry' PASSED "track 1: 'mp4a' of object type 0x6B is not AAC: its samples are written to a file named .aac" \
+    "$(audio_entry mp4a "$(box esds 0000000003800700010004056b)")"
 bytes "$(box moof "$(box traf "$(box tfhd 0000000100000001 0000000100000000)")")" >segment.m4s
 segment 'an offset beyond 4 GiB' FAILED "box 'tfhd' at byte 16: its base data offset is 4 GiB or more" "$avc"
 bytes "$(box moof "$(box traf "$(box tfhd 0002000000000001)" "$(box trun 0000020000000009)")")" >segment.m4s
-segment 'a run that is too short' FAILED "box 'trun' at byte 32: its count does not fit its size" "$avc"
+segment 'a run that is too short' FAILED "box 'trun' at byte 32: it counts more entries than the file or byte range holds" "$avc"
 bytes "$(box moof "$(box traf "$(box tfhd 0002000000000001)" "$(box trun 00000000ffffffff)")")" >segment.m4s
 segment 'samples without end' FAILED 'the samples claim many times the data that the file holds; track 1 is not read on' "$avc"
 fragment 0000 >segment.m4s
