@@ -13,7 +13,7 @@
 #include "bits/finding.h"
 #include "bits/place.h"
 #include "isobmff/box_reader.h"
-#include "ztpinfo/ztpinfo.h"
+#include "ztpinfo/channel_locations.h"
 
 namespace {
 

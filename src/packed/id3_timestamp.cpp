@@ -2,11 +2,14 @@
 
 #include <algorithm>
 #include <array>
+#include <cinttypes>
 #include <span>
 #include <string_view>
 
 #include "bits/byte_order.h"
+#include "bits/place.h"
 #include "bits/report.h"
+#include "bits/stream_clock.h"
 
 namespace {
 
@@ -38,11 +41,32 @@ bool read_over(FileReader& reader, uint32_t count) {
     return true;
 }
 
-int malformed(const std::string& path, const FileReader& reader, const char* reason) {
+int malformed(const std::string& path, const FileReader& reader, const char* id, const char* reason) {
+    current_place.offset = static_cast<int64_t>(reader.position);
     // A failed read has a reason of its own.
     if (!reader.read_error)
-        report_reason(path, "%s (byte %llu)", reason, static_cast<unsigned long long>(reader.position));
+        report_reason(ReasonEffect::FAILS_UNVALIDATED, id, path, "%s (byte %" PRIu64 ")", reason, reader.position);
     return -1;
+}
+
+// ID3 writes its size as four times seven bits.
+uint32_t syncsafe(uint32_t size) {
+    return (size >> 24 & 127) << 21 | (size >> 16 & 127) << 14 | (size >> 8 & 127) << 7 | (size & 127);
+}
+
+// The usual tag is shorter than 128 bytes, where both ways to read its size agree.
+void remark_size(const std::string& path, uint32_t size) {
+    if (size == syncsafe(size)) return;
+    report_reason(ReasonEffect::REMARK, "reason-packed-id3-size", path,
+                  "the size of the ID3 tag is read as the plain number %" PRIu32
+                  "; as four times seven bits it is %" PRIu32,
+                  size, syncsafe(size));
+}
+
+void remark_timestamp(const std::string& path, int64_t timestamp) {
+    if (timestamp >= 0 && timestamp < CLOCK_WRAP) return;
+    report_reason(ReasonEffect::REMARK, "reason-packed-id3-33-bits", path,
+                  "the time stamp of the ID3 tag has more than 33 bits: the upper ones are to be 0");
 }
 
 }  // namespace
@@ -50,16 +74,21 @@ int malformed(const std::string& path, const FileReader& reader, const char* rea
 int read_id3_timestamp(FileReader& reader, const std::string& path, int64_t& timestamp) {
     std::array<uint8_t, ID3_HEADER_SIZE> header = {};
     if (reader_read(header.data(), ID3_HEADER_SIZE, reader) < ID3_HEADER_SIZE || !has_text(header, 0, "ID3"))
-        return malformed(path, reader, "no ID3 tag at the start of the packed audio segment");
+        return malformed(path, reader, "reason-packed-id3-none", "no ID3 tag at the start of the packed audio segment");
     // Deliberately a plain 32-bit number, not ID3's form of four times seven bits.
     const uint32_t size = load_be32(header, ID3_SIZE_OFFSET);
+    remark_size(path, size);
     std::array<uint8_t, PRIV_BODY_SIZE> body = {};
-    if (size < PRIV_BODY_SIZE) return malformed(path, reader, "the ID3 tag is too short for a timestamp");
+    if (size < PRIV_BODY_SIZE)
+        return malformed(path, reader, "reason-packed-id3-short", "the ID3 tag is too short for a timestamp");
     if (reader_read(body.data(), PRIV_BODY_SIZE, reader) < PRIV_BODY_SIZE || !read_over(reader, size - PRIV_BODY_SIZE))
-        return malformed(path, reader, "the ID3 tag is longer than the segment");
-    if (!has_text(body, 0, "PRIV")) return malformed(path, reader, "the ID3 tag does not begin with a PRIV frame");
+        return malformed(path, reader, "reason-packed-id3-cut", "the ID3 tag is longer than the segment");
+    if (!has_text(body, 0, "PRIV"))
+        return malformed(path, reader, "reason-packed-id3-frame", "the ID3 tag does not begin with a PRIV frame");
     if (!has_text(body, PRIV_OWNER_OFFSET, PRIV_OWNER))
-        return malformed(path, reader, "the PRIV frame of the ID3 tag has another owner than the timestamp's");
+        return malformed(path, reader, "reason-packed-id3-owner",
+                         "the PRIV frame of the ID3 tag has another owner than the timestamp's");
     timestamp = static_cast<int64_t>(load_be64(body, PRIV_TIMESTAMP_OFFSET));
+    remark_timestamp(path, timestamp);
     return 0;
 }

@@ -2,18 +2,21 @@
 
 #include <array>
 #include <cinttypes>
-#include <cstdio>
 #include <span>
 
 #include "ac4/ac4_sync_frame.h"
 #include "bits/byte_order.h"
+#include "bits/facts.h"
+#include "bits/finding.h"
 #include "bits/output_file.h"
+#include "bits/place.h"
 #include "bits/report.h"
+#include "bits/stream_clock.h"
 #include "packed/ac4_frames.h"
 #include "packed/ec3_timeslices.h"
 #include "packed/id3_timestamp.h"
-#include "packed/sync_words.h"
 #include "playlist/codecs.h"
+#include "ztpinfo/syncframe.h"
 
 namespace {
 
@@ -26,38 +29,63 @@ enum class PackedFormat {
     AAC,       // ADTS
 };
 
+// ISO/IEC 14496-3, ADTS: the first 16 bits of a frame of MPEG-4 without a CRC, and of frames of any kind without the
+// bits that tell these.
+constexpr uint16_t ADTS_SYNC_WORD = 0xFFF1;
+constexpr uint16_t ADTS_ANY_MASK = 0xFFF6;
+constexpr uint16_t ADTS_ANY = 0xFFF0;
+
 // The sixth byte of a syncframe holds bsid in its upper five bits.
 constexpr size_t SYNCFRAME_BSID_OFFSET = 5;
 constexpr uint32_t FORMAT_HEAD_SIZE = SYNCFRAME_BSID_OFFSET + 1;
 
 PackedFormat syncframe_format(uint32_t bsid) {
-    if (bsid < 9) return PackedFormat::AC3;
-    if (bsid >= 11 && bsid <= 16) return PackedFormat::EC3;
+    if (is_ac3_bsid(bsid)) return PackedFormat::AC3;
+    if (is_eac3_bsid(bsid)) return PackedFormat::EC3;
     return PackedFormat::AC3_LIKE;
 }
 
 PackedFormat recognise(std::span<const uint8_t> head) {
     if (head.size() < 2) return PackedFormat::NONE;
     const uint16_t sync_word = load_be16(head, 0);
-    if (sync_word == SYNCFRAME_SYNC_WORD && head.size() == FORMAT_HEAD_SIZE)
+    if (sync_word == FRAME_SYNCWORD && head.size() == FORMAT_HEAD_SIZE)
         return syncframe_format(head[SYNCFRAME_BSID_OFFSET] >> 3);
     if (sync_word == AC4_SYNC_WORD || sync_word == AC4_SYNC_WORD_WITH_CRC) return PackedFormat::AC4;
     if (sync_word == ADTS_SYNC_WORD) return PackedFormat::AAC;
     return PackedFormat::NONE;
 }
 
+// What stands where the payload should begin, as far as that helps to tell what it is.
+void report_unknown_format(std::span<const uint8_t> head, const std::string& path, uint64_t position) {
+    const auto report = [&](const char* id, const char* what) {
+        report_reason(ReasonEffect::UNVALIDATED, id, path,
+                      "no packed audio format recognised at byte %" PRIu64 "%s: nothing is checked", position, what);
+    };
+    const uint16_t start = load_be16(head, 0);
+    if (head.empty())
+        report("reason-packed-format-empty", ", where the segment ends");
+    else if (start == FRAME_SYNCWORD)
+        report("reason-packed-format-cut", ", a syncframe of fewer than 6 bytes");
+    else if ((start & ADTS_ANY_MASK) == ADTS_ANY)
+        report("reason-packed-format-adts", ", AAC in ADTS frames of MPEG-2 or with a CRC");
+    else if ((start & 0xFFE0) == 0xFFE0)
+        report("reason-packed-format-mpeg", ", MPEG audio");
+    else
+        report("reason-packed-format", "");
+}
+
 // Leaves the reader where it was, at the payload's first byte.
 PackedFormat recognise_format(FileReader& reader, const std::string& path) {
-    std::array<uint8_t, FORMAT_HEAD_SIZE> head = {};
-    const uint32_t size = reader_read(head.data(), FORMAT_HEAD_SIZE, reader);
+    std::array<uint8_t, FORMAT_HEAD_SIZE> buffer = {};
+    const uint32_t size = reader_read(buffer.data(), FORMAT_HEAD_SIZE, reader);
     reader_skip(-static_cast<int64_t>(size), reader);
-    const PackedFormat format = recognise(std::span(head).first(size));
-    const auto position = static_cast<unsigned long long>(reader.position);
-    if (format == PackedFormat::NONE)
-        report_reason(path, "no packed audio format recognised at byte %llu: nothing is checked", position);
+    const std::span<const uint8_t> head = std::span(buffer).first(size);
+    const PackedFormat format = recognise(head);
+    if (format == PackedFormat::NONE) report_unknown_format(head, path, reader.position);
     if (format == PackedFormat::AC3_LIKE)
-        report_reason(path, "the bsid of the frame at byte %llu is neither AC-3 nor E-AC-3: copied unchecked",
-                      position);
+        report_reason(ReasonEffect::UNVALIDATED, "reason-packed-bsid", path,
+                      "the bsid of the frame at byte %" PRIu64 " is neither AC-3 nor E-AC-3: copied unchecked",
+                      reader.position);
     return format;
 }
 
@@ -76,45 +104,56 @@ const char* file_extension(PackedFormat format) {
     }
 }
 
+const char* codec_name(PackedFormat format) {
+    switch (format) {
+        case PackedFormat::AC3:
+            return "ac-3";
+        case PackedFormat::AAC:
+            return "mp4a";
+        default:
+            return "";
+    }
+}
+
 // E-AC-3 is compared when its first timeslice has been analysed.
 int check_codecs(PackedFormat format, const PlaylistAttributes* attrs) {
     const auto missing = [&](const char* name) { return attrs == nullptr || !codecs_contain(attrs->codecs, name); };
-    if (format == PackedFormat::AC3 && missing("ac-3")) {
-        std::printf("ERROR: No 'ac-3' found in CODECS attribute of the #EXT-X-STREAM-INF.\n");
-        return -1;
-    }
-    if (format == PackedFormat::AC4 && missing("ac-4")) {
-        std::printf("ERROR: No 'ac-4' found in CODECS attribute of the #EXT-X-STREAM-INF.\n");
-        return -1;
-    }
-    if (format == PackedFormat::AAC && missing("mp4a")) {
-        std::printf("ERROR: No 'mp4a' found in CODECS attribute of the #EXT-X-STREAM-INF.\n");
-        return -1;
-    }
+    if (format == PackedFormat::AC3 && missing("ac-3"))
+        return fail(-1, "packed-ac3-codecs", "ERROR: No 'ac-3' found in CODECS attribute of the #EXT-X-STREAM-INF.\n");
+    if (format == PackedFormat::AC4 && missing("ac-4"))
+        return fail(-1, "packed-ac4-codecs", "ERROR: No 'ac-4' found in CODECS attribute of the #EXT-X-STREAM-INF.\n");
+    if (format == PackedFormat::AAC && missing("mp4a"))
+        return fail(-1, "packed-aac-codecs", "ERROR: No 'mp4a' found in CODECS attribute of the #EXT-X-STREAM-INF.\n");
     return 0;
 }
 
-int copy_payload(OutputFile& output, FileReader& reader) {
+int copy_payload(PackedFormat format, OutputFile& output, FileReader& reader) {
+    StreamFacts facts = {.codec = codec_name(format), .first_time = current_place.time};
     std::array<uint8_t, 16384> scratch;
     int status = 0;
     for (;;) {
         const std::span<const uint8_t> piece = reader_view(reader, scratch.size(), scratch);
-        if (piece.empty()) return status;
+        if (piece.empty()) break;
+        facts.payload_bytes += piece.size();
         status |= elementary_stream_write(output, piece);
     }
+    record_stream(facts);
+    return status;
 }
 
 int check_payload(PackedFormat format, OutputFile& output, FileReader& reader, const PlaylistAttributes* attrs) {
     if (format == PackedFormat::EC3) return check_ec3_timeslices(output, reader, attrs);
     if (format == PackedFormat::AC4) return check_ac4_frames(output, reader, attrs);
-    return copy_payload(output, reader);
+    return copy_payload(format, output, reader);
 }
 
 int validate_segment(FileReader& reader, const std::string& uri, const std::optional<std::string>& output_dir,
                      const std::string& stem, bool first_segment, const PlaylistAttributes* attrs) {
     int64_t timestamp = 0;
     if (read_id3_timestamp(reader, uri, timestamp) != 0) return -1;
-    std::printf("  %s (pts:%" PRId64 ")\n", uri.c_str(), timestamp);
+    announce("  %s (pts:%" PRId64 ")\n", uri.c_str(), timestamp);
+    current_place.offset = static_cast<int64_t>(reader.position);
+    current_place.time = unroll_90khz(timestamp & (CLOCK_WRAP - 1));
     const PackedFormat format = recognise_format(reader, uri);
     if (format == PackedFormat::NONE) return 0;
     int status = check_codecs(format, attrs);
@@ -131,12 +170,17 @@ int validate_packed_audio(FileReader& reader, const SegmentEntry& entry, const s
                           const std::string& stem, bool first_segment, const PlaylistAttributes* attrs) {
     const std::string uri = entry.uri.value_or("");
     if (!reader.file) {
-        report_reason(uri, "the packed audio segment is not open");
+        report_reason(ReasonEffect::FAILS_UNVALIDATED, "reason-packed-not-open", uri,
+                      "the packed audio segment is not open");
         return -1;
     }
+    const PlaceScope scope;
+    current_place.offset = static_cast<int64_t>(reader.position);
     int status = validate_segment(reader, uri, output_dir, stem, first_segment, attrs);
     if (reader.read_error) {
-        report_reason(uri, "read error at byte %" PRIu64, reader.error_offset);
+        current_place.offset = static_cast<int64_t>(reader.error_offset);
+        report_reason(ReasonEffect::FAILS_UNVALIDATED, "reason-packed-read-error", uri, "read error at byte %" PRIu64,
+                      reader.error_offset);
         status = -1;
     }
     reader_close(reader);

@@ -2,6 +2,7 @@
 #include "bits/finding.h"
 #include "ts/pes_checks.h"
 #include "ts/ts_status.h"
+#include "ztpinfo/channel_locations.h"
 
 namespace {
 

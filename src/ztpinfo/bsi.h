@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <type_traits>
 
+#include "ztpinfo/syncframe.h"
 #include "ztpinfo/ztpinfo.h"
 
 // Bit stream information as carried by a syncframe. A field that the frame does not carry is 0; whether it is there
@@ -19,8 +20,6 @@ enum FrameError : int {
     FRAME_BAD_BSID = 1540,
     FRAME_HALF_RATE = 1541,
 };
-
-constexpr uint16_t FRAME_SYNCWORD = 0x0B77;
 
 // Words of a frame that unpack_frame_words looks at.
 constexpr uint32_t FRAME_HEADER_WORDS = 3;
@@ -200,13 +199,4 @@ constexpr bool has_center_mix(uint32_t acmod) {
 
 constexpr bool has_surround(uint32_t acmod) {
     return (acmod & 4) != 0;
-}
-
-// AC-3: bsid 0 to 8. E-AC-3 syntax: 11 to 16.
-constexpr bool is_ac3_bsid(uint32_t bsid) {
-    return bsid <= 8;
-}
-
-constexpr bool is_eac3_bsid(uint32_t bsid) {
-    return bsid >= 11 && bsid <= 16;
 }

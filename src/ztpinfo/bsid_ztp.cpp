@@ -156,9 +156,10 @@ int read_start(WordCursor& cursor, Eac3Bsi& bsi) {
         report_fatal("ztp-fatal-sync-word", "Invalid synchronization word", SOURCE, __LINE__);
         return FRAME_BAD_SYNC;
     }
-    bsi.strmtyp = cursor.read(2);
-    bsi.substreamid = cursor.read(3);
-    bsi.frmsiz = cursor.read(11);
+    const Eac3FrameStart start = eac3_frame_start(cursor.read(16));
+    bsi.strmtyp = start.strmtyp;
+    bsi.substreamid = start.substreamid;
+    bsi.frmsiz = start.frmsiz;
     bsi.fscod = cursor.read(2);
     if (bsi.fscod == 3) {
         // The reduced sample rates (fscod2) are refused, deliberately.
@@ -208,8 +209,7 @@ int unpack_frame_words(std::span<const uint16_t> words, uint32_t& frame_words) {
         report_fatal("ztp-fatal-bsid", "Unsupported bitstream id", SOURCE, __LINE__);
         return FRAME_BAD_BSID;
     }
-    cursor.skip(21);  // syncword, strmtyp, substreamid
-    frame_words = cursor.read(11) + 1u;
+    frame_words = eac3_frame_words(eac3_frame_start(words[1]).frmsiz);
     return 0;
 }
 

@@ -2,6 +2,7 @@
 
 #include "ztpinfo/bsid_dd.h"
 #include "ztpinfo/bsid_ztp.h"
+#include "ztpinfo/channel_locations.h"
 #include "ztpinfo/crc16.h"
 #include "ztpinfo/messages.h"
 #include "ztpinfo/word_cursor.h"
@@ -67,20 +68,6 @@ uint16_t ac3_crc_status(std::span<const uint16_t> words) {
 }
 
 }  // namespace
-
-uint16_t ztpinfo_acmod_locations(uint32_t acmod) {
-    constexpr uint16_t LOCATIONS[8] = {
-        0xA000,  // 1+1
-        0x4000,  // C
-        0xA000,  // L R
-        0xE000,  // L C R
-        0xA100,  // L R Cs
-        0xE100,  // L C R Cs
-        0xB800,  // L R Ls Rs
-        0xF800,  // L C R Ls Rs
-    };
-    return LOCATIONS[acmod & 7];
-}
 
 int unpack_frame(std::span<const uint16_t> words, ZtpFrameInfo& frame) {
     if (words.size() < FRAME_HEADER_WORDS) {

@@ -1,7 +1,5 @@
 #include "ztpinfo/tsc.h"
 
-#include <bit>
-
 #include "ztpinfo/messages.h"
 #include "ztpinfo/tsc_rules.h"
 
@@ -110,11 +108,6 @@ ProgramPair pair_first_programs(const TimesliceRecord& timeslice, const Timeslic
 const Eac3Bsi& eac3_or_cleared(const ZtpFrameInfo& frame) {
     static constexpr Eac3Bsi CLEARED{};
     return is_eac3_bsid(frame.bsid) ? frame.eac3 : CLEARED;
-}
-
-uint32_t chanmap_channels(uint16_t chanmap) {
-    constexpr uint32_t PAIRS = 0x0670;  // Lc/Rc, Lrs/Rrs, Lsd/Rsd, Lw/Rw, Lvh/Rvh
-    return static_cast<uint32_t>(std::popcount(chanmap) + std::popcount(chanmap & PAIRS));
 }
 
 bool channels_differ(const ZtpFrameInfo& a, const ZtpFrameInfo& b) {

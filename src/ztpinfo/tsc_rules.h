@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ztpinfo/channel_locations.h"
 #include "ztpinfo/timeslice.h"
 
 // What the rule sets share. A rule is one line: its condition and the number of its message.
@@ -34,9 +35,6 @@ ProgramPair pair_first_programs(const TimesliceRecord& timeslice, const Timeslic
 
 // The BSI of an E-AC-3 frame, for an AC-3 frame a cleared one.
 const Eac3Bsi& eac3_or_cleared(const ZtpFrameInfo& frame);
-
-// Channels that a chanmap names (ETSI TS 102 366, E.1.3.1.8): a pair location stands for two.
-uint32_t chanmap_channels(uint16_t chanmap);
 
 bool channels_differ(const ZtpFrameInfo& a, const ZtpFrameInfo& b);
 bool program_channels_differ(const ZtpProgramRecord& a, const ZtpProgramRecord& b);

@@ -21,11 +21,6 @@ constexpr uint16_t STRMTYP_DEPENDENT = 1;
 constexpr uint16_t STRMTYP_TRANSCODED = 2;
 constexpr uint16_t STRMTYP_RESERVED = 3;
 
-// Channel locations of an acmod in the form of a chanmap (ETSI TS 102 366, 4.4.2.3 and E.1.3.1.8: the first location in
-// the most significant of 16 bits), without LFE. 1+1 counts as left and right.
-uint16_t ztpinfo_acmod_locations(uint32_t acmod);
-constexpr uint16_t CHANMAP_LFE = 0x0001;
-
 // What ztpinfo_process returns.
 enum ZtpResult : int {
     ZTP_CLEAN = 0,
@@ -93,9 +88,6 @@ struct ZtpStreamSummary {
     std::array<ZtpProgramSummary, ZTP_MAX_PROGRAMS> programs;  // by program number
 };
 
-// Channels of a program: those of its independent substream and the locations that dependent ones add, LFE included.
-uint32_t ztpinfo_channel_count(const ZtpProgramSummary& program);
-
 // One per analysed stream, for the life of that stream.
 struct ZtpInfoContext;
 
@@ -133,3 +125,6 @@ void ztpinfo_summarise(const ZtpInfoContext* handle, ZtpStreamSummary& summary);
 // frame that could not be analysed, else the first frame of that call that broke a rule; when none did, the first one
 // of the calls before, as repeated. The current place when no recorder is set. `handle` may be null.
 Place ztpinfo_failure_place(const ZtpInfoContext* handle);
+
+// Playing time of the timeslices that were completed on this handle, in 90 kHz ticks.
+int64_t ztpinfo_playing_time(const ZtpInfoContext* handle);

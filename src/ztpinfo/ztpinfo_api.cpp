@@ -1,4 +1,3 @@
-#include <bit>
 #include <new>
 
 #include "bits/recorder.h"
@@ -218,12 +217,8 @@ void ztpinfo_configure(ZtpInfoContext* handle, const ZtpSettings& settings) {
         tails = std::make_unique<std::array<TimesliceTails, 3>>();
 }
 
-uint32_t ztpinfo_channel_count(const ZtpProgramSummary& program) {
-    constexpr uint32_t PAIRS = 0x0674;  // locations of two channels (ETSI TS 102 366, table E.1.4)
-    uint32_t locations = ztpinfo_acmod_locations(program.independent.acmod);
-    if (program.independent.lfeon != 0) locations |= CHANMAP_LFE;
-    for (const ZtpSubstreamSummary& dependent : program.dependent) locations |= dependent.chanmap;
-    return static_cast<uint32_t>(std::popcount(locations) + std::popcount(locations & PAIRS));
+int64_t ztpinfo_playing_time(const ZtpInfoContext* handle) {
+    return playing_time_90khz(handle->timeslices.totals);
 }
 
 Place ztpinfo_failure_place(const ZtpInfoContext* handle) {

@@ -16,6 +16,7 @@ struct ZtpInfoContext {
     std::vector<int> results = {};  // of the calls in turn, then 0
     std::vector<ZtpProgramSummary> programs = {{}};
     std::vector<size_t> calls = {};  // the sizes that were handed over
+    bool contiguous = false;
 };
 
 static ZtpInfoContext fake;
@@ -25,6 +26,19 @@ ZtpInfoContext* ztpinfo_open() {
 }
 
 void ztpinfo_close(ZtpInfoContext*) {}
+
+void ztpinfo_configure(ZtpInfoContext*, const ZtpSettings& settings) {
+    fake.contiguous = settings.contiguous;
+}
+
+// Timeslices of one tick.
+int64_t ztpinfo_playing_time(const ZtpInfoContext*) {
+    return static_cast<int64_t>(fake.calls.size());
+}
+
+Place ztpinfo_failure_place(const ZtpInfoContext*) {
+    return current_place;
+}
 
 static int last_result() {
     return fake.calls.size() <= fake.results.size() ? fake.results[fake.calls.size() - 1] : 0;

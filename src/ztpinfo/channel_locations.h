@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstdint>
+
+#include "ztpinfo/ztpinfo.h"
+
+// Channel locations in the form of a chanmap (ETSI TS 102 366, E.1.3.1.8): the first location in the most significant
+// of 16 bits.
+
+constexpr uint16_t CHANMAP_LFE = 0x0001;
+
+// The locations of an acmod (ETSI TS 102 366, 4.4.2.3), without LFE. 1+1 counts as left and right.
+uint16_t ztpinfo_acmod_locations(uint32_t acmod);
+
+// Channels at these locations: a pair location stands for two.
+uint32_t chanmap_channels(uint16_t chanmap);
+
+// Channels that the substreams of a program present together, LFE included.
+uint32_t ztpinfo_channel_count(const ZtpProgramSummary& program);
