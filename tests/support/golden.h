@@ -3,7 +3,7 @@
 #include <functional>
 #include <string>
 
-// What `run` prints on standard output.
+// What `run` prints on standard output, findings by way of a recorder.
 std::string printed_by(const std::function<void()>& run);
 
 // An entry of a transcript: the name of a case, the status that `run` returns and what it prints.
