@@ -10,6 +10,8 @@
 #include <cstring>
 #include <utility>
 
+#include "bits/finding.h"
+
 namespace {
 
 // No open fails with this one: it stands for what the system has no error for.
@@ -32,7 +34,7 @@ uint32_t fill_buffer(FileReader& reader, uint32_t count) {
     return static_cast<uint32_t>(got);
 }
 
-// A place that the stream cannot reach (RFC 8216 byte ranges name any number) is behind its end.
+// A place that the stream cannot reach (RFC 8216 byte ranges name any number) is past its end.
 void seek(FileReader& reader, int64_t offset, int whence) {
     if (fseeko(reader.file.get(), offset, whence) != 0 && offset != 0) fseeko(reader.file.get(), 0, SEEK_END);
 }
@@ -189,7 +191,7 @@ int reader_skip(int64_t offset, FileReader& reader) {
     }
     if (reader.limited) {
         if (reader.remaining < offset)
-            std::printf("ERROR: Invalid offset value for seeking.\n");
+            note("reader-seek-past-range", "ERROR: Invalid offset value for seeking.\n");
         else
             reader.remaining -= offset;
     }

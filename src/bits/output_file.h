@@ -15,10 +15,14 @@ struct OutputFile {
     bool failed = false;
 };
 
+// At the start of a run: no file is begun yet.
+void forget_output_files();
+
 // "<directory>/<stem><suffix>"
 std::string output_path(const std::string& directory, const std::string& stem, const std::string& suffix);
 
-// Opens `path` with `mode` ("wb" or "ab"). Returns 0, or -1 when it cannot be opened (nothing is printed).
+// Opens `path` with `mode` ("wb" or "ab"). Returns 0, or -1 when it cannot be opened (nothing is printed). A file that
+// was begun in this run for another playlist has a remark on standard error.
 [[nodiscard]] int output_open(OutputFile& output, const std::string& path, const char* mode);
 
 // Appends `bytes`. Returns 0, or -1 when this write failed or an earlier one did. Does nothing on a file that is not

@@ -1,9 +1,9 @@
 #include "driver/command_line.h"
 
-#include <cstdio>
 #include <cstring>
 #include <limits>
 
+#include "bits/finding.h"
 #include "driver/help.h"
 
 namespace {
@@ -27,7 +27,8 @@ int32_t parse_start_index(const char* value) {
     for (const char* c = value; *c != '\0'; ++c) {
         if (is_digit(*c)) continue;
         valid = false;
-        std::printf(
+        note(
+            "run-start-index",
             "ERROR: Command line parsing error.\n %s is not a integer value,Please input an integer value for -s option, "
             "either it will start on index number 0.\n",
             value);
@@ -39,11 +40,12 @@ void decide_input_kind(bool start_index_given, CommandLineOptions& options) {
     const char* extension = std::strrchr(options.input_path, '.');
     if (extension == nullptr) return;
     if (std::strcmp(extension, ".m3u8") == 0 || std::strcmp(extension, ".m3u") == 0) {
-        options.input_kind = INPUT_PLAYLIST;
-        if (start_index_given) std::printf("WARNING: Input file is HLS, -s option will be skipped.\n");
+        options.input_kind = InputKind::PLAYLIST;
+        if (start_index_given)
+            note("run-start-index-unused", "WARNING: Input file is HLS, -s option will be skipped.\n");
     } else if (std::strcmp(extension, ".ts") == 0 || std::strcmp(extension, ".trp") == 0) {
         const bool numbered = is_segment_template(options.input_path);
-        options.input_kind = numbered ? INPUT_TS_TEMPLATE : INPUT_TS_FILE;
+        options.input_kind = numbered ? InputKind::TS_TEMPLATE : InputKind::TS_FILE;
         if (numbered && !start_index_given) options.start_index = 0;
     }
 }
@@ -61,10 +63,7 @@ int parse_command_line(int argc, const char* const* argv, CommandLineOptions& op
         } else if (std::strcmp(option, "-o") == 0) {
             options.output_dir = value;
         } else if (std::strcmp(option, "-s") == 0) {
-            if (value == nullptr) {
-                std::printf("Error: -s needs an argument\n");
-                return -1;
-            }
+            if (value == nullptr) return fail(-1, "run-start-index-missing", "Error: -s needs an argument\n");
             options.start_index = parse_start_index(value);
             start_index_given = true;
         } else if (std::strcmp(option, "-v") == 0) {
@@ -72,14 +71,11 @@ int parse_command_line(int argc, const char* const* argv, CommandLineOptions& op
         } else if (std::strcmp(option, "-h") == 0) {
             return print_help();
         } else {
-            std::printf("ERROR: unsupport parameters(%s). Need -i and -o options.\n", option);
-            return -1;
+            return fail(-1, "run-unknown-option", "ERROR: unsupport parameters(%s). Need -i and -o options.\n", option);
         }
     }
-    if (options.input_path == nullptr) {
-        std::printf("ERROR: Command line parsing error.\nERROR: You must specify -i at least.\n");
-        return -1;
-    }
+    if (options.input_path == nullptr)
+        return fail(-1, "run-no-input", "ERROR: Command line parsing error.\nERROR: You must specify -i at least.\n");
     decide_input_kind(start_index_given, options);
     return 0;
 }

@@ -3,11 +3,11 @@
 #include <cstdint>
 
 // By the last extension of the input path.
-enum InputKind : int32_t {
-    INPUT_UNDECIDED = -1,
-    INPUT_PLAYLIST = 1,     // .m3u8, .m3u
-    INPUT_TS_TEMPLATE = 2,  // .ts, .trp with an index conversion in the path
-    INPUT_TS_FILE = 3,      // .ts, .trp
+enum class InputKind : int32_t {
+    UNDECIDED = -1,
+    PLAYLIST = 1,     // .m3u8, .m3u
+    TS_TEMPLATE = 2,  // .ts, .trp with an index conversion in the path
+    TS_FILE = 3,      // .ts, .trp
 };
 
 // The texts point into the argument vector.
@@ -15,7 +15,7 @@ struct CommandLineOptions {
     const char* input_path = nullptr;  // -i
     const char* output_dir = nullptr;  // -o
     int32_t start_index = -1;          // -s: first index of a template
-    int32_t input_kind = INPUT_UNDECIDED;
+    InputKind input_kind = InputKind::UNDECIDED;
 };
 
 // Reads the options. Returns 0 (also after -h and -v, which end the parsing but leave what was read), or -1 on an error

@@ -1,6 +1,6 @@
 #include "driver/help.h"
 
-#include <cstdio>
+#include "bits/finding.h"
 
 namespace {
 
@@ -44,15 +44,15 @@ constexpr char HELP_TEXT[] =
 }  // namespace
 
 int print_version() {
-    std::printf("*** HLS stream validator tool ***\n");
+    announce("*** HLS stream validator tool ***\n");
     // The compiler takes its date from SOURCE_DATE_EPOCH when that is set, so builds can be reproduced.
-    std::printf("*** Version %s ***\n*** built on %s ***\n", QUORLIN_VERSION, __DATE__);
+    announce("*** Version %s ***\n*** built on %s ***\n", QUORLIN_VERSION, __DATE__);
     return 0;
 }
 
 int print_help() {
     print_version();
     // Not a format: its "%d" and "%04d" are text.
-    std::fputs(HELP_TEXT, stdout);
+    announce("%s", HELP_TEXT);
     return 0;
 }

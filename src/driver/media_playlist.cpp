@@ -2,12 +2,14 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <span>
-#include <utility>
 
+#include "bits/finding.h"
+#include "bits/place.h"
 #include "bits/report.h"
+#include "bits/stream_clock.h"
 #include "driver/paths.h"
-#include "driver/segment_format.h"
+#include "driver/segment_facts.h"
+#include "driver/segment_source.h"
 #include "driver/timing_checks.h"
 #include "isobmff/segment_validation.h"
 #include "packed/packed_audio.h"
@@ -22,11 +24,10 @@ constexpr int SEGMENT_REFUSED = -1;
 
 // What lives across the segments of one media playlist.
 struct SegmentLoop {
-    const std::string& stem;
-    const std::optional<std::string>& output_dir;
-    const PlaylistAttributes* attrs;
-    FileReader reader = {};
-    SegmentFormat format = SegmentFormat::UNKNOWN;  // of the file that the reader is open on
+    const MediaPlaylistJob& job;
+    const Playlist& playlist;
+    std::string directory;
+    SegmentSource source = {};
     MediaContextPtr init_context = {};
     TsSegmentTiming previous_timing = {};
     ByteRangeEnds range_ends = {};
@@ -34,43 +35,10 @@ struct SegmentLoop {
     uint32_t segments_opened = 0;
 };
 
-// Looks at the start of the file that was just opened: a piece of it when byte ranges are to be read, else the first
-// chunk, from which the reader goes on.
-SegmentFormat look_at_start(FileReader& reader, bool has_range) {
-    reader.start_offset = 0;
-    reader.limited = has_range;
-    reader.remaining = FORMAT_LOOK_SIZE;
-    reader_start(reader);
-    const std::span<const uint8_t> start = reader_buffered(reader);
-    if (reader.read_error && start.size() < FORMAT_DECIDING_SIZE) {
-        report_reason(reader.path, "read error at the start of the segment");
-        return SegmentFormat::UNKNOWN;
-    }
-    if (has_range) reader_clear_error(reader);
-    return detect_segment_format(start, reader.path);
-}
-
-// Keeps the file of consecutive byte ranges open, where its reader does not close it (fragmented MP4); opens any other
-// and looks at its container. Returns 0 when the segment can be read.
-int select_segment(SegmentLoop& loop, const SegmentEntry& entry, const std::string& address) {
-    if (loop.reader.file && loop.reader.path == address) {
-        reader_clear_error(loop.reader);
-        return 0;
-    }
-    reader_close(loop.reader);
-    if (is_http_address(address)) {
-        std::printf("ERROR: Invalid segment path: %s\n", address.c_str());
-        report_reason(address, "not a local file; the segment is not validated");
-        return -1;
-    }
-    const int status = set_segment(loop.reader, open_input_file(address), address);
-    if (status == 0) loop.format = look_at_start(loop.reader, entry.byte_range.has_value());
-    return status;
-}
-
 int validate_transport_stream(SegmentLoop& loop, bool first_segment) {
+    const MediaPlaylistJob& job = loop.job;
     TsSegmentTiming timing;
-    int status = ts_process_segment(loop.reader, loop.output_dir, loop.stem, first_segment, loop.attrs, &timing);
+    int status = ts_process_segment(loop.source.reader, job.output_dir, job.stem, first_segment, job.attrs, &timing);
     if (loop.previous_timing.video_first_pts != -1 && timing.audio_count > 0)
         status |= check_segment_timing(timing, loop.previous_timing, TimingCaller::PLAYLIST);
     loop.previous_timing = timing;
@@ -79,121 +47,142 @@ int validate_transport_stream(SegmentLoop& loop, bool first_segment) {
 
 // The init context of an EXT-X-MAP replaces that of the one before. Returns 0, or 11 when that one's files could not be
 // written.
-int change_init_context(SegmentLoop& loop, const std::string& address) {
+int change_init_context(SegmentLoop& loop, const std::string& path) {
     const int status = release_init_context(loop.init_context);
     std::string init_stem;
-    if (file_stem(address, init_stem) != 0)
-        report_reason(address, "the init section's name has no extension to take a stem from");
-    loop.init_context = create_init_context(loop.output_dir, loop.stem, init_stem, loop.attrs);
+    if (file_stem(path, init_stem) != 0)
+        report_reason(ReasonEffect::REMARK, "reason-init-no-stem", path,
+                      "the init section's name has no extension to take a stem from");
+    loop.init_context = create_init_context(loop.job.output_dir, loop.job.stem, init_stem, loop.job.attrs);
     return status;
 }
 
-void report_malformed_range(const ByteRange& range, const std::string& address) {
-    report_reason(address, "the byte range \"%s%s%s\" is not a length and an offset; the segment is not read",
+int refuse_malformed_range(const ByteRange& range, const std::string& path) {
+    report_reason(ReasonEffect::FAILS_UNVALIDATED, "reason-playlist-byte-range", path,
+                  "the byte range \"%s%s%s\" is not a length and an offset; the segment is not read",
                   range.length.c_str(), range.offset ? "@" : "", range.offset.value_or("").c_str());
+    return SEGMENT_REFUSED;
 }
 
-// The segment that the reader is started on.
-int validate_content(SegmentLoop& loop, const SegmentEntry& entry, bool first_segment) {
-    switch (loop.format) {
+// The segment whose file is open. `range` is null when its texts are none.
+int validate_content(SegmentLoop& loop, const SegmentEntry& entry, const ByteSpan* range, bool first_segment) {
+    const MediaPlaylistJob& job = loop.job;
+    SegmentSource& source = loop.source;
+    int status = 0;
+    if (source.format == SegmentFormat::ISO_MEDIA && entry.kind == SegmentKind::INIT)
+        status |= change_init_context(loop, source.reader.path);
+    if (range == nullptr) return status | refuse_malformed_range(*entry.byte_range, source.reader.path);
+    start_on_range(source.reader, *range);
+    switch (source.format) {
         case SegmentFormat::TRANSPORT_STREAM:
             return validate_transport_stream(loop, first_segment);
         case SegmentFormat::PACKED_AUDIO:
-            return validate_packed_audio(loop.reader, entry, loop.output_dir, loop.stem, first_segment, loop.attrs);
+            return validate_packed_audio(source.reader, entry, job.output_dir, job.stem, first_segment, job.attrs);
         case SegmentFormat::ISO_MEDIA:
-            return validate_mp4_segment(loop.reader, entry, loop.init_context.get());
+            return status | validate_mp4_segment(source.reader, entry, loop.init_context.get());
         default:
             return SEGMENT_REFUSED;
     }
 }
 
-int validate_segment(SegmentLoop& loop, const SegmentEntry& entry, bool first_segment) {
-    const std::string address = entry.uri.value_or("");
-    ++loop.segments_named;
-    // Counts for the next range whatever comes of this segment.
-    std::optional<ByteSpan> range(std::in_place);
-    if (resolve_byte_range(entry, loop.range_ends, *range) != 0) range.reset();
-    // A segment that cannot be opened does not touch the verdict, deliberately: its message is all.
-    if (select_segment(loop, entry, address) != 0) return 0;
-    ++loop.segments_opened;
-    if (loop.format == SegmentFormat::UNKNOWN || loop.format == SegmentFormat::PLAYLIST) {
-        reader_close(loop.reader);
-        return SEGMENT_REFUSED;
-    }
-    int status = 0;
-    if (loop.format == SegmentFormat::ISO_MEDIA && entry.kind == SegmentKind::INIT)
-        status |= change_init_context(loop, address);
-    if (!range) {
-        report_malformed_range(*entry.byte_range, address);
-        return status | SEGMENT_REFUSED;
-    }
-    start_on_range(loop.reader, *range);
-    return status | validate_content(loop, entry, first_segment);
+int validate_opened_segment(SegmentLoop& loop, const SegmentEntry& entry, const ByteSpan* range, bool first_segment) {
+    const SegmentFormat format = loop.source.format;
+    if (format != SegmentFormat::UNKNOWN && format != SegmentFormat::PLAYLIST)
+        return validate_content(loop, entry, range, first_segment);
+    // Looked at again, and reported again, when the next entry names the same file.
+    reader_close(loop.source.reader);
+    return SEGMENT_REFUSED;
 }
 
-int validate_entry(const std::string& path, SegmentLoop& loop, const SegmentEntry& entry, bool first_segment) {
+int validate_segment(SegmentLoop& loop, const SegmentEntry& entry, bool first_segment) {
+    const std::string& path = *entry.uri;
+    const char* address = path.c_str() + (path.starts_with(loop.directory) ? loop.directory.size() : 0);
+    ++loop.segments_named;
+    current_place.segment = path.c_str();
+    // Counts for the next range whatever comes of this segment.
+    ByteSpan range;
+    const bool well_formed = resolve_byte_range(entry, loop.range_ends, range) == 0;
+    int status = 0;
+    // A segment that cannot be opened does not touch the verdict, deliberately: its message is all.
+    if (open_segment(loop.source, loop.playlist, entry, address) == SEGMENT_READABLE) {
+        ++loop.segments_opened;
+        status = validate_opened_segment(loop, entry, well_formed ? &range : nullptr, first_segment);
+    }
+    record_segment_facts(loop.source, entry, address, range);
+    return status;
+}
+
+int validate_entry(SegmentLoop& loop, const SegmentEntry& entry, bool first_segment) {
+    const PlaceScope scope;
+    current_place.line = entry.line;
     switch (entry.kind) {
         case SegmentKind::MEDIA:
         case SegmentKind::BYTE_RANGE:
         case SegmentKind::INIT:
             return validate_segment(loop, entry, first_segment);
         case SegmentKind::DISCONTINUITY:
-            std::printf("#EXT-X-DISCONTINUITY\n");
-            reader_close(loop.reader);
+            announce("#EXT-X-DISCONTINUITY\n");
+            reset_stream_clock();
+            reader_close(loop.source.reader);
             return 0;
         case SegmentKind::END_LIST:
-            reader_close(loop.reader);
+            reader_close(loop.source.reader);
             return release_init_context(loop.init_context);
         default:
-            report_reason(path, "a tag stands where an address belongs: it was read as the address, not as a tag");
             return 0;
     }
 }
 
-int validate_segments(const std::string& path, const Playlist& playlist, SegmentLoop& loop) {
+int validate_segments(SegmentLoop& loop) {
     int error_flag = 0;
     bool first_entry = true;
-    for (const SegmentEntry& entry : playlist.entries) {
-        error_flag |= validate_entry(path, loop, entry, first_entry);
+    reset_stream_clock();
+    for (const SegmentEntry& entry : loop.playlist.entries) {
+        error_flag |= validate_entry(loop, entry, first_entry);
         first_entry = false;
         if (std::ferror(stdout) != 0) break;
     }
     error_flag |= release_init_context(loop.init_context);
+    using enum ReasonEffect;
     if (loop.segments_named == 0)
-        report_reason(path, "the playlist names no segment");
+        report_reason(UNVALIDATED, "reason-playlist-no-segment", loop.job.path, "the playlist names no segment");
     else if (loop.segments_opened == 0)
-        report_reason(path, "no segment could be read");
+        report_reason(UNVALIDATED, "reason-playlist-nothing-read", loop.job.path, "no segment could be read");
     return error_flag;
+}
+
+void announce_playlist(const std::string& path) {
+    announce("------------------------------------------------\n%s:\n", path.c_str());
+}
+
+// What follows the header.
+int validate_contents(const MediaPlaylistJob& job, const Playlist& playlist) {
+    report_playlist_losses(job.path, playlist.losses);
+    int status = playlist.losses.cut_short ? PLAYLIST_CUT_SHORT : 0;
+    if (status == 0) {
+        record_playlist_facts(job.path, job.facts, playlist);
+        if (playlist.is_master)
+            report_reason(ReasonEffect::UNVALIDATED, "reason-playlist-unexpected-master", job.path,
+                          "a master playlist where a media playlist is expected");
+        const PlaceScope scope({.playlist = job.path.c_str()});
+        SegmentLoop loop = {job, playlist, playlist_directory(job.path)};
+        status = validate_segments(loop);
+    }
+    announce("%s has been verified.\n", job.path.c_str());
+    return status;
 }
 
 }  // namespace
 
-int set_segment(FileReader& reader, File file, const std::string& path) {
-    const char* reason = file ? nullptr : open_failure_text();
-    reader_close(reader);
-    if (!file) {
-        std::printf("ERROR: Invalid segment path: %s\n", path.c_str());
-        report_reason(path, "cannot be opened: %s", reason);
-        return 3;
-    }
-    reader.file = std::move(file);
-    reader.path = path;
-    return 0;
+int validate_media_playlist(const MediaPlaylistJob& job) {
+    announce_playlist(job.path);
+    Playlist playlist;
+    if (read_playlist(job.path, playlist) != PLAYLIST_REFUSED) return validate_contents(job, playlist);
+    announce("%s has been verified.\n", job.path.c_str());
+    return -1;
 }
 
-void validate_media_playlist(const std::string& path, const std::string& stem,
-                             const std::optional<std::string>& output_dir, const PlaylistAttributes* attrs,
-                             int& error_flag) {
-    std::printf("------------------------------------------------\n%s:\n", path.c_str());
-    Playlist playlist;
-    const int read_status = read_playlist(path, playlist);
-    report_playlist_losses(path, playlist.losses);
-    if (read_status == 0) {
-        if (playlist.is_master) report_reason(path, "a master playlist where a media playlist is expected");
-        SegmentLoop loop = {stem, output_dir, attrs};
-        error_flag |= validate_segments(path, playlist, loop);
-    } else {
-        error_flag = -1;
-    }
-    std::printf("%s has been verified.\n", path.c_str());
+int validate_read_playlist(const MediaPlaylistJob& job, const Playlist& playlist) {
+    announce_playlist(job.path);
+    return validate_contents(job, playlist);
 }

@@ -3,15 +3,22 @@
 #include <optional>
 #include <string>
 
-#include "bits/file_reader.h"
+#include "bits/facts.h"
+#include "playlist/playlist.h"
 #include "playlist/playlist_attributes.h"
 
-// Hands `file`, opened from `path`, to the reader as a segment; the reader has still to be started. Returns 0, or 3
-// after "ERROR: Invalid segment path: ..." when it is null: the path could not be opened just now.
-[[nodiscard]] int set_segment(FileReader& reader, File file, const std::string& path);
+// A media playlist to be validated.
+struct MediaPlaylistJob {
+    const std::string& path;
+    const std::string& stem;  // of the names of its output files
+    const std::optional<std::string>& output_dir;
+    const PlaylistAttributes* attrs = nullptr;  // null for a playlist that no master playlist refers to
+    PlaylistFacts facts = {};                   // what the master playlist says of it
+};
 
-// Validates one media playlist and all its segments. `attrs` is null for a playlist that no master playlist refers to.
-// ORs -1 or the results of the segments into `error_flag`.
-void validate_media_playlist(const std::string& path, const std::string& stem,
-                             const std::optional<std::string>& output_dir, const PlaylistAttributes* attrs,
-                             int& error_flag);
+// Validates one media playlist and all its segments. Returns the ORed results of the segments, or -1 when the playlist
+// cannot be read.
+[[nodiscard]] int validate_media_playlist(const MediaPlaylistJob& job);
+
+// The same for a playlist that has been read already.
+[[nodiscard]] int validate_read_playlist(const MediaPlaylistJob& job, const Playlist& playlist);

@@ -6,39 +6,46 @@
 #include <optional>
 #include <string>
 
+#include "bits/finding.h"
+#include "bits/output_file.h"
+#include "bits/place.h"
 #include "bits/report.h"
+#include "bits/stream_clock.h"
 #include "driver/help.h"
 #include "driver/master_playlist.h"
 #include "driver/media_playlist.h"
 #include "driver/name_template.h"
 #include "driver/paths.h"
+#include "driver/segment_facts.h"
+#include "driver/segment_source.h"
 #include "driver/timing_checks.h"
 #include "playlist/playlist_reader.h"
 #include "ts/ts_segment.h"
 
 namespace {
 
-void print_verdict(int error_flag) {
-    std::printf("\nvalidation result: %s\n", error_flag != 0 ? "FAILED" : "PASSED");
+int refuse_input(const std::string& path) {
+    return fail(-1, "run-invalid-input", "ERROR: Invalid input file path: %s\n", path.c_str());
 }
 
-void print_invalid_input(const std::string& path) {
-    std::printf("ERROR: Invalid input file path: %s\n", path.c_str());
+// Validates the transport stream that the reader is open on, and gives what is known of it to the recorder.
+int validate_file(FileReader& reader, const std::optional<std::string>& output_dir, const std::string& stem,
+                  bool truncate, TsSegmentTiming* timing) {
+    reader_start(reader);
+    const int status = ts_process_segment(reader, output_dir, stem, truncate, nullptr, timing);
+    record_file_facts(reader);
+    return status;
 }
 
 int run_ts_file(const std::string& path, const std::string& stem, const std::optional<std::string>& output_dir) {
+    const PlaceScope scope({.segment = path.c_str()});
     FileReader reader;
     if (is_http_address(path)) {
-        std::printf("ERROR: Invalid segment path: %s\n", path.c_str());
-        print_invalid_input(path);
-        return -1;
+        note("run-segment-path", "ERROR: Invalid segment path: %s\n", path.c_str());
+        return refuse_input(path);
     }
-    if (set_segment(reader, open_input_stream(path), path) != 0) {
-        print_invalid_input(path);
-        return -1;
-    }
-    reader_start(reader);
-    print_verdict(ts_process_segment(reader, output_dir, stem, true, nullptr, nullptr));
+    if (set_segment(reader, open_input_stream(path), path) != SEGMENT_READABLE) return refuse_input(path);
+    announce_verdict(validate_file(reader, output_dir, stem, true, nullptr) == 0);
     return 0;
 }
 
@@ -53,13 +60,14 @@ struct SeriesState {
 // The segment that the reader of the series is open on.
 void validate_series_segment(const std::string& stem, const std::optional<std::string>& output_dir,
                              SeriesState& series) {
+    const PlaceScope scope({.segment = series.reader.path.c_str()});
     TsSegmentTiming timing;
     const bool first_segment = series.count == 0;
     ++series.count;
-    reader_start(series.reader);
-    series.error_flag |= ts_process_segment(series.reader, output_dir, stem, first_segment, nullptr, &timing);
+    series.error_flag |= validate_file(series.reader, output_dir, stem, first_segment, &timing);
     if (series.error_flag == 0 && series.previous_timing.video_first_pts != -1) {
         // A series reports its timing findings but they leave the verdict alone, deliberately.
+        const VerdictUntouched untouched;
         (void)check_segment_timing(timing, series.previous_timing, TimingCaller::TEMPLATE);
     }
     series.previous_timing = timing;
@@ -72,7 +80,8 @@ bool open_in_series(FileReader& reader, const std::string& name) {
     reader.file = open_input_file(name);
     reader.path = name;
     if (!reader.file && errno != ENOENT)
-        report_reason(name, "cannot be opened: %s; the series ends here", open_failure_text());
+        report_reason(ReasonEffect::UNVALIDATED, "reason-series-ends", name,
+                      "cannot be opened: %s; the series ends here", open_failure_text());
     return reader.file != nullptr;
 }
 
@@ -81,64 +90,63 @@ int run_template(const CommandLineOptions& options, const std::string& stem,
                  const std::optional<std::string>& output_dir) {
     SeriesState series;
     std::string name;
+    reset_stream_clock();
     for (int64_t index = options.start_index; index <= std::numeric_limits<int32_t>::max(); ++index) {
         const TemplateKind kind = expand_template(options.input_path, static_cast<int32_t>(index), name);
         if (kind == TemplateKind::NO_MATCH || !open_in_series(series.reader, name)) break;
         validate_series_segment(stem, output_dir, series);
         if (kind == TemplateKind::FIXED || std::ferror(stdout) != 0) break;
     }
-    if (series.count == 0) {
-        std::printf("ERROR: No matching files have been found which follow the rules of the template:%s\n",
+    if (series.count == 0)
+        return fail(-1, "run-no-series-files",
+                    "ERROR: No matching files have been found which follow the rules of the template:%s\n",
                     options.input_path);
-        return -1;
-    }
-    print_verdict(series.error_flag);
+    announce_verdict(series.error_flag == 0);
     return 0;
 }
 
 int run_playlist(const std::string& path, const std::string& stem, const std::optional<std::string>& output_dir) {
     Playlist playlist;
-    const int read_status = read_playlist(path, playlist);
-    if (read_status == 1) return -1;
-    int error_flag = read_status;
+    int error_flag = 0;
+    {
+        const PlaceScope scope({.playlist = path.c_str()});
+        error_flag = read_playlist(path, playlist);
+    }
+    if (error_flag == PLAYLIST_REFUSED) return -1;
     if (playlist.is_master) {
         report_playlist_losses(path, playlist.losses);
         error_flag |= validate_master_playlist(path, playlist, output_dir);
     } else {
-        // Read once more, behind its header.
-        playlist = {};
-        validate_media_playlist(path, stem, output_dir, nullptr, error_flag);
+        error_flag |= validate_read_playlist({path, stem, output_dir}, playlist);
     }
-    print_verdict(error_flag);
+    announce_verdict(error_flag == 0);
     return 0;
 }
 
 int run_input(const CommandLineOptions& options) {
     std::optional<std::string> output_dir;
     if (options.output_dir != nullptr) output_dir = options.output_dir;
-    if (output_dir && create_output_dir(*output_dir) != 0) {
-        std::printf("ERROR: create output folider (%s) failed.\n", output_dir->c_str());
-        return -1;
-    }
+    if (output_dir && create_output_dir(*output_dir) != 0)
+        return fail(-1, "run-output-directory", "ERROR: create output folider (%s) failed.\n", output_dir->c_str());
     // It has one: an input of a known kind has an extension.
     std::string stem;
     (void)file_stem(options.input_path, stem);
     switch (options.input_kind) {
-        case INPUT_TS_FILE:
+        case InputKind::TS_FILE:
             return run_ts_file(options.input_path, stem, output_dir);
-        case INPUT_TS_TEMPLATE:
+        case InputKind::TS_TEMPLATE:
             return run_template(options, stem, output_dir);
-        case INPUT_PLAYLIST:
+        case InputKind::PLAYLIST:
             return run_playlist(options.input_path, stem, output_dir);
         default:
-            print_invalid_input(options.input_path);
-            return -1;
+            return refuse_input(options.input_path);
     }
 }
 
 }  // namespace
 
 int run(int argc, const char* const* argv) {
+    forget_output_files();
     if (argc <= 1) {
         print_help();
         return 0;
@@ -148,8 +156,8 @@ int run(int argc, const char* const* argv) {
         print_help();
         return -1;
     }
-    // Behind -h or -v an input that was named in front of it is looked at all the same, deliberately: of unknown kind,
-    // since the options were not read to their end.
+    // After -h or -v an input that was named before it is looked at all the same, deliberately: of unknown kind, since
+    // the options were not read to their end.
     if (options.input_path == nullptr) return 0;
     return run_input(options);
 }

@@ -183,6 +183,5 @@ int validate_packed_audio(FileReader& reader, const SegmentEntry& entry, const s
                       reader.error_offset);
         status = -1;
     }
-    reader_close(reader);
     return status;
 }

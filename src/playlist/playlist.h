@@ -22,8 +22,9 @@ struct MediaEntry {
     Text forced;
     Text instream_id;
     Text characteristics;
-    Text ztp_program[4];   // ZTP_PROGRAM0 to ZTP_PROGRAM3
-    bool has_uri = false;  // set by the master playlist checks: the rendition is to be validated
+    Text ztp_program[4];    // ZTP_PROGRAM0 to ZTP_PROGRAM3
+    bool selected = false;  // set by the master playlist checks: the rendition is to be validated
+    uint32_t line = 0;      // of its tag
 };
 
 // RFC 8216, 4.3.4.2: one EXT-X-STREAM-INF or EXT-X-I-FRAME-STREAM-INF variant.
@@ -40,6 +41,7 @@ struct VariantStream {
     Text closed_captions;
     Text uri;               // resolved
     bool selected = false;  // set by the master playlist checks: its media playlist is to be validated
+    uint32_t line = 0;      // of its tag
 };
 
 // By the tag that made the entry.
@@ -63,13 +65,17 @@ struct SegmentEntry {
     Text uri;  // resolved path
     std::optional<ByteRange> byte_range;
     SegmentKind kind = SegmentKind::NONE;
+    uint32_t line = 0;                    // of the address, else of the tag; 0 when the tag was swallowed
+    uint32_t discontinuity_sequence = 0;  // RFC 8216, 6.2.1
+    uint32_t key = 0;                     // how many of the playlist's key methods come before it
 };
 
 // What of the text was not read as it is meant.
 struct PlaylistLosses {
     bool cut_short = false;         // a read failed
     bool long_line = false;         // the rest of a line was read as a line of its own
-    bool early_byte_range = false;  // EXT-X-BYTERANGE in front of EXTINF
+    bool early_byte_range = false;  // EXT-X-BYTERANGE before EXTINF
+    bool low_latency = false;       // EXT-X-PART, EXT-X-PRELOAD-HINT, EXT-X-SKIP
 };
 
 struct Playlist {
@@ -84,5 +90,6 @@ struct Playlist {
     bool iframes_only = false;
     std::vector<VariantStream> iframe_variants;
     std::vector<SegmentEntry> entries;
+    std::vector<std::string> key_methods;  // METHOD of each EXT-X-KEY
     PlaylistLosses losses;
 };

@@ -1,12 +1,13 @@
 #include "playlist/playlist_checks.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <map>
 #include <set>
 #include <string_view>
 #include <vector>
 
+#include "bits/finding.h"
+#include "bits/place.h"
 #include "playlist/codecs.h"
 #include "playlist/group_index.h"
 
@@ -16,36 +17,36 @@ int check_language(const Text& language) {
     constexpr std::string_view LANGUAGES[] = {"en", "fr", "de", "ja", "zh", "es"};
     if (!language) return 0;
     if (language->size() != 2) {
-        std::printf(
+        return fail(
+            -1, "playlist-language-length",
             "ERROR: The LANGUAGE attribute of #EXT-X-MEDIA should be 2 characters, please refer to [RFC5646].\n");
-        return -1;
     }
     if (std::find(std::begin(LANGUAGES), std::end(LANGUAGES), *language) == std::end(LANGUAGES))
-        std::printf("WARNING: Unknown LANGUAGE attribute %s of #EXT-X-MEDIA has been found.\n", language->c_str());
+        note("playlist-language-unknown", "WARNING: Unknown LANGUAGE attribute %s of #EXT-X-MEDIA has been found.\n",
+             language->c_str());
     return 0;
 }
 
 int check_media(MediaEntry& media, const GroupIndex& audio_groups, const GroupIndex& video_groups) {
-    media.has_uri = media.uri.has_value();
-    if (!media.has_uri) std::printf("WARNING: #EXT-X-MEDIA does not have a URI attribute.\n");
+    current_place.line = media.line;
+    media.selected = media.uri.has_value();
+    if (!media.selected) note("playlist-media-no-uri", "WARNING: #EXT-X-MEDIA does not have a URI attribute.\n");
     int status = check_language(media.language);
     const bool is_audio = media.type == "AUDIO";
     const bool is_video = media.type == "VIDEO";
     if (!is_audio && !is_video) return status;
     const VariantStream* variant = find_group(is_audio ? audio_groups : video_groups, media.group_id);
     // A name is required for E-AC-3 alone.
-    if (is_audio && variant != nullptr && variant->codecs && codecs_contain(*variant->codecs, "ec-3") && !media.name) {
-        std::printf("ERROR: #EXT-X-MEDIA parameter must include a NAME attribute.\n");
-        status = -1;
-    }
+    if (is_audio && variant != nullptr && variant->codecs && codecs_contain(*variant->codecs, "ec-3") && !media.name)
+        status |= fail(-1, "playlist-media-no-name", "ERROR: #EXT-X-MEDIA parameter must include a NAME attribute.\n");
     if (media.group_id && variant == nullptr) {
         // Worded as warnings, but they fail the playlist: deliberate.
-        if (is_audio)
-            std::printf("WARNING: No match AUDIO= \"%s\" found in #EXT-X-STREAM-INF.\n", media.group_id->c_str());
-        else
-            std::printf("WARNING: No match VIDEO= \"%s\" found in #EXT-X-STREAM-INF.\n", media.group_id->c_str());
-        media.has_uri = false;
-        status = -1;
+        const char* group = media.group_id->c_str();
+        status |= is_audio ? fail(-1, "playlist-no-audio-group",
+                                  "WARNING: No match AUDIO= \"%s\" found in #EXT-X-STREAM-INF.\n", group)
+                           : fail(-1, "playlist-no-video-group",
+                                  "WARNING: No match VIDEO= \"%s\" found in #EXT-X-STREAM-INF.\n", group);
+        media.selected = false;
     }
     return status;
 }
@@ -92,42 +93,37 @@ int check_lumora(const std::string& codecs) {
     for (const CompatibleEntry& entry : COMPATIBLE_ENTRIES) {
         const bool incompatible = !entry.incompatible_profile.empty() && has(entry.incompatible_profile);
         if (!has(entry.lumora) || incompatible || has(entry.sdr)) continue;
-        std::printf(
+        status |= fail(
+            -1, "playlist-lumora-no-sdr",
             "ERROR: Backward-compatible Lumora stream was indicated in the CODECS string of #EXT-X-STREAM-INF but, meanwhile, SDR fourcc code is missing.\n");
-        status = -1;
     }
-    if ((has("lmhe.05") || has("lmh1.05")) && (has("avc3") || has("avc1") || has("hev1") || has("hvc1"))) {
-        std::printf(
+    if ((has("lmhe.05") || has("lmh1.05")) && (has("avc3") || has("avc1") || has("hev1") || has("hvc1")))
+        status |= fail(
+            -1, "playlist-lumora-with-sdr",
             "ERROR: Non-backward-compatible Lumora stream profile was indicated in the CODECS string of #EXT-X-STREAM-INF but, meanwhile, SDR fourcc code exist too.\n");
-        status = -1;
-    }
     return status;
 }
 
 int check_variant(VariantStream& variant, bool audio_differs) {
-    if (!variant.codecs) {
-        std::printf("ERROR: No CODECS attribute found in #EXT-X-STREAM-INF.\n");
-        return -1;
-    }
+    current_place.line = variant.line;
+    if (!variant.codecs)
+        return fail(-1, "playlist-no-codecs", "ERROR: No CODECS attribute found in #EXT-X-STREAM-INF.\n");
     int status = 0;
-    if (audio_differs) {
-        std::printf(
+    if (audio_differs)
+        status |= fail(
+            -1, "playlist-audio-codecs-differ",
             "ERROR: Inaccordance audio codec found in #EXT-X-STREAM-INF which has the same attribute of AUDIO=\"%s\".\n",
             variant.audio->c_str());
-        status = -1;
-    }
     status |= check_lumora(*variant.codecs);
     variant.selected = variant.uri || variant.audio || variant.video;
-    if (!variant.selected) {
-        std::printf("Warning: Neither URL nor AUDIO/VIDEO group id has been specified in the #EXT-X-STREAM-INF.\n");
-        status = -1;
-    }
-    if (!variant.bandwidth) {
-        // Only the presence is tested.
-        std::printf(
+    if (!variant.selected)
+        status |= fail(-1, "playlist-variant-empty",
+                       "Warning: Neither URL nor AUDIO/VIDEO group id has been specified in the #EXT-X-STREAM-INF.\n");
+    // Only the presence is tested.
+    if (!variant.bandwidth)
+        status |= fail(
+            -1, "playlist-no-bandwidth",
             "ERROR: The BANDWIDTH attribute of #EXT-X-STREAM-INF parameter in the playlist must match what is written in the reference stream.\n");
-        status = -1;
-    }
     return status;
 }
 
@@ -142,6 +138,7 @@ void unselect_duplicates(Playlist& playlist) {
 }  // namespace
 
 int check_master_playlist(Playlist& playlist) {
+    const PlaceScope scope;
     int status = 0;
     const GroupIndex audio_groups = index_groups(playlist, &VariantStream::audio);
     const GroupIndex video_groups = index_groups(playlist, &VariantStream::video);

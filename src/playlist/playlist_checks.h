@@ -3,5 +3,5 @@
 #include "playlist/playlist.h"
 
 // Checks the renditions and variants of a master playlist, prints the findings and marks what is to be validated
-// (MediaEntry::has_uri, VariantStream::selected). Returns 0, or -1 when a check failed.
+// (MediaEntry::selected, VariantStream::selected). Returns 0, or -1 when a check failed.
 [[nodiscard]] int check_master_playlist(Playlist& playlist);

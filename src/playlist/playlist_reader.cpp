@@ -1,12 +1,15 @@
 #include "playlist/playlist_reader.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <cstring>
 #include <string_view>
 
 #include "bits/file_reader.h"
+#include "bits/finding.h"
 #include "bits/report.h"
+#include "playlist/address_hints.h"
 #include "playlist/attribute_list.h"
 
 namespace {
@@ -15,11 +18,12 @@ namespace {
 constexpr int LINE_SIZE = 4096;
 
 // Hands out the trimmed lines of a playlist and counts the tags among them. A tag that another tag swallows as its
-// address is counted all the same and leaves an empty element behind.
+// address is counted all the same and leaves an empty element.
 struct LineReader {
     File file;
     char line[LINE_SIZE] = {};
-    bool line_goes_on = false;  // behind what the buffer holds
+    uint32_t line_number = 0;   // from 1
+    bool line_goes_on = false;  // after what the buffer holds
     bool has_long_line = false;
     size_t media_count = 0;
     size_t variant_count = 0;
@@ -31,6 +35,7 @@ struct PlaylistParser {
     LineReader& lines;
     std::string directory;
     Playlist& playlist;
+    uint32_t discontinuity_sequence = 0;
 };
 
 void count_tag(LineReader& lines, std::string_view line) {
@@ -47,16 +52,20 @@ void count_tag(LineReader& lines, std::string_view line) {
 // next call.
 bool next_line(LineReader& lines, std::string_view& line) {
     line = {};
+    // The last character of a full buffer tells whether the line goes on, also past a zero byte.
+    char& last = lines.line[LINE_SIZE - 2];
+    last = '\n';
     if (std::fgets(lines.line, LINE_SIZE, lines.file.get()) == nullptr) return false;
+    if (!lines.line_goes_on) ++lines.line_number;
     const std::string_view text(lines.line);
     line = trim_right(trim_left(text));
     lines.has_long_line |= lines.line_goes_on && !line.empty();
-    lines.line_goes_on = text.size() == LINE_SIZE - 1 && !text.ends_with('\n');
+    lines.line_goes_on = last != '\n' && last != '\0';
     count_tag(lines, line);
     return true;
 }
 
-// True, with `value` behind it, when `line` begins with `tag`.
+// True, with `value` after it, when `line` begins with `tag`.
 bool match_tag(std::string_view line, std::string_view tag, std::string_view& value) {
     if (!line.starts_with(tag)) return false;
     value = line.substr(tag.size());
@@ -92,6 +101,7 @@ std::string resolve_media_uri(const std::string& directory, const std::string& u
 void read_media(PlaylistParser& parser, std::string_view list) {
     using enum AttributeForm;
     MediaEntry& media = parser.playlist.media.emplace_back();
+    media.line = parser.lines.line_number;
     const AttributeSlot slots[] = {
         {"TYPE", RAW, &media.type},
         {"GROUP-ID", QUOTED, &media.group_id},
@@ -135,9 +145,10 @@ void read_stream_attributes(std::string_view list, VariantStream& variant, Text&
 
 void read_variant(PlaylistParser& parser, std::string_view list) {
     VariantStream& variant = parser.playlist.variants.emplace_back();
+    variant.line = parser.lines.line_number;
     Text ignored;  // a variant's address is the next line
     read_stream_attributes(list, variant, ignored);
-    // A line with "#" is consumed all the same: a tag right behind this one is deliberately lost.
+    // A line with "#" is consumed all the same: a tag right after this one is deliberately lost.
     std::string_view line;
     if (next_line(parser.lines, line) && line.find('#') == std::string_view::npos)
         variant.uri = resolve_uri(parser.directory, line);
@@ -145,13 +156,22 @@ void read_variant(PlaylistParser& parser, std::string_view list) {
 
 void read_iframe_variant(PlaylistParser& parser, std::string_view list) {
     VariantStream& variant = parser.playlist.iframe_variants.emplace_back();
+    variant.line = parser.lines.line_number;
     read_stream_attributes(list, variant, variant.uri);
     if (variant.uri) variant.uri = resolve_uri(parser.directory, *variant.uri);
 }
 
-void read_map(PlaylistParser& parser, std::string_view list) {
+SegmentEntry& add_entry(PlaylistParser& parser, SegmentKind kind) {
     SegmentEntry& entry = parser.playlist.entries.emplace_back();
-    entry.kind = SegmentKind::INIT;
+    entry.kind = kind;
+    entry.line = parser.lines.line_number;
+    entry.discontinuity_sequence = parser.discontinuity_sequence;
+    entry.key = static_cast<uint32_t>(parser.playlist.key_methods.size());
+    return entry;
+}
+
+void read_map(PlaylistParser& parser, std::string_view list) {
+    SegmentEntry& entry = add_entry(parser, SegmentKind::INIT);
     Text uri;
     Text byte_range;
     const AttributeSlot slots[] = {
@@ -167,8 +187,7 @@ void read_map(PlaylistParser& parser, std::string_view list) {
 }
 
 void read_segment(PlaylistParser& parser, std::string_view value) {
-    SegmentEntry& entry = parser.playlist.entries.emplace_back();
-    entry.kind = SegmentKind::MEDIA;
+    SegmentEntry& entry = add_entry(parser, SegmentKind::MEDIA);
     entry.duration = value.substr(0, value.find(','));
     std::string_view line;
     next_line(parser.lines, line);
@@ -180,13 +199,27 @@ void read_segment(PlaylistParser& parser, std::string_view value) {
     }
     // Whatever the line holds is the address; at the end of the file it is empty.
     entry.uri = resolve_uri(parser.directory, line);
+    entry.line = parser.lines.line_number;
 }
 
-void add_marker(Playlist& playlist, SegmentKind kind) {
-    playlist.entries.emplace_back().kind = kind;
+void read_key(Playlist& playlist, std::string_view list) {
+    Text method;
+    const AttributeSlot slots[] = {{"METHOD", AttributeForm::RAW, &method}};
+    parse_attribute_list(list, slots);
+    playlist.key_methods.push_back(method.value_or(""));
 }
 
-// Tags are recognised by prefix, the first match wins: EXT-X-DISCONTINUITY-SEQUENCE is deliberately a discontinuity.
+// The one with a number opens the playlist (RFC 8216, 4.3.3.3), but is an entry like the other: deliberate.
+void read_discontinuity(PlaylistParser& parser, std::string_view line) {
+    std::string_view value;
+    if (match_tag(line, "#EXT-X-DISCONTINUITY-SEQUENCE:", value))
+        std::from_chars(value.data(), value.data() + value.size(), parser.discontinuity_sequence);
+    else
+        ++parser.discontinuity_sequence;
+    add_entry(parser, SegmentKind::DISCONTINUITY);
+}
+
+// Tags are recognised by prefix, the first match wins.
 void read_tag(PlaylistParser& parser, std::string_view line) {
     Playlist& playlist = parser.playlist;
     std::string_view value;
@@ -196,16 +229,20 @@ void read_tag(PlaylistParser& parser, std::string_view line) {
     if (match_tag(line, "#EXT-X-MAP:", value)) return read_map(parser, value);
     if (match_tag(line, "#EXTINF:", value)) return read_segment(parser, value);
     if (store_tag(line, "#EXT-X-VERSION:", playlist.version)) return;
-    if (line.starts_with("#EXT-X-DISCONTINUITY")) return add_marker(playlist, SegmentKind::DISCONTINUITY);
+    if (line.starts_with("#EXT-X-DISCONTINUITY")) return read_discontinuity(parser, line);
     if (store_tag(line, "#EXT-X-TARGETDURATION:", playlist.target_duration)) return;
     if (store_tag(line, "#EXT-X-MEDIA-SEQUENCE:", playlist.media_sequence)) return;
     if (store_tag(line, "#EXT-X-PLAYLIST-TYPE:", playlist.playlist_type)) return;
     if (line.starts_with("#EXT-X-INDEPENDENT-SEGMENTS")) playlist.independent_segments = true;
     if (line.starts_with("#EXT-X-I-FRAMES-ONLY")) playlist.iframes_only = true;
-    if (line.starts_with("#EXT-X-ENDLIST")) add_marker(playlist, SegmentKind::END_LIST);
-    // The standard allows it there, but it is read behind EXTINF only: deliberate.
+    if (line.starts_with("#EXT-X-ENDLIST")) add_entry(parser, SegmentKind::END_LIST);
+    if (match_tag(line, "#EXT-X-KEY:", value)) read_key(playlist, value);
+    // The standard allows it there, but it is read after EXTINF only: deliberate.
     if (line.starts_with("#EXT-X-BYTERANGE")) playlist.losses.early_byte_range = true;
-    // Keys, dates, session data and every other tag are of no interest here.
+    if (line.starts_with("#EXT-X-PART:") || line.starts_with("#EXT-X-PRELOAD-HINT:") ||
+        line.starts_with("#EXT-X-SKIP:"))
+        playlist.losses.low_latency = true;
+    // Dates, session data and every other tag are of no interest here.
 }
 
 }  // namespace
@@ -216,9 +253,10 @@ int read_playlist(const std::string& path, Playlist& playlist) {
     lines.file = open_input_file(path);
     if (!lines.file) {
         const char* reason = open_failure_text();
-        std::printf("ERROR: Invalid manifest path: %s\n", path.c_str());
-        report_reason(path, "cannot be opened: %s", reason);
-        return 1;
+        const int status =
+            fail(PLAYLIST_REFUSED, "playlist-manifest-path", "ERROR: Invalid manifest path: %s\n", path.c_str());
+        report_unreadable(path, reason);
+        return status;
     }
     PlaylistParser parser{lines, playlist_directory(path), playlist};
     std::string_view line;
@@ -228,24 +266,32 @@ int read_playlist(const std::string& path, Playlist& playlist) {
     playlist.losses.cut_short = std::ferror(lines.file.get()) != 0;
     playlist.losses.long_line = lines.has_long_line;
     if (lines.variant_count > 0 && lines.entry_count > 0) {
-        report_reason(path, "the playlist holds both variant streams and segments");
+        report_reason(ReasonEffect::FAILS_UNVALIDATED, "reason-playlist-mixed", path,
+                      "the playlist holds both variant streams and segments");
         playlist = {};
-        return 1;
+        return PLAYLIST_REFUSED;
     }
     playlist.is_master = lines.variant_count > 0;
     playlist.media.resize(lines.media_count);
     playlist.variants.resize(lines.variant_count);
     playlist.iframe_variants.resize(lines.iframe_variant_count);
     playlist.entries.resize(lines.entry_count);
-    return playlist.losses.cut_short ? -1 : 0;
+    return playlist.losses.cut_short ? PLAYLIST_CUT_SHORT : PLAYLIST_READ;
 }
 
 void report_playlist_losses(const std::string& path, const PlaylistLosses& losses) {
-    if (losses.cut_short) report_reason(path, "the playlist cannot be read to its end");
+    using enum ReasonEffect;
+    if (losses.cut_short)
+        report_reason(FAILS_UNVALIDATED, "reason-playlist-cut-short", path, "the playlist cannot be read to its end");
     if (losses.long_line)
-        report_reason(path, "a line is longer than %d characters: its rest is read as the next line", LINE_SIZE - 1);
+        report_reason(UNVALIDATED, "reason-playlist-long-line", path,
+                      "a line is longer than %d characters: its rest is read as the next line", LINE_SIZE - 1);
+    if (losses.low_latency)
+        report_reason(REMARK, "reason-playlist-low-latency", path,
+                      "EXT-X-PART, EXT-X-PRELOAD-HINT and EXT-X-SKIP are not read: only whole segments are validated");
     if (losses.early_byte_range)
-        report_reason(path, "a byte range stands in front of EXTINF: it is not read, the segment is its whole file");
+        report_reason(UNVALIDATED, "reason-playlist-early-byte-range", path,
+                      "a byte range stands before EXTINF: it is not read, the segment is its whole file");
 }
 
 std::string playlist_directory(const std::string& path) {

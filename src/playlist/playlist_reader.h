@@ -4,8 +4,13 @@
 
 #include "playlist/playlist.h"
 
-// Reads a local playlist. Returns 0, or 1 when the file cannot be opened ("ERROR: Invalid manifest path: ..." is
-// printed) or holds both variant streams and segments; -1 after a read error.
+// Results of reading a playlist.
+constexpr int PLAYLIST_READ = 0;
+constexpr int PLAYLIST_REFUSED = 1;     // not opened, or of no kind
+constexpr int PLAYLIST_CUT_SHORT = -1;  // a read failed
+
+// Reads a local playlist. Returns PLAYLIST_READ; PLAYLIST_REFUSED when the file cannot be opened ("ERROR: Invalid
+// manifest path: ..." is printed) or holds both variant streams and segments; PLAYLIST_CUT_SHORT after a read error.
 [[nodiscard]] int read_playlist(const std::string& path, Playlist& playlist);
 
 // Says on standard error what of the playlist's text was not read as it is meant.

@@ -20,7 +20,7 @@ int parse_ztp_program(const std::string& text, uint32_t& value) {
     std::string_view rest = text;
     while (rest.starts_with(' ') || rest.starts_with('\t')) rest.remove_prefix(1);
     if (rest.starts_with('+')) rest.remove_prefix(1);
-    // Without a digit behind it the "0" of "0x" is the number.
+    // Without a digit after it the "0" of "0x" is the number.
     if ((rest.starts_with("0x") || rest.starts_with("0X")) && rest.size() > 2 && hex_digit(rest[2]) >= 0)
         rest.remove_prefix(2);
     if (rest.empty() || hex_digit(rest.front()) < 0) return -1;

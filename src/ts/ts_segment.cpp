@@ -294,6 +294,5 @@ int ts_process_segment(FileReader& reader, const std::optional<std::string>& out
     if (status == 0 && timing != nullptr) fill_timing(context->stream_table, *timing);
     record_streams(*context);
     status |= close_outputs(*context);
-    reader_close(reader);
     return status;
 }

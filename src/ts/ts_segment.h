@@ -23,8 +23,8 @@ struct TsSegmentTiming {
     int64_t video_end_pts = 0;
 };
 
-// Demultiplexes and checks one transport stream segment. `reader` is started on the segment; it is closed. The
-// elementary streams go to "<output_dir>/<base_name><suffix>" (nowhere when `output_dir` is absent), created anew with
+// Demultiplexes and checks one transport stream segment. `reader` is started on the segment. The elementary
+// streams go to "<output_dir>/<base_name><suffix>" (nowhere when `output_dir` is absent), created anew with
 // `truncate`, else appended to. `stream_info` may be null. `timing` may be null; it is filled only when nothing failed.
 // Returns 0; or ORed: 11 a check failed, 5 lost sync or a second video PID, 3 an output file that cannot be written.
 [[nodiscard]] int ts_process_segment(FileReader& reader, const std::optional<std::string>& output_dir,

@@ -35,8 +35,9 @@ TEST(CommandLine, OptionsAndKindsOfInput) {
         for (const char* arg : args) name += std::string(name.empty() ? "" : " ") + arg;
         transcript += transcript_entry(
             name, [&] { return parse_command_line(static_cast<int>(argv.size()), argv.data(), options); });
-        transcript += "kind " + std::to_string(options.input_kind) + ", start " + std::to_string(options.start_index) +
-                      ", output " + (options.output_dir == nullptr ? "-" : options.output_dir) + "\n";
+        transcript += "kind " + std::to_string(static_cast<int>(options.input_kind)) + ", start " +
+                      std::to_string(options.start_index) + ", output " +
+                      (options.output_dir == nullptr ? "-" : options.output_dir) + "\n";
     }
     expect_golden("golden/command_line.txt", transcript);
 }

@@ -14,7 +14,7 @@ std::string variant(const std::string& codecs, const std::string& group = "a", c
     return "#EXT-X-STREAM-INF:BANDWIDTH=1,CODECS=\"" + codecs + "\",AUDIO=\"" + group + "\"\n" + uri + "\n";
 }
 
-// Each playlist, its findings, the result and what is marked: has_uri of every rendition, selected of every variant.
+// Each playlist, its findings, the result and what is marked: the selected renditions and variants.
 TEST(PlaylistChecks, FindingsAndMarks) {
     const std::string ec3 = variant("avc1,ec-3");
     const std::string unnamed = "TYPE=AUDIO,GROUP-ID=\"a\",URI=\"u\"";
@@ -50,7 +50,7 @@ TEST(PlaylistChecks, FindingsAndMarks) {
         int status = 1;
         report += text + printed_by([&] { status = check_master_playlist(playlist); });
         report += std::to_string(status) + " ";
-        for (const MediaEntry& entry : playlist.media) report += entry.has_uri ? 'U' : '-';
+        for (const MediaEntry& entry : playlist.media) report += entry.selected ? 'U' : '-';
         for (const VariantStream& stream : playlist.variants) report += stream.selected ? 'S' : '-';
         report += "\n\n";
     }

@@ -161,25 +161,65 @@ mkdir s_1.ts
 row 'a series ends at what cannot be opened' PASSED 0 's_%d.ts' 's_1.ts: cannot be opened: Is a directory; the series ends here'
 : >p.m3u8
 row 'a playlist without segments' PASSED 0 p.m3u8 'p.m3u8: the playlist names no segment'
-media '#EXTINF:4,' '#EXT-X-DISCONTINUITY'
-mkdir '#EXT-X-DISCONTINUITY'
-expect 'a tag in the place of an address' PASSED 0 'quorlin: p.m3u8: a tag stands where an address belongs' quorlin -i p.m3u8
+
+address() {  # NAME REASON LINE...: a playlist whose segment cannot be opened has a message, and this reason
+    local name=$1 reason=$2
+    shift 2
+    media "$@"
+    expect "$name" PASSED 0 "quorlin: $reason" quorlin -i p.m3u8
+}
+for line in '#EXT-X-DISCONTINUITY' '#EXT-X-PROGRAM-DATE-TIME:2026-01-01T00:00:00Z' '# no tag'; do
+    address "$line in the place of an address" "p.m3u8: line 3: \"$line\" stands where the address of a segment is read" \
+        '#EXTINF:4,' "$line" a.ts
+done
+address 'an empty address' 'p.m3u8: line 4: EXTINF is followed by no address: the segment is not read' \
+    '#EXTINF:4,' '#EXT-X-BYTERANGE:9@0' ''
+address 'a map without an address' 'p.m3u8: line 2: EXT-X-MAP without a URI: no init section is read' '#EXT-X-MAP:BYTERANGE="9@0"'
+address 'another scheme' 'https://h/a.ts: not a local file; it is not validated' '#EXTINF:4,' https://h/a.ts
+: >'a b.ts'
+for uri in 'a%20b.ts' 'a b.ts?c' 'a%20b.ts?c'; do
+    address "the address $uri" "$uri: cannot be opened: No such file or directory; \"a b.ts\" exists, but" '#EXTINF:4,' "$uri"
+done
 rm -rf ./*
+
 aac "$(pes 257 c0 ffff)" >a.ts
 media '#EXTINF:4,' '#EXT-X-BYTERANGE:1x@-1' a.ts
 row 'a byte range that is none' FAILED 0 p.m3u8 'a.ts: the byte range "1x@-1" is not a length and an offset; the segment is not read'
-bytes "$(text '#M3U')" >a.ts
-media '#EXTINF:4,' a.ts
-row 'a playlist as a segment' FAILED 0 p.m3u8 "a.ts: the segment's container is not recognised from its first 8 bytes"
-: >a.ts
-media '#EXTINF:4,' a.ts
-row 'an empty segment' FAILED 0 p.m3u8 "a.ts: the segment's container is not recognised from its first 8 bytes"
+unknown="a.ts: the segment's container is not recognised"
+start() {  # NAME REASON HEX...: the first bytes of a segment of no known container
+    local name=$1 reason=$2
+    shift 2
+    bytes "$@" >a.ts
+    media '#EXT-X-KEY:METHOD=AES-128,URI="k"' '#EXT-X-KEY:METHOD=NONE' ${key:+"$key"} '#EXTINF:4,' a.ts
+    row "$name" FAILED 0 p.m3u8 "$reason"
+}
+start 'an empty segment' 'a.ts: the segment is empty' ''
+start 'noise' "$unknown from its first 8 bytes" 8a17ff0033
+key='#EXT-X-KEY:METHOD=AES-128,URI="k"' start 'an encrypted segment' "$unknown: it is encrypted (EXT-X-KEY with METHOD=AES-128)" 8a17ff0033
+looks() {  # MEANING HEX...
+    local meaning=$1
+    shift
+    start "$meaning" "$unknown from its first 8 bytes: it looks like $meaning" "$@"
+}
+looks 'a playlist' "$(text '#EXTM3U')"
+looks 'text' "$(text '#M3U')"
+looks 'HTML or XML text, such as the error page of a server' "$(text '<html>404</html>')"
+looks 'ADTS audio without the ID3 tag that packed audio begins with' fff15080
+looks 'AC-3 or E-AC-3 audio without the ID3 tag that packed audio begins with' 0b770000
+looks 'ISO media that does not begin with a box ftyp, styp or moof' "$(box sidx 00)"
+looks 'an MPEG program stream' 000001ba44
+looks 'Matroska or WebM' 1a45dfa3
+looks 'a transport stream with packets of 192 bytes' "$(repeat "0000000047$(repeat 00 187)" 3)"
+looks 'a transport stream that does not begin with a packet' "0000$(repeat "47$(repeat 00 187)" 3)"
+aac "$(pes 257 c0 ffff)" >a.ts
+media '#EXT-X-PART:DURATION=1,URI="p.ts"' '#EXTINF:4,' a.ts '#EXT-X-PRELOAD-HINT:TYPE=PART,URI="q.ts"'
+row 'low latency' PASSED 0 p.m3u8 'p.m3u8: EXT-X-PART, EXT-X-PRELOAD-HINT and EXT-X-SKIP are not read: only whole segments are validated'
 aac "$(pes 257 c0 ffff)" >a.ts
 media "#EXT-X-KEY:$(repeat x 5000)" '#EXTINF:4,' a.ts
 row 'a line that is too long' PASSED 0 p.m3u8 'p.m3u8: a line is longer than 4095 characters: its rest is read as the next line'
 aac "$(pes 257 c0 ffff)" >a.ts
 media '#EXT-X-BYTERANGE:188@0' '#EXTINF:4,' a.ts
-row 'a byte range in front of its segment' PASSED 0 p.m3u8 'p.m3u8: a byte range stands in front of EXTINF: it is not read, the segment is its whole file'
+row 'a byte range before its segment' PASSED 0 p.m3u8 'p.m3u8: a byte range stands before EXTINF: it is not read, the segment is its whole file'
 
 master "$variant" a.m3u8 '#EXT-X-MEDIA:TYPE=SUBTITLES,GROUP-ID="s",URI="s.m3u8"'
 row 'a rendition of another type' PASSED 0 m.m3u8 's.m3u8: a rendition that is not of TYPE=AUDIO: the playlist is not validated'
@@ -190,9 +230,15 @@ row 'a rendition without a stem' PASSED 0 m.m3u8 's: the name has no extension t
 master "$variant" a.m3u8 "$variant" v
 row 'a variant without a stem' PASSED 0 m.m3u8 'v: the name has no extension to take a stem from; the playlist is not validated'
 master "$variant" '#EXT-X-VERSION:7' "$variant" a.m3u8
-row 'a variant without an address' PASSED 0 m.m3u8 'm.m3u8: a variant has no URI: no playlist of it is validated'
+row 'a variant without an address' PASSED 0 m.m3u8 'm.m3u8: line 2: a variant has no URI, or a line with "#" stands where it is read: no playlist of it is validated'
 master "$variant" a.m3u8 "$variant" a.m3u8
-row 'one address twice' PASSED 0 m.m3u8 "a.m3u8: an earlier variant has the same URI: validated once, with that variant's CODECS"
+row 'one address twice' PASSED 0 m.m3u8 'a.m3u8: an earlier variant has the same URI: validated once'
+master "$variant" a.m3u8 '#EXT-X-STREAM-INF:BANDWIDTH=1,CODECS="mp4a.40.5"' a.m3u8
+row 'one address, two CODECS' PASSED 0 m.m3u8 "a.m3u8: an earlier variant has the same URI: validated once, with that variant's CODECS"
+master "$variant" a.m3u8 "$variant" b/a.m3u8
+mkdir b
+cp a.m3u8 a.ts b
+row 'two playlists of one stem' PASSED 0 m.m3u8 'out/a_pid_257.adts: started anew for b/a.m3u8: what this run had written of a.m3u8 is replaced' -o out
 master "$variant" a.m3u8 '#EXT-X-I-FRAME-STREAM-INF:BANDWIDTH=1,URI="i.m3u8"'
 row 'an I-frame playlist' PASSED 0 m.m3u8 'i.m3u8: an I-frame playlist: it is not validated'
 master "$variant" v.m3u8
