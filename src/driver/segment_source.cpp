@@ -28,7 +28,7 @@ void report_no_address(const SegmentEntry& entry, const char* address) {
                       "line %u: EXTINF is followed by no address: the segment is not read", entry.line);
     else
         report_reason(UNVALIDATED, "reason-playlist-tag-as-address", playlist,
-                      "line %u: \"%.60s\" stands where the address of a segment is read, and is taken as the address: "
+                      "line %u: \"%s\" stands where the address of a segment is read, and is taken as the address: "
                       "only EXT-X-BYTERANGE may stand between EXTINF and it",
                       entry.line, address);
 }

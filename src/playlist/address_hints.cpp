@@ -51,7 +51,7 @@ void report_unreadable(const std::string& path, const char* cause) {
     else
         report_reason(
             UNVALIDATED, "reason-address-as-it-stands", path,
-            "cannot be opened: %s; \"%s\" exists, but an address is taken as a file name as it stands: %%XX is "
-            "not decoded, a query is not cut off",
+            "cannot be opened: %s; \"%s\" exists, but an address is taken as a file name as it stands: nothing in "
+            "it is decoded or cut off",
             cause, meant.c_str());
 }
