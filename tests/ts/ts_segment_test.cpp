@@ -6,6 +6,8 @@
 #include <filesystem>
 #include <string>
 
+#include "bits/recorder.h"
+#include "bits/stream_clock.h"
 #include "support/files.h"
 #include "support/golden.h"
 #include "support/ts_writer.h"
@@ -97,6 +99,31 @@ TEST(TsSegment, EverySeamGivesTheSameResult) {
         const Demuxed seams = demux(bytes, "", chunk);
         EXPECT_EQ(seams.report, whole.report) << chunk;
         EXPECT_EQ(seams.files, whole.files) << chunk;
+    }
+}
+
+// Where transport packets cut the header of a PES packet changes nothing.
+TEST(TsSegment, EveryCutOfAHeaderGivesTheSameResult) {
+    const Bytes unit = pes_packet({.stream_id = 0xC0, .pts = 9000, .dts = 8000, .payload = numbered(300)});
+    const auto demux_cut = [&](size_t first, size_t second) {
+        TsWriter segment = begin_segment({{0x0F, AUDIO_PID}});
+        size_t at = 0;
+        for (const size_t size : {first, second, size_t{150}, size_t{100}, unit.size() - first - second - 250}) {
+            const auto part = unit.begin() + static_cast<long>(at);
+            const Bytes payload(part, part + static_cast<long>(size));
+            segment.packet({.pid = AUDIO_PID, .payload_unit_start_indicator = at == 0, .payload = payload});
+            at += size;
+        }
+        return demux(segment.bytes);
+    };
+    const Demuxed whole = demux_cut(50, 1);
+    EXPECT_EQ(whole.files.at("s_pid_257.adts"), text_of(numbered(300)));
+    for (size_t first = 1; first < 21; ++first) {
+        for (const size_t second : {1, 8}) {
+            const Demuxed cut = demux_cut(first, second);
+            EXPECT_EQ(cut.report, whole.report) << first << " " << second;
+            EXPECT_EQ(cut.files, whole.files) << first << " " << second;
+        }
     }
 }
 
@@ -257,5 +284,65 @@ TEST(TsSegment, ProgramTables) {
     TsWriter once = begin_segment(wrong_tag);
     once.pmt({.streams = wrong_tag});
     transcript += entry("a table is checked once", once);
+
+    // Parsed while another program is followed, compared when its own turn comes.
+    TsWriter later;
+    later.pat({{1, 0x100}, {2, 0x200}});
+    later.pmt({.streams = wrong_tag}, 0x200);
+    later.pat({{2, 0x200}});
+    later.pmt({.streams = wrong_tag}, 0x200);
+    transcript += entry("a table is checked when its program is followed", later);
     expect_golden("golden/program_tables.txt", transcript);
+}
+
+namespace {
+
+std::string events;
+
+std::string text_of(int64_t value, int64_t none) {
+    return value == none ? "-" : std::to_string(value);
+}
+
+void add_event(const char* id, const Place& place) {
+    events += std::string(id) + ": byte " + text_of(place.offset, NO_OFFSET) + ", PID " +
+              text_of(place.stream, NO_STREAM) + ", time " + text_of(place.time, NO_TIME) + "\n";
+}
+
+const Recorder RECORDER = {
+    .finding = [](const Finding& finding) { add_event(finding.id, finding.place); },
+    .text = [](std::string_view) {},
+    .verdict = [](std::string_view, bool) {},
+    .reason = [](const Reason& reason) { add_event(reason.id, reason.place); },
+    .playlist = [](const PlaylistFacts&, const Place&) {},
+    .segment =
+        [](const SegmentFacts& segment, const Place&) {
+            for (const StreamFacts& s : segment.streams)
+                events += std::to_string(s.id) + " " + s.codec + ": " + text_of(s.first_time, NO_TIME) + " to " +
+                          text_of(s.last_time, NO_TIME) + ", " + std::to_string(s.units) + " units, " +
+                          std::to_string(s.payload_bytes) + " bytes\n";
+        },
+};
+
+}  // namespace
+
+TEST(TsSegment, PlacesOfFindingsAndFactsOfStreams) {
+    constexpr uint64_t LAST_PTS = 0x1FFFFFFFF;  // before the clock wraps
+    TsWriter segment = begin_segment({{0x87, AUDIO_PID}, {0x1B, VIDEO_PID}, {0x03, 0x103}});
+    segment.pes(VIDEO_PID, {.stream_id = 0xE0, .pts = LAST_PTS - 1, .dts = LAST_PTS, .payload = numbered(200)});
+    segment.pes(AUDIO_PID, pes(10));  // of a stream_id that is refused
+    segment.pes(VIDEO_PID, {.stream_id = 0xE0, .pts = 2999, .payload = numbered(200), .PES_packet_length = 0});
+    const size_t scrambled = segment.bytes.size();
+    segment.pes(AUDIO_PID, {.pts = 2000, .payload = numbered(300)});  // without a descriptor
+    segment.bytes[scrambled + 3] |= 0x80;
+    segment.pes(AUDIO_PID, {.pts = 4000, .payload = numbered(300)});
+    const size_t bad = segment.bytes.size() - 188;  // the end of that packet
+    segment.bytes[bad] = 0;
+    segment.bytes.resize(bad + 288);
+    events.clear();
+    reset_stream_clock();
+    set_recorder(&RECORDER);
+    demux(segment.bytes);
+    record_segment({});
+    set_recorder(nullptr);
+    expect_golden("golden/places.txt", events);
 }
