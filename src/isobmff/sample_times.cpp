@@ -34,7 +34,9 @@ bool advance(const SampleTables& tables, SampleClock& clock) {
     ++clock.sample;
     if (clock.row >= tables.time_to_sample.size()) return false;
     ++clock.used;
-    if (clock.time) *clock.time += tables.time_to_sample[clock.row].sample_delta;
+    const uint64_t delta = tables.time_to_sample[clock.row].sample_delta;
+    if (clock.time && *clock.time > std::numeric_limits<uint64_t>::max() - delta) clock.time.reset();
+    if (clock.time) *clock.time += delta;
     return true;
 }
 
