@@ -108,7 +108,7 @@ TEST(Ac4Toc, Layouts) {
 // the head is readable from the prefix on that holds mdcompat of the first presentation.
 TEST(Ac4Toc, EveryKindIsReadToItsEndAndNoPrefixIs) {
     const std::map<std::string, size_t> head_bytes = {{"virtual", 5}, {"several", 25}, {"immersive", 4},
-                                                      {"objects", 4}, {"configs", 5},  {"old", 4}};
+                                                      {"objects", 5}, {"configs", 5},  {"old", 4}};
     ac4_toc toc;
     for (const Ac4Sample& sample : ac4_samples()) {
         std::vector<uint8_t> frame = write_fields(sample.toc);
@@ -171,6 +171,8 @@ TEST(Ac4Toc, CountsHaveALimit) {
     EXPECT_EQ(status(groups, "group_index:e3.2=0", "group_index:e3.2=20000"), -1);
     groups = change_field(groups, "group:9=0x60", "two_substreams:16=0 group:9=0x60");
     EXPECT_EQ(status(groups, "group_index:e3.2=0", "group_index:e3.2=19999"), -1);
+    EXPECT_EQ(status(several, "n_add_emdf_substreams:v2=0", "n:v2=19996"), 0);
+    EXPECT_EQ(status(several, "n_add_emdf_substreams:v2=0", "n:v2=19997"), -1);
     EXPECT_EQ(status(several, "n_substreams:v2=1", "n:v2=19996"), 0);
     EXPECT_EQ(status(several, "n_substreams:v2=1", "n:v2=19997"), -1);
 }
