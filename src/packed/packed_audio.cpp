@@ -35,6 +35,8 @@ constexpr uint16_t ADTS_SYNC_WORD = 0xFFF1;
 constexpr uint16_t ADTS_ANY_MASK = 0xFFF6;
 constexpr uint16_t ADTS_ANY = 0xFFF0;
 
+constexpr uint16_t MPEG_AUDIO_MASK = 0xFFE0;  // the sync word of layers I to III, ISO/IEC 11172-3
+
 // The sixth byte of a syncframe holds bsid in its upper five bits.
 constexpr size_t SYNCFRAME_BSID_OFFSET = 5;
 constexpr uint32_t FORMAT_HEAD_SIZE = SYNCFRAME_BSID_OFFSET + 1;
@@ -55,23 +57,32 @@ PackedFormat recognise(std::span<const uint8_t> head) {
     return PackedFormat::NONE;
 }
 
-// What stands where the payload should begin, as far as that helps to tell what it is.
+// With what stands where the payload should begin, as far as that helps.
 void report_unknown_format(std::span<const uint8_t> head, const std::string& path, uint64_t position) {
-    const auto report = [&](const char* id, const char* what) {
-        report_reason(ReasonEffect::UNVALIDATED, id, path,
-                      "no packed audio format recognised at byte %" PRIu64 "%s: nothing is checked", position, what);
-    };
+    constexpr ReasonEffect EFFECT = ReasonEffect::UNVALIDATED;
     const uint16_t start = load_be16(head, 0);
     if (head.empty())
-        report("reason-packed-format-empty", ", where the segment ends");
+        report_reason(EFFECT, "reason-packed-format-empty", path,
+                      "no packed audio format recognised at byte %" PRIu64
+                      ", where the segment ends: nothing is checked",
+                      position);
     else if (start == FRAME_SYNCWORD)
-        report("reason-packed-format-cut", ", a syncframe of fewer than 6 bytes");
+        report_reason(EFFECT, "reason-packed-format-cut", path,
+                      "no packed audio format recognised at byte %" PRIu64
+                      ", a syncframe of fewer than 6 bytes: nothing is checked",
+                      position);
     else if ((start & ADTS_ANY_MASK) == ADTS_ANY)
-        report("reason-packed-format-adts", ", AAC in ADTS frames of MPEG-2 or with a CRC");
-    else if ((start & 0xFFE0) == 0xFFE0)
-        report("reason-packed-format-mpeg", ", MPEG audio");
+        report_reason(EFFECT, "reason-packed-format-adts", path,
+                      "no packed audio format recognised at byte %" PRIu64
+                      ", AAC in ADTS frames of MPEG-2 or with a CRC: nothing is checked",
+                      position);
+    else if ((start & MPEG_AUDIO_MASK) == MPEG_AUDIO_MASK)
+        report_reason(EFFECT, "reason-packed-format-mpeg", path,
+                      "no packed audio format recognised at byte %" PRIu64 ", MPEG audio: nothing is checked",
+                      position);
     else
-        report("reason-packed-format", "");
+        report_reason(EFFECT, "reason-packed-format", path,
+                      "no packed audio format recognised at byte %" PRIu64 ": nothing is checked", position);
 }
 
 // Leaves the reader where it was, at the payload's first byte.

@@ -27,7 +27,7 @@ constexpr option LONG_OPTIONS[] = {
     {nullptr, 0, nullptr, 0},
 };
 
-// A decimal number, or a hexadecimal one behind "0x": no sign, no blanks, nothing behind it. False when the text is
+// A decimal number, or a hexadecimal one after "0x": no sign, no blanks, nothing after it. False when the text is
 // anything else or the number does not fit 16 bits.
 bool parse_number(std::string_view text, uint16_t& value) {
     int base = 10;
@@ -118,6 +118,8 @@ void print_ztpinfo_help() {
         "  2  Blu-ray primary audio\n"
         "  3  HD-DVD secondary audio\n"
         "  4  Blu-ray secondary audio\n"
+        "\n"
+        "With several files, each has its name printed first, and each broken rule its timeslice and time.\n"
         "\n"
         "Exit status, the worst of all files:\n"
         "  0    no rule is broken\n"

@@ -13,7 +13,7 @@ struct ZtpInfoCommand {
     std::vector<std::string> files;  // "-" is standard input
 };
 
-// Reads the argument vector in the GNU way: abbreviated long options, `--name VALUE` and `--name=VALUE`, options behind
+// Reads the argument vector in the GNU way: abbreviated long options, `--name VALUE` and `--name=VALUE`, options after
 // operands, `--` as the end of the options. Returns 0, or -1 on a usage error after a message on standard error.
 [[nodiscard]] int parse_ztpinfo_command_line(int argc, char** argv, ZtpInfoCommand& command);
 

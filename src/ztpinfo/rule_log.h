@@ -22,8 +22,9 @@ struct BrokenRule {
 };
 
 struct RuleLog {
-    bool kept = false;       // somebody wants to know; nothing is stored otherwise
-    uint64_t timeslice = 0;  // the one that is being checked
+    bool kept = false;               // somebody wants to know; nothing is stored otherwise
+    bool timeslices_listed = false;  // the lists tell the timeslice and its time
+    uint64_t timeslice = 0;          // the one that is being checked
     std::vector<BrokenRule> rules;
     std::optional<Place> first_failure;
     std::optional<Place> failure_in_call;  // the first one of the current call

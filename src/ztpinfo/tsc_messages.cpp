@@ -1,8 +1,10 @@
 #include "ztpinfo/tsc_messages.h"
 
 #include <array>
+#include <cinttypes>
 
 #include "bits/finding.h"
+#include "ztpinfo/tsi.h"
 #include "ztpinfo/ztpinfo.h"
 
 namespace {
@@ -196,6 +198,11 @@ void print_rule(uint32_t number, bool fails) {
         note(id, FORMAT, number, message);
 }
 
+void print_located_rule(uint32_t number, const RulePlace& place) {
+    announce("    %03u - %s (timeslice %" PRIu64 ", %.3f s)\n", number, MESSAGES[number - FIRST_MESSAGE],
+             place.timeslice, static_cast<double>(place.place.time) / CLOCK_90KHZ);
+}
+
 }  // namespace
 
 void print_compliance_list(const ComplianceFlags& compliance, bool with_warnings, RuleLog& log) {
@@ -205,7 +212,12 @@ void print_compliance_list(const ComplianceFlags& compliance, bool with_warnings
     const PlaceScope scope;
     for (uint32_t i = FIRST_MESSAGE; i < COMPLIANCE_NUMBERS; ++i) {
         if (!listed[i]) continue;
-        if (log.kept) current_place = place_of_listed_rule(log, i).place;
-        print_rule(i, compliance.failures[i]);
+        RulePlace place = {current_place};
+        if (log.kept) place = place_of_listed_rule(log, i);
+        current_place = place.place;
+        if (log.timeslices_listed)
+            print_located_rule(i, place);
+        else
+            print_rule(i, compliance.failures[i]);
     }
 }

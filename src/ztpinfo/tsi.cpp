@@ -207,7 +207,8 @@ double playing_time_seconds(const ZtpStreamTotals& totals) {
 
 int64_t playing_time_90khz(const ZtpStreamTotals& totals) {
     constexpr uint64_t COMMON_FACTOR = 18000;  // of both clocks
-    return static_cast<int64_t>(totals.playing_time * (90000 / COMMON_FACTOR) / (PLAYING_TIME_UNITS / COMMON_FACTOR));
+    return static_cast<int64_t>(totals.playing_time * (CLOCK_90KHZ / COMMON_FACTOR) /
+                                (PLAYING_TIME_UNITS / COMMON_FACTOR));
 }
 
 double overall_data_rate_kbps(const ZtpStreamTotals& totals) {

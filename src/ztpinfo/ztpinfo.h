@@ -56,8 +56,9 @@ enum ZtpRuleSet : uint16_t {
 struct ZtpSettings {
     uint16_t options = ZTP_DEFAULT_OPTIONS;
     uint16_t rule_set = ZTP_RULES_GENERIC;
-    bool stop_on_failure = false;  // end the walk of a buffer as soon as a failure is on record
-    bool contiguous = false;       // buffers lie in the file as they are handed over, see ztpinfo_analyse
+    bool stop_on_failure = false;    // end the walk of a buffer as soon as a failure is on record
+    bool contiguous = false;         // buffers lie in the file as they are handed over, see ztpinfo_analyse
+    bool timeslices_listed = false;  // lists of rules tell the timeslice that broke each, and its time
 };
 
 struct ZtpSubstreamSummary {

@@ -174,7 +174,8 @@ void start_buffer(ZtpInfoContext& context, std::span<const uint8_t> bytes) {
     context.input.bytes = bytes;
     context.timeslices_before = context.timeslices.totals.timeslices;
     RuleLog& log = context.timeslices.rule_log;
-    log.kept = current_recorder() != nullptr;
+    log.timeslices_listed = context.settings.timeslices_listed;
+    log.kept = current_recorder() != nullptr || log.timeslices_listed;
     if (!log.kept) return;
     log.failure_in_call.reset();
     context.buffer_place = current_place;

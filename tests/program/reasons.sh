@@ -376,6 +376,10 @@ packed 'another owner' "the PRIV frame of the ID3 tag has another owner than the
 packed 'a short tag' 'the ID3 tag is too short for a timestamp (byte 10)' FAILED "$(tag 00)"
 packed 'a cut tag' 'the ID3 tag is longer than the segment (byte 72)' FAILED "${timestamp:0:144}"
 packed 'an unknown format' 'no packed audio format recognised at byte 73: nothing is checked' PASSED "${timestamp}12345678"
+packed 'nothing after the tag' 'no packed audio format recognised at byte 73, where the segment ends: nothing is checked' PASSED "$timestamp"
+packed 'a short syncframe' 'no packed audio format recognised at byte 73, a syncframe of fewer than 6 bytes: nothing is checked' PASSED "${timestamp}0b77"
+packed 'ADTS with a CRC' 'no packed audio format recognised at byte 73, AAC in ADTS frames of MPEG-2 or with a CRC: nothing is checked' PASSED "${timestamp}fff8"
+packed 'MP3' 'no packed audio format recognised at byte 73, MPEG audio: nothing is checked' PASSED "${timestamp}fffb"
 packed 'bsid 9' 'the bsid of the frame at byte 73 is neither AC-3 nor E-AC-3: copied unchecked' PASSED "${timestamp}0b7700000048"
 bytes "$timestamp" >a.aac
 media '#EXTINF:4,' '#EXT-X-BYTERANGE:20@5' a.aac
@@ -386,7 +390,10 @@ loose() {  # TEXT HEX
     media '#EXTINF:4,' a.aac
     expect "$1" FAILED 0 "quorlin: a.aac: $1" quorlin -i p.m3u8
 }
-loose 'no AC-4 sync word 0xAC40 at byte 73: the rest is not looked at' ac410000
+loose 'an AC-4 frame with a CRC (sync word 0xAC41) at byte 73: it and the rest are not looked at' ac410000
+loose 'no AC-4 sync word 0xAC40 at byte 81: the rest is not looked at' ac4000048000208000
+loose 'the AC-4 frame at byte 73 is cut: 6 of its 8 bytes are there' ac4000048000
+loose 'the AC-4 frame at byte 73 has 10485761 bytes, more than 10485760: it and the rest are not looked at' ac40ffffa00001
 frame=0b7700010080 # E-AC-3, of four bytes as far as its size goes
 loose 'no sync word in the last bytes, from byte 77 on' "${frame}0000"
 loose 'bytes 77 to 78 skipped: no sync word' "${frame}0b770001"

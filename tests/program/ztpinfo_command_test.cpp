@@ -14,7 +14,10 @@ const std::string CLEAN = STREAMS + "eac3_51_metadata.ec3";
 const std::string FAILING = STREAMS + "ac3_51_metadata.ac3";  // rule 68: not E-AC-3
 const std::string BSID_FAILURE = "    068 - FAILURE: Zentra Plus: Primary audio: I0: BSID is not 16.\n";
 
-// `$ZTPINFO` in a command is the program under test, behind a launcher such as valgrind if there is one.
+// Of several files.
+const std::string LOCATED_BSID_FAILURE = BSID_FAILURE.substr(0, BSID_FAILURE.size() - 1) + " (timeslice 1, 0.000 s)\n";
+
+// `$ZTPINFO` in a command is the program under test, after a launcher such as valgrind if there is one.
 ProgramResult run(const std::string& command) {
     return run_program("ZTPINFO=\"$QUORLIN_LAUNCHER " ZTPINFO_PROGRAM "\"; " + command);
 }
@@ -33,14 +36,16 @@ const CommandCase CASES[] = {
     {"standard input", "$ZTPINFO - <" + FAILING, 1, BSID_FAILURE + BSID_FAILURE, ""},
     {"a pipe", "cat " + FAILING + " | $ZTPINFO -", 1, BSID_FAILURE + BSID_FAILURE, ""},
     {"no bytes at all", "$ZTPINFO /dev/null", 0, "", ""},
-    {"each file has its own analysis", "$ZTPINFO " + FAILING + " " + CLEAN, 1, BSID_FAILURE + BSID_FAILURE, ""},
-    {"the worst file counts, the others are analysed", "$ZTPINFO none " + FAILING, 2, BSID_FAILURE + BSID_FAILURE,
+    {"the worst of several files counts, each has its own analysis", "$ZTPINFO none " + FAILING + " " + CLEAN, 2,
+     "none:\n" + FAILING + ":\n" + LOCATED_BSID_FAILURE + LOCATED_BSID_FAILURE + CLEAN + ":\n",
      "ztpinfo: none: No such file"},
+    {"an ID3 tag", "printf ID3 | $ZTPINFO -", 2, "", "ztpinfo: -: begins with an ID3 tag"},
+    {"AC-4", "printf '\\254\\101' | $ZTPINFO -", 2, "", "ztpinfo: -: begins with an AC-4 sync word"},
     {"a directory", "$ZTPINFO .", 2, "", "ztpinfo: .: Is a directory"},
     {"not a stream", "$ZTPINFO ztpinfo_command_test.cpp", 2, "", "Invalid syncword detected"},
     {"options in decimal, separate", "$ZTPINFO --options 16 " + FAILING, 1, BSID_FAILURE, ""},
     {"options in hexadecimal", "$ZTPINFO --options=0x0010 " + FAILING, 1, BSID_FAILURE, ""},
-    {"options behind the file", "$ZTPINFO " + FAILING + " --opt=0", 1, "", ""},
+    {"options after the file", "$ZTPINFO " + FAILING + " --opt=0", 1, "", ""},
     {"rule set", "$ZTPINFO --rules=2 " + FAILING, 0, "", ""},
     {"end of the options", "$ZTPINFO -- --help", 2, "", "ztpinfo: --help: No such file"},
     {"a name is never a format", "$ZTPINFO %s%n", 2, "", "ztpinfo: %s%n: No such file"},
@@ -82,7 +87,7 @@ TEST(ZtpInfoCommand, HelpExplainsEveryBitAndRuleSet) {
     EXPECT_EQ(run("$ZTPINFO --version").out, "ztpinfo (quorlin) " QUORLIN_VERSION "\n");
 }
 
-// One file is one analysis: every rule sees the stream from its begin to its end.
+// One file is one analysis: every rule sees the stream from its start to its end.
 TEST(ZtpInfoCommand, StopsOnFailure) {
     const ProgramResult whole = run("$ZTPINFO --options=0x20 " + FAILING);
     const ProgramResult stopped = run("$ZTPINFO --options=0x20 --stop-on-failure " + FAILING);
