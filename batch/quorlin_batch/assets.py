@@ -3,7 +3,6 @@
 import codecs
 import os
 from collections.abc import Iterable
-from dataclasses import dataclass, field
 
 from .playlists import read_playlist
 
@@ -13,14 +12,15 @@ FolderId = tuple[int, int]
 
 
 class UsageError(Exception):
-    """What the user has to mend before a batch can begin."""
+    """What the user has to put right before a batch can begin."""
 
 
-@dataclass
 class Found:
     """Absolute paths in order, each once; and what could not be searched."""
-    assets: dict[str, None] = field(default_factory=dict)
-    problems: list[str] = field(default_factory=list)
+
+    def __init__(self) -> None:
+        self.assets: dict[str, None] = {}
+        self.problems: list[str] = []
 
 
 def find_assets(arguments: Iterable[str], null: bool, leave_out: Iterable[str]) -> Found:

@@ -1,77 +1,101 @@
-"""Hands the jobs to GNU parallel. Its exit code speaks of this call only: the reports count."""
+"""Hands chunks of assets to GNU parallel. Its exit code speaks of this call only: the reports count."""
 
-import base64
 import os
 import shlex
 import signal
 import subprocess
 import sys
-from collections.abc import Iterable
-from dataclasses import dataclass, field
+from collections.abc import Callable
 
+from .chunks import cost_of, divide
 from .reports import MAX_ATTEMPTS, Settings, batch_file
 from .text import write_whole
 
-# Beyond its own time limit a job reads files and folds findings, gigabytes of them at worst. GNU
-# parallel ends it when even that hangs.
+# Beyond the time limits of its assets a worker reads files and folds events, gigabytes of them at
+# worst. GNU parallel ends it when even that hangs.
 TIME_FOR_THE_REST = 1800
 
 
-@dataclass
 class Engine:
-    """What is passed through to GNU parallel."""
-    lock: int  # the jobs hold it too: what is left of a killed batch still works in the folder
-    jobs: str | None = None
-    sshlogins: list[str] = field(default_factory=list)
-    sshloginfiles: list[str] = field(default_factory=list)
-    bar: bool = False
+    """What is passed through to GNU parallel, and what it is given."""
 
+    def __init__(self, lock: int, jobs: str | None, sshlogins: list[str], sshloginfiles: list[str],
+                 progress: Callable[[int], None] | None):
+        self.lock = lock  # the workers hold it too: what is left of a killed batch is at work
+        self.jobs = jobs
+        self.sshlogins = sshlogins
+        self.sshloginfiles = sshloginfiles
+        self.progress = progress  # told how many assets are done
+        self.interrupted = False
 
-def parallel_command(engine: Engine, settings: Settings) -> list[str]:
-    # --plain: no options from the user's own configuration. A job is a number, so that no name is
-    # in anybody's way.
-    command = ["parallel", "--plain", "--will-cite", "--null", "--ungroup", "--halt", "never"]
-    command += ["--retries", str(MAX_ATTEMPTS), "--termseq", "TERM,5000,KILL,25"]
-    command += ["--joblog", batch_file(settings.reports, "joblog")]
-    if settings.limit:
-        command += ["--timeout", str(int(settings.limit) + TIME_FOR_THE_REST)]
-    if engine.jobs is not None:
-        command += ["--jobs", engine.jobs]
-    for login in engine.sshlogins:
-        command += ["--sshlogin", login]
-    for file in engine.sshloginfiles:
-        command += ["--sshloginfile", file]
-    if engine.bar:
-        command.append("--bar")
-    reports = base64.urlsafe_b64encode(os.fsencode(settings.reports)).decode()
-    return [*command, f"{shlex.quote(os.path.abspath(sys.argv[0]))} --run-job {reports} {{}}"]
+    def slots(self) -> int:
+        """About how many workers there will be; for a host that cannot be asked, as many as here."""
+        here = len(os.sched_getaffinity(0))
+        jobs = int(self.jobs) if self.jobs and self.jobs.isdigit() else here
+        hosts = sum(login.count(",") + 1 for login in self.sshlogins)
+        for path in self.sshloginfiles:
+            try:
+                with open(path, "rb") as file:
+                    hosts += sum(1 for line in file if line.strip())
+            except OSError:
+                pass
+        return max(1, jobs or here) * max(1, hosts)
 
+    def command(self, settings: Settings, longest: int) -> list[str]:
+        # --plain: no options from the user's own configuration. A chunk is two numbers, so that no
+        # name is in anybody's way.
+        command = ["parallel", "--plain", "--will-cite", "--ungroup", "--halt", "never"]
+        command += ["--retries", str(MAX_ATTEMPTS), "--termseq", "TERM,5000,KILL,25"]
+        command += ["--joblog", batch_file(settings.reports, "joblog")]
+        if settings.limit:
+            command += ["--timeout", str(int(settings.limit) * longest + TIME_FOR_THE_REST)]
+        if self.jobs is not None:
+            command += ["--jobs", self.jobs]
+        for login in self.sshlogins:
+            command += ["--sshlogin", login]
+        for file in self.sshloginfiles:
+            command += ["--sshloginfile", file]
+        reports = os.fsencode(settings.reports).hex()
+        program = shlex.quote(os.path.abspath(sys.argv[0]))
+        return [*command, f"python3 -ES {program} --chunk {reports} {{}}"]
 
-def run_jobs(engine: Engine, settings: Settings, assets: list[str], to_do: Iterable[int]) -> bool:
-    """Runs the jobs of `to_do` (numbers of assets). False when the user interrupted them."""
-    names = b"".join(os.fsencode(asset) + b"\0" for asset in assets)
-    write_whole(batch_file(settings.reports, "assets"), names)
-    settings.store()
-    interrupted = False
-    environment = os.environ | {"PARALLEL_SHELL": "/bin/sh"}
-    # GNU parallel heeds a hangup even below nohup. In a group of its own it gets none.
-    below_nohup = signal.getsignal(signal.SIGHUP) == signal.SIG_IGN
-    process = subprocess.Popen(parallel_command(engine, settings), stdin=subprocess.PIPE,
-                               env=environment, pass_fds=[engine.lock],
-                               process_group=0 if below_nohup else None)
+    def run(self, settings: Settings, assets: list[str], largest: int | None = None) -> bool:
+        """Validates the assets. False when the user interrupted it. `largest`: number of assets
+        in a chunk."""
+        write_whole(batch_file(settings.reports, "assets"),
+                    b"\0".join(os.fsencode(asset) for asset in assets))
+        settings.store()
+        costs = [cost_of(asset) for asset in assets]
+        chunks = divide(costs, self.slots(), largest)
+        path = batch_file(settings.reports, "chunks")
+        write_whole(path, "".join(f"{first}-{end}\n" for first, end in chunks).encode())
+        longest = max(end - first for first, end in chunks)
+        # GNU parallel heeds a hangup even below nohup. In a group of its own it gets none.
+        below_nohup = signal.getsignal(signal.SIGHUP) == signal.SIG_IGN
+        with open(path, "rb") as arguments:
+            process = subprocess.Popen(self.command(settings, longest), stdin=arguments,
+                                       stdout=subprocess.PIPE, pass_fds=[self.lock],
+                                       env=os.environ | {"PARALLEL_SHELL": "/bin/sh"},
+                                       process_group=0 if below_nohup else None)
+        self.follow(process, below_nohup)
+        return not self.interrupted
 
-    def pass_on(*_: object) -> None:
-        nonlocal interrupted
-        interrupted = True
-        process.terminate()
+    def follow(self, process: subprocess.Popen, below_nohup: bool) -> None:
+        """Counts the dots of the workers until GNU parallel has ended."""
+        def pass_on(*_: object) -> None:
+            self.interrupted = True
+            process.terminate()
 
-    signals = (signal.SIGINT, signal.SIGTERM) + (() if below_nohup else (signal.SIGHUP,))
-    previous = {number: signal.signal(number, pass_on) for number in signals}
-    try:
-        process.communicate(b"".join(b"%d\0" % index for index in to_do))
-    except BrokenPipeError:
-        process.wait()
-    finally:
-        for number, handler in previous.items():
-            signal.signal(number, handler)
-    return not interrupted
+        signals = (signal.SIGINT, signal.SIGTERM) + (() if below_nohup else (signal.SIGHUP,))
+        previous = {number: signal.signal(number, pass_on) for number in signals}
+        try:
+            done = 0
+            while dots := os.read(process.stdout.fileno(), 4096):
+                done += dots.count(b".")
+                if self.progress:
+                    self.progress(done)
+            process.wait()
+        finally:
+            process.stdout.close()
+            for number, handler in previous.items():
+                signal.signal(number, handler)

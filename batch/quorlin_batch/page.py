@@ -1,65 +1,110 @@
-"""index.html: one page, complete in itself; the summary is in it as JSON nothing breaks out of."""
+"""The pages: index.html, complete in itself, and in pages/ what the pages of all assets share."""
 
 import html
 import json
 import os
+from urllib.parse import quote
 
-from .summary import form, without_folder
+from .asset_page import harmless
+from .explanations import explain
+from .reports import Settings
+from .accept import stands
 from .text import write_whole
-from .verdict import STATES, TITLES
+from .verdict import STATES
 
-TEMPLATE = os.path.join(os.path.dirname(__file__), "page.html")
-MAX_TEXTS = 50  # different findings an asset shows on the page; its report has all
-
-
-def store_page(summary: dict, path: str) -> None:
-    with open(TEMPLATE, encoding="utf-8") as file:
-        template = file.read()
-    head, middle, tail = split_template(template)
-    title = html.escape(f"quorlin: {summary['root']}")
-    write_whole(path, "".join((head, title, middle, embed(page_data(summary)), tail)).encode())
+WEB = os.path.join(os.path.dirname(__file__), "web")
+SHARED = ("style.css", "asset.css", "common.js", "charts.js", "timeline.js", "asset.js")
 
 
-def split_template(template: str) -> tuple[str, str, str]:
-    head, rest = template.split("@TITLE@", 1)
-    middle, tail = rest.split("@DATA@", 1)
-    return head, middle, tail
+def store_pages(summary: dict, settings: Settings) -> None:
+    found = {each["id"] for record in summary["assets"]
+             for each in record["findings"] + record.get("gone", [])}
+    explanations = explain(settings.quorlin, found)
+    folder = os.path.join(settings.reports, "pages")
+    os.makedirs(folder, exist_ok=True)
+    for name in SHARED:
+        write_whole(os.path.join(folder, name), read(name).encode())
+    write_script(folder, "explanations", explanations)
+    write_script(folder, "standing", standings(summary))
+    parts = {"TITLE": html.escape(f"quorlin: {summary['root']}"),
+             "STYLE": read("style.css") + read("index.css"),
+             "DATA": harmless(compact(index_data(summary, explanations))),
+             "SCRIPT": read("common.js") + read("index.js")}
+    pieces = read("index.html").split("@")
+    page = "".join(parts.get(piece, piece) for piece in pieces)
+    write_whole(os.path.join(settings.reports, "index.html"), page.encode())
 
 
-def embed(data: object) -> str:
-    """JSON in ASCII without the characters that mean something to HTML."""
-    text = json.dumps(data, separators=(",", ":"))
-    return text.replace("&", "\\u0026").replace("<", "\\u003c").replace(">", "\\u003e")
+def read(name: str) -> str:
+    with open(os.path.join(WEB, name), encoding="utf-8") as file:
+        return file.read()
 
 
-def page_data(summary: dict) -> dict:
-    """The summary as the page's script takes it: texts that many assets share are there once."""
-    frequent = {(finding["level"], finding["form"]): index
-                for index, finding in enumerate(summary["frequent_findings"])}
-    numbers: dict[tuple[str, str, int], int] = {}
+def compact(data: object) -> str:
+    return json.dumps(data, separators=(",", ":"))
 
-    def entry(finding: dict, folder: str) -> list:
-        level, text = finding["level"], finding["text"]
-        key = (level, shortened(text.strip()), frequent.get((level, form(text, folder)), -1))
-        place = [shortened(finding["place"])] if "place" in finding else []
-        return [numbers.setdefault(key, len(numbers)), finding["count"], *place]
 
-    def shortened(text: str) -> str:
-        return without_folder(text, summary["root"].rstrip("/") + "/")
+def write_script(folder: str, name: str, data: object) -> None:
+    """A page that is opened from the disk may load scripts, but no data."""
+    text = f"const {name.upper()} = {harmless(compact(data))};\n"
+    write_whole(os.path.join(folder, name + ".js"), text.encode())
 
-    assets = []
+
+def standings(summary: dict) -> dict:
+    """What only the whole batch knows of an asset: what is accepted, new and gone."""
+    told = {}
     for record in summary["assets"]:
-        folder = os.path.dirname(record["asset"]) + "/"
-        shown = record["findings"][:MAX_TEXTS]
-        rest = [each for each in record["findings"][MAX_TEXTS:] if each["level"] != "note"]
-        more = record["more_findings"] + sum(each["count"] for each in rest)
-        assets.append([record["name"], STATES.index(record["state"]), record["reason"],
-                       record["report"] or "", record["seconds"], record["attempts"],
-                       record["host"] or "", [entry(each, folder) for each in shown], more])
-    keys = ("root", "quorlin", "seconds", "validated_now", "interrupted", "problems", "totals",
-            "frequent_findings")
-    return {key: summary[key] for key in keys} | {
-        "states": [[state, TITLES[state]] for state in STATES],
-        "texts": [list(key) for key in numbers],
-        "assets": assets
+        accepted = {index: each["accepted"] for index, each in enumerate(record["findings"])
+                    if "accepted" in each}
+        if accepted or record.get("new") or record.get("gone"):
+            told[record["asset"]] = {"state": record["state"], "reason": record["reason"],
+                                     "accepted": accepted, "new": record.get("new", []),
+                                     "gone": record.get("gone", [])}
+    since = summary.get("since")
+    return {"since": since and since["started"], "assets": told}
+
+
+class Table:
+    """Things that many assets share are there once."""
+
+    def __init__(self) -> None:
+        self.numbers: dict = {}
+
+    def number(self, key: object) -> int:
+        return self.numbers.setdefault(key, len(self.numbers))
+
+
+def index_data(summary: dict, explanations: dict) -> dict:
+    """The summary as the script of index.html takes it."""
+    ids, texts = Table(), Table()
+    about: dict[str, list] = {}
+    for record in summary["assets"]:
+        for each in record["findings"] + record.get("gone", []):
+            about.setdefault(each["id"], [each["kind"], each["text"]])
+    assets = [row_of(record, ids, texts, summary["root"]) for record in summary["assets"]]
+    sets = [[STATES.index(each["state"]), each["reason"], [ids.number(name) for name in each["ids"]],
+             each["assets"]] for each in summary["equal_findings"]]
+    frequent = [[ids.number(each["id"]), each["count"], each["assets"]]
+                for each in summary["frequent_findings"]]
+    keys = ("root", "quorlin", "host", "started", "seconds", "validated_now", "interrupted",
+            "problems", "totals", "since", "accepted")
+    return {key: summary.get(key) for key in keys} | {
+        "states": STATES, "sets": sets, "frequent": frequent, "assets": assets,
+        "ids": [[name, *about[name], explanations.get(name)] for name in ids.numbers],
+        "texts": list(texts.numbers),
     }
+
+
+def row_of(record: dict, ids: Table, texts: Table, root: str) -> list:
+    """Name, set of findings, first finding, number of findings, seconds, report; and, when there
+    are any, what is new, gone and accepted."""
+    speaking = [each for each in record["findings"] if stands(each)]
+    total = sum(each["count"] for each in speaking) + record["more_findings"]
+    first = texts.number(speaking[0]["text"]) if speaking else -1
+    usual = record["report"] == quote(f"assets{root.rstrip('/')}/{record['name']}")
+    row = [record["name"], record["set"], first, total, round(record["seconds"], 1),
+           0 if usual else record["report"] or ""]
+    new = sorted({ids.number(name) for name in record.get("new", [])})
+    gone = sorted({ids.number(each["id"]) for each in record.get("gone", [])})
+    accepted = sum("accepted" in each for each in record["findings"])
+    return row + ([new, gone, accepted] if new or gone or accepted else [])

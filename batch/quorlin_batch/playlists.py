@@ -3,7 +3,6 @@
 import os
 import re
 from collections.abc import Iterator
-from dataclasses import dataclass, field
 
 LINE_SIZE = 4096
 MAX_SIZE = 64 << 20  # bytes looked at: what is larger is no playlist
@@ -12,14 +11,15 @@ URI = re.compile(rb'[:,]\s*URI="([^"]*)"')
 AUDIO = re.compile(rb"[:,]\s*TYPE=AUDIO\b")
 
 
-@dataclass
 class Playlist:
     """The files that a playlist names, by what they are."""
-    is_master: bool = False
-    playlists: list[str] = field(default_factory=list)  # variants and audio renditions
-    others: list[str] = field(default_factory=list)  # playlists that quorlin does not validate
-    segments: list[str] = field(default_factory=list)
-    init_sections: list[str] = field(default_factory=list)
+
+    def __init__(self) -> None:
+        self.is_master = False
+        self.playlists: list[str] = []  # variants and audio renditions
+        self.others: list[str] = []  # playlists that quorlin does not validate
+        self.segments: list[str] = []
+        self.init_sections: list[str] = []
 
 
 def lines_of(path: str) -> Iterator[bytes]:

@@ -3,6 +3,7 @@
 import contextlib
 import os
 
+MAX_TEXT = 1000  # characters kept of a text
 SHORT_ESCAPES = {"\n": "\\n", "\r": "\\r", "\t": "\\t"}
 
 
@@ -20,6 +21,11 @@ def printable(text: str) -> str:
     if text.isprintable():
         return text
     return "".join(c if c.isprintable() else escape(c) for c in text)
+
+
+def short(text: str) -> str:
+    """As it is kept of what quorlin prints."""
+    return printable(text[:MAX_TEXT].strip().replace("\n", " ")) + ("…" if len(text) > MAX_TEXT else "")
 
 
 def plural(count: int, word: str) -> str:

@@ -51,7 +51,7 @@ class Ssh(BatchTest):
 
     def test_jobs_over_ssh(self) -> None:
         login = self.start_sshd()
-        where = '[ -n "$SSH_CONNECTION" ] && echo "over ssh"; '
+        where = '[ -n "$SSH_CONNECTION" ] && finding over-ssh "over ssh"; '
         self.asset("bl ank's\nline", where + FAILED)
         self.asset("crash", where + "kill -SEGV $$")
         self.asset("hang", where + "sleep 60")
@@ -61,12 +61,22 @@ class Ssh(BatchTest):
         states = {record["state"] for record in records.values()}
         self.assertEqual(states, {"failed", "no_verdict"}, done)
         for name, record in records.items():
-            self.assertIn({"level": "note", "count": 1, "text": "over ssh"}, record["findings"])
+            self.assertIn("over-ssh", [finding["id"] for finding in record["findings"]])
             self.assertEqual(record["attempts"], 2 if name in ("crash", "hang") else 1)
+
+    def test_host_with_another_version(self) -> None:
+        self.set_version('echo Version 1.${SSH_CONNECTION:+1}')
+        self.asset("a")
+        login = self.start_sshd()
+        done = self.batch(self.catalogue, "--sshlogin", login)
+        self.assertEqual((done.returncode, self.records()["a"]["state"]), (2, "not_run"), done)
+        self.assertRegex(self.summary()["problems"][0], ": refused: it has Version 1.1, not Version 1.")
+        done = self.batch(self.catalogue, "--sshlogin", login + ",:", "-j1")
+        self.assertEqual((done.returncode, self.records()["a"]["state"]), (0, "passed"), done)
 
     def test_host_that_is_not_there(self) -> None:
         self.asset("a")
         done = self.batch(self.catalogue, "--sshlogin",
                           "ssh -F none -o BatchMode=yes -p 1 nobody@127.0.0.1")
         self.assertEqual(done.returncode, 2, done)
-        self.assertIn("not validated", self.records()["a"]["reason"])
+        self.assertEqual(self.records()["a"]["state"], "not_run")
