@@ -122,8 +122,8 @@ int validate_mp4_segment(FileReader& reader, const SegmentEntry& segment, MediaC
             if (!validate_track(*context, reader, *track, status)) break;
     if (reader.read_error) {
         current_place.offset = static_cast<int64_t>(reader.error_offset);
-        report_reason(ReasonEffect::FAILS_UNVALIDATED, "reason-read-error", reader.path, "read error at byte %" PRIu64,
-                      reader.error_offset);
+        report_reason(ReasonEffect::FAILS_UNVALIDATED, "reason-mp4-read-error", reader.path,
+                      "read error at byte %" PRIu64, reader.error_offset);
         status |= SEGMENT_FINDING;
     }
     if (status == 0) report_empty_segment(*context, segment, reader.path);
