@@ -1,6 +1,8 @@
+#include "ztpinfo/info_printer_ac3.h"
+
 #include <cstdio>
 
-#include "ztpinfo/info_printer_bsi.h"
+#include "ztpinfo/info_printer_fields.h"
 #include "ztpinfo/info_printer_lines.h"
 
 // ETSI TS 102 366, 4.3.1, 4.3.2 and D.2.2.

@@ -1,8 +1,10 @@
+#include "ztpinfo/info_printer_eac3.h"
+
 #include <cinttypes>
 #include <cstdio>
 
 #include "ztpinfo/bsid_ztp.h"
-#include "ztpinfo/info_printer_bsi.h"
+#include "ztpinfo/info_printer_fields.h"
 #include "ztpinfo/info_printer_lines.h"
 
 // ETSI TS 102 366, E.1.2.1 and E.1.2.2. fscod2 has no line: frames that carry it are refused.

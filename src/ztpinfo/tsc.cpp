@@ -1,7 +1,9 @@
 #include "ztpinfo/tsc.h"
 
 #include "ztpinfo/messages.h"
-#include "ztpinfo/tsc_rules.h"
+#include "ztpinfo/tsc_blu_ray.h"
+#include "ztpinfo/tsc_generic.h"
+#include "ztpinfo/tsc_hd_dvd.h"
 
 namespace {
 
@@ -32,11 +34,6 @@ void check_each_substream(TimesliceRecord& timeslice, SubstreamRules& rules, boo
         for (const ZtpSubstreamRecord& dependent : program.dependent)
             if (dependent.present) check_substream(timeslice, dependent, rules, log);
     }
-}
-
-const ZtpFrameInfo& frame_or_cleared(const ZtpSubstreamRecord& substream) {
-    static constexpr ZtpFrameInfo CLEARED{};
-    return substream.present ? substream.frame : CLEARED;
 }
 
 }  // namespace
@@ -91,34 +88,4 @@ void check_end_of_data(TimesliceRecord& timeslice, uint16_t rule_set, RuleLog& l
     ComplianceFlags found;
     check_generic_end_of_data(found, timeslice);
     add_flags(timeslice, found, timeslice.programs[0].independent.place, log);
-}
-
-ProgramPair pair_first_programs(const TimesliceRecord& timeslice, const TimesliceRecord& previous) {
-    const ZtpProgramRecord& now = timeslice.programs[0];
-    const ZtpProgramRecord& before = previous.programs[0];
-    return {now,
-            before,
-            frame_or_cleared(now.independent),
-            frame_or_cleared(before.independent),
-            now.dependent[0].present,
-            frame_or_cleared(now.dependent[0]),
-            frame_or_cleared(before.dependent[0])};
-}
-
-const Eac3Bsi& eac3_or_cleared(const ZtpFrameInfo& frame) {
-    static constexpr Eac3Bsi CLEARED{};
-    return is_eac3_bsid(frame.bsid) ? frame.eac3 : CLEARED;
-}
-
-bool channels_differ(const ZtpFrameInfo& a, const ZtpFrameInfo& b) {
-    return a.full_band_channels != b.full_band_channels || a.lfeon != b.lfeon;
-}
-
-bool program_channels_differ(const ZtpProgramRecord& a, const ZtpProgramRecord& b) {
-    return a.full_band_channels != b.full_band_channels || a.lfe_channels != b.lfe_channels;
-}
-
-bool has_surplus_substreams(const ZtpProgramRecord& program) {
-    if (!program.independent.present) return true;
-    return program.num_dep_substreams > (program.dependent[0].present ? 1 : 0);
 }

@@ -1,4 +1,5 @@
-// Rule sets 2 and 4: Blu-ray primary and secondary audio.
+#include "ztpinfo/tsc_blu_ray.h"
+
 #include "ztpinfo/tsc_rules.h"
 
 namespace {

@@ -1,4 +1,5 @@
-// Rule set 1: generic Zentra Plus programs.
+#include "ztpinfo/tsc_generic.h"
+
 #include "ztpinfo/tsc_rules.h"
 
 namespace {

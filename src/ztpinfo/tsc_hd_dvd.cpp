@@ -1,4 +1,6 @@
-// Rule set 3: HD-DVD secondary audio.
+#include "ztpinfo/tsc_hd_dvd.h"
+
+#include "ztpinfo/tsc_generic.h"
 #include "ztpinfo/tsc_rules.h"
 
 namespace {

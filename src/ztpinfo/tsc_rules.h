@@ -41,23 +41,3 @@ bool program_channels_differ(const ZtpProgramRecord& a, const ZtpProgramRecord& 
 
 // True when the program is anything but I0 alone or I0 with D0.
 bool has_surplus_substreams(const ZtpProgramRecord& program);
-
-// Rule sets, by the name of what they check.
-void check_generic_substream(ComplianceFlags& compliance, const ZtpFrameInfo& frame);
-void check_generic_programs(ComplianceFlags& compliance, const TimesliceRecord& timeslice,
-                            const TimesliceRecord& previous);
-void check_generic_end_of_data(ComplianceFlags& compliance, const TimesliceRecord& timeslice);
-void check_blu_ray_primary_substream(ComplianceFlags& compliance, const ZtpFrameInfo& frame);
-void check_blu_ray_primary_programs(ComplianceFlags& compliance, const TimesliceRecord& timeslice,
-                                    const TimesliceRecord& previous);
-void check_blu_ray_secondary_substream(ComplianceFlags& compliance, const ZtpFrameInfo& frame);
-void check_blu_ray_secondary_programs(ComplianceFlags& compliance, const TimesliceRecord& timeslice,
-                                      const TimesliceRecord& previous);
-void check_hd_dvd_secondary_substream(ComplianceFlags& compliance, const ZtpFrameInfo& frame);
-void check_hd_dvd_secondary_programs(ComplianceFlags& compliance, const TimesliceRecord& timeslice,
-                                     const TimesliceRecord& previous);
-
-// The part of the generic program rules that the HD-DVD rules share.
-// Returns false when the bsid of I0 ends the program rules.
-bool check_generic_program_form(ComplianceFlags& compliance, const TimesliceRecord& timeslice,
-                                const TimesliceRecord& previous);
