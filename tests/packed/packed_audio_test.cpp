@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <filesystem>
 
+#include "bits/recorder.h"
+#include "bits/stream_clock.h"
 #include "support/files.h"
 #include "support/golden.h"
 #include "support/id3_writer.h"
@@ -41,6 +43,7 @@ Place ztpinfo_failure_place(const ZtpInfoContext*) {
 }
 
 static int last_result() {
+    if (fake.calls.empty()) return 0;
     return fake.calls.size() <= fake.results.size() ? fake.results[fake.calls.size() - 1] : 0;
 }
 
@@ -127,6 +130,7 @@ void expect_report(const std::string& golden, const std::vector<Case>& cases) {
         report += transcript_entry(test.name, [&] {
             const int status =
                 validate(packed_segment(test.tag, test.payload), test.codecs != nullptr ? &attrs : nullptr);
+            record_segment({});
             for (size_t size : fake.calls) std::printf("analysed: %zu\n", size);
             print_files();
             return status;
@@ -225,6 +229,40 @@ TEST(PackedAudio, ProgramAttributes) {
                       {"dual mono", small, "ec-3", twice(program(2, 0, 1)), {{0x97, 0x97, 0, 0}}},
                       {"five channels", small, "ec-3", twice(program(3, 7)), {{0x9C, 0x9C, 0, 0}}},
                   });
+}
+
+void print_place(const char* id, const Place& place) {
+    std::printf("%s @%lld t%lld\n", id, static_cast<long long>(place.offset), static_cast<long long>(place.time));
+}
+
+void print_stream(const SegmentFacts& segment, const Place&) {
+    for (const StreamFacts& stream : segment.streams)
+        std::printf("%s: t%lld t%lld t%lld, %llu units, %llu bytes, %u channels\n", stream.codec,
+                    static_cast<long long>(stream.first_time), static_cast<long long>(stream.last_time),
+                    static_cast<long long>(stream.end_time), static_cast<unsigned long long>(stream.units),
+                    static_cast<unsigned long long>(stream.payload_bytes), stream.channels);
+}
+
+// The payload is at byte 73, the tag says 1; a timeslice takes a tick here, an AC-4 frame of 48 kHz and index 2 3600.
+TEST(PackedAudio, PlacesAndFacts) {
+    Recorder recorder = {};
+    recorder.finding = [](const Finding& finding) { print_place(finding.id, finding.place); };
+    recorder.reason = [](const Reason& reason) { print_place(reason.id, reason.place); };
+    recorder.text = [](std::string_view) {};
+    recorder.segment = print_stream;
+    set_recorder(&recorder);
+    const Bytes small = frame(0, 0);
+    const Bytes ac4 = {0xAC, 0x40, 0, 4, 0x80, 0x04, 0xA0, 0x80};
+    reset_stream_clock();
+    expect_report("golden/places.txt", {
+                                           {"timeslices", small + frame(1, 0) + small, "mp4a", {.results = {1, 1}}},
+                                           {"gaps", small + Bytes{0, 0} + small + Bytes{0, 0}, "ec-3"},
+                                           {"AC-4", ac4 + ac4 + Bytes{0xAC, 0x41}, "ac-4.02.01.00"},
+                                           {"AAC", {0xFF, 0xF1, 1}, "ec-3"},
+                                           {"no format", {1}, "ec-3"},
+                                           {"no tag", {}, "ec-3", {}, {}, {.frame_id = "PRIW"}},
+                                       });
+    set_recorder(nullptr);
 }
 
 TEST(PackedAudio, SegmentsAppendAndPrefixesFail) {
