@@ -1,5 +1,5 @@
 // Syncframes in several buffers of one analyzer handle, under any settings. The first three bytes give rule set and
-// options; then each buffer comes behind its length of two bytes. The same frames with the bytes of every word
+// options; then each buffer comes after its length of two bytes. The same frames with the bytes of every word
 // exchanged must give the same results and findings, and all forms of the CRC the same value.
 #include "ztpinfo/ztpinfo.h"
 

@@ -14,7 +14,7 @@ void read_premix(WordCursor& cursor, Eac3Bsi& bsi) {
     bsi.premixcmpscl = cursor.read(3);
 }
 
-// A scale factor behind its presence flag.
+// A scale factor after its presence flag.
 void read_scale(WordCursor& cursor, uint16_t& present, uint16_t& scale) {
     present = cursor.read(1);
     if (present != 0) scale = cursor.read(4);
@@ -50,7 +50,7 @@ void read_speech_data(WordCursor& cursor, Eac3Bsi& bsi) {
     }
 }
 
-// The mixing parameter field behind mixdeflen. Its length counts from its own first bit, whatever its parts take.
+// The mixing parameter field after mixdeflen. Its length counts from its own first bit, whatever its parts take.
 void read_mixing_parameters(WordCursor& cursor, Eac3Bsi& bsi) {
     bsi.mixdeflen = cursor.read(5);
     const uint32_t end = cursor.position + 8 * (bsi.mixdeflen + 2u);

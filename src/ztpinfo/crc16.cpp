@@ -39,7 +39,7 @@ constexpr std::array<SliceTable, SLICES> make_slice_tables() {
 constexpr std::array<SliceTable, SLICES> TABLES = make_slice_tables();
 static_assert(TABLES[0][1] == 0x8005 && TABLES[0][255] == 0x0202);
 
-// What word `Index` of a sliced step adds to the register behind the step.
+// What word `Index` of a sliced step adds to the register after the step.
 template <uint32_t Index>
 uint32_t word_share(uint16_t word) {
     constexpr uint32_t LOW_SLICE = SLICES - 2 - 2 * Index;
@@ -58,7 +58,7 @@ uint16_t crc16_table(uint16_t crc, std::span<const uint16_t> words) {
 
 uint16_t crc16_slicing(uint16_t crc, std::span<const uint16_t> words) {
     while (words.size() >= SLICES / 2) {
-        // The register stands over the first word of the step; every byte then counts with the zero bytes behind it.
+        // The register stands over the first word of the step; every byte then counts with the zero bytes after it.
         const uint16_t first = static_cast<uint16_t>(words[0] ^ crc);
         crc = static_cast<uint16_t>(word_share<0>(first) ^ word_share<1>(words[1]) ^ word_share<2>(words[2]) ^
                                     word_share<3>(words[3]) ^ word_share<4>(words[4]) ^ word_share<5>(words[5]) ^

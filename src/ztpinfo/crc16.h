@@ -4,7 +4,7 @@
 #include <span>
 
 // CRC-16 of AC-3 and E-AC-3 syncframes (ETSI TS 102 366, 6.10.1): generator x^16 + x^15 + x^2 + 1, most significant bit
-// first, nothing inverted. `crc` is the register before the first word (0 at the start); returns the register behind
+// first, nothing inverted. `crc` is the register before the first word (0 at the start); returns the register after
 // the last. A range that ends with its check word leaves 0.
 //
 // All forms give the same value; crc16 takes the fastest one that the processor has.

@@ -12,7 +12,7 @@
 enum CrcStatus : uint16_t {
     CRC_NO_ERROR = 0,
     CRC_FULL_FRAME_ERROR = 1,     // E-AC-3: the frame; AC-3: its first 5/8
-    CRC_PARTIAL_FRAME_ERROR = 2,  // AC-3: only the part behind the first 5/8
+    CRC_PARTIAL_FRAME_ERROR = 2,  // AC-3: only the part after the first 5/8
 };
 
 // Value of `convsync` for a frame that does not carry the field.

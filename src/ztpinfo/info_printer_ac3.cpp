@@ -92,7 +92,7 @@ void print_ac3_fields(const Ac3Bsi& bsi, const char* end) {
     if (bsi.acmod == 0) print_second_channel(bsi, end);
     print_named("copyrightb", bsi.copyrightb, "Copyright bit: ", COPYRIGHTB_NAMES, end);
     print_named("origbs", bsi.origbs, "Original bitstream flag: ", ORIGBS_NAMES, end);
-    // The additional BSI comes in front of the fields whose layout depends on bsid, though the frame has it behind
+    // The additional BSI comes before the fields whose layout depends on bsid, though the frame has it after
     // them: deliberately so, the Annex D fields stand under a heading of their own.
     print_addbsi(bsi.addbsie, bsi.addbsil, bsi.addbsi, end);
     if (bsi.bsid == BSID_ALTERNATE) {

@@ -88,7 +88,7 @@ void print_premix(const Eac3Bsi& bsi, const char* end) {
                  end);
 }
 
-// A scale factor of the external program behind its flag, with the words for each.
+// A scale factor of the external program after its flag, with the words for each.
 struct ExternalScale {
     const char* flag_name;
     uint16_t flag;
@@ -227,7 +227,7 @@ void print_informational(const Eac3Bsi& bsi, const char* end) {
     }
     if (bsi.acmod >= 6) print_named("dsurexmod", bsi.dsurexmod, "Ambiq EX Mode: ", DSUREXMOD_NAMES, end);
     print_production(bsi, end);
-    // The blank behind the parenthesis is deliberate.
+    // The blank after the parenthesis is deliberate.
     std::printf("            sourcefscod: 0x%04hX (Source material was sampled at %s) %s", bsi.sourcefscod,
                 value_name(SOURCEFSCOD_NAMES, bsi.sourcefscod), end);
 }

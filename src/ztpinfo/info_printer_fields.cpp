@@ -9,7 +9,7 @@ namespace {
 
 constexpr uint32_t ADDBSI_BYTES_PER_ROW = 16;
 
-// ETSI TS 102 366, 4.4.2.10: the upper four bits are a signed power of two, the lower ones the fraction behind it.
+// ETSI TS 102 366, 4.4.2.10: the upper four bits are a signed power of two, the lower ones the fraction after it.
 double compr_db(uint16_t compr) {
     const int x = (compr >> 4) < 8 ? compr >> 4 : (compr >> 4) - 16;
     const int y = compr & 15;

@@ -18,7 +18,7 @@ void print_locations(uint32_t locations, ValueNames names);
 // One field of a BSI listing: its name and raw value.
 void print_field(const char* name, uint16_t value, const char* end);
 
-// The same with an explanation behind it: words and a text, words and the name of the value, words and a number.
+// The same with an explanation after it: words and a text, words and the name of the value, words and a number.
 void print_explained(const char* name, uint16_t value, const char* words, const char* text, const char* end);
 void print_named(const char* name, uint16_t value, const char* words, ValueNames names, const char* end);
 void print_number(const char* name, uint16_t value, const char* words, int number, const char* unit, const char* end);

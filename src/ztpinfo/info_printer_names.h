@@ -60,7 +60,7 @@ inline const char* value_name(ValueNames names, uint32_t value) {
     return value < names.size() ? names[value] : "reserved";
 }
 
-// The value behind bsmod depends on acmod for its last code.
+// The meaning of bsmod depends on acmod for its last code.
 const char* bsmod_name(uint32_t bsmod, uint32_t acmod);
 
 // The text of a CRC status: of a frame, a program or a whole stream.

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <span>
 
-// Reads a frame's words most significant bit first. Bits behind the last word read as zero.
+// Reads a frame's words most significant bit first. Bits after the last word read as zero.
 struct WordCursor {
     std::span<const uint16_t> words;
     uint32_t position = 0;  // bits from the start of the frame

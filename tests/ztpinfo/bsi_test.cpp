@@ -33,7 +33,7 @@ int mixing_field(const Eac3Bsi& bsi) {
     return bsi.mixdef == 3 ? bsi.mixdeflen : -1;
 }
 
-// Any bits: what is unpacked and written again gives the same bits and the same fields, as far as `bytes` go; behind
+// Any bits: what is unpacked and written again gives the same bits and the same fields, as far as `bytes` go; after
 // them, zeros are read.
 template <typename Bsi>
 void check_bits(std::vector<uint8_t> bytes, size_t cut) {

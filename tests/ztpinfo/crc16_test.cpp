@@ -34,7 +34,7 @@ TEST(Crc16, EveryWrongBitOfAFrameIsFound) {
         ASSERT_EQ(unpack_frame(words, frame), 0);
         EXPECT_EQ(frame.crc_status, CRC_NO_ERROR);
         const size_t first_part = is_eac3_bsid(frame.bsid) ? words.size() : words.size() / 2 + words.size() / 8;
-        // From behind the header on, lest the frame becomes one of another kind.
+        // From the end of the header on, lest the frame becomes one of another kind.
         for (size_t bit = 3 * 16; bit < words.size() * 16; ++bit) {
             const uint16_t mask = static_cast<uint16_t>(0x8000 >> bit % 16);
             words[bit / 16] ^= mask;
