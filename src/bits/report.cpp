@@ -32,13 +32,6 @@ void report_reason(ReasonEffect effect, const char* id, const std::string& path,
     va_end(args);
 }
 
-void report_reason(const std::string& path, const char* format, ...) {
-    va_list args;
-    va_start(args, format);
-    print_reason(ReasonEffect::UNVALIDATED, "reason-unnamed", path, format, args);
-    va_end(args);
-}
-
 void record_analyzer_message(ReasonEffect effect, const char* id, const char* message) {
     record_reason(effect, id, current_place.segment != nullptr ? current_place.segment : "", message);
 }

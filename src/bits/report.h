@@ -16,8 +16,5 @@ enum class ReasonEffect {
 __attribute__((format(printf, 4, 5))) void report_reason(ReasonEffect effect, const char* id, const std::string& path,
                                                          const char* format, ...);
 
-// Being replaced by the function above.
-__attribute__((format(printf, 2, 3))) void report_reason(const std::string& path, const char* format, ...);
-
 // Gives a block of the analyzer on standard error, which has a form of its own, to the recorder, if there is one.
 void record_analyzer_message(ReasonEffect effect, const char* id, const char* message);

@@ -70,12 +70,12 @@ struct SegmentEntry {
     uint32_t key = 0;                     // how many of the playlist's key methods come before it
 };
 
-// What of the text was not read as it is meant.
+// What of the text was not read as it is meant: the line where it was met last, 0 for nowhere.
 struct PlaylistLosses {
     bool cut_short = false;         // a read failed
-    bool long_line = false;         // the rest of a line was read as a line of its own
-    bool early_byte_range = false;  // EXT-X-BYTERANGE before EXTINF
-    bool low_latency = false;       // EXT-X-PART, EXT-X-PRELOAD-HINT, EXT-X-SKIP
+    uint32_t long_line = 0;         // the rest of a line was read as a line of its own
+    uint32_t early_byte_range = 0;  // EXT-X-BYTERANGE before EXTINF
+    uint32_t low_latency = 0;       // EXT-X-PART, EXT-X-PRELOAD-HINT, EXT-X-SKIP
 };
 
 struct Playlist {

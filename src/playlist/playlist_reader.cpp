@@ -8,6 +8,7 @@
 
 #include "bits/file_reader.h"
 #include "bits/finding.h"
+#include "bits/place.h"
 #include "bits/report.h"
 #include "playlist/address_hints.h"
 #include "playlist/attribute_list.h"
@@ -24,7 +25,7 @@ struct LineReader {
     char line[LINE_SIZE] = {};
     uint32_t line_number = 0;   // from 1
     bool line_goes_on = false;  // after what the buffer holds
-    bool has_long_line = false;
+    uint32_t last_long_line = 0;
     size_t media_count = 0;
     size_t variant_count = 0;
     size_t iframe_variant_count = 0;
@@ -59,7 +60,7 @@ bool next_line(LineReader& lines, std::string_view& line) {
     if (!lines.line_goes_on) ++lines.line_number;
     const std::string_view text(lines.line);
     line = trim_right(trim_left(text));
-    lines.has_long_line |= lines.line_goes_on && !line.empty();
+    if (lines.line_goes_on && !line.empty()) lines.last_long_line = lines.line_number;
     lines.line_goes_on = last != '\n' && last != '\0';
     count_tag(lines, line);
     return true;
@@ -238,10 +239,10 @@ void read_tag(PlaylistParser& parser, std::string_view line) {
     if (line.starts_with("#EXT-X-ENDLIST")) add_entry(parser, SegmentKind::END_LIST);
     if (match_tag(line, "#EXT-X-KEY:", value)) read_key(playlist, value);
     // The standard allows it there, but it is read after EXTINF only: deliberate.
-    if (line.starts_with("#EXT-X-BYTERANGE")) playlist.losses.early_byte_range = true;
+    if (line.starts_with("#EXT-X-BYTERANGE")) playlist.losses.early_byte_range = parser.lines.line_number;
     if (line.starts_with("#EXT-X-PART:") || line.starts_with("#EXT-X-PRELOAD-HINT:") ||
         line.starts_with("#EXT-X-SKIP:"))
-        playlist.losses.low_latency = true;
+        playlist.losses.low_latency = parser.lines.line_number;
     // Dates, session data and every other tag are of no interest here.
 }
 
@@ -264,7 +265,7 @@ int read_playlist(const std::string& path, Playlist& playlist) {
         if (line.starts_with("#EXT")) read_tag(parser, line);
     }
     playlist.losses.cut_short = std::ferror(lines.file.get()) != 0;
-    playlist.losses.long_line = lines.has_long_line;
+    playlist.losses.long_line = lines.last_long_line;
     if (lines.variant_count > 0 && lines.entry_count > 0) {
         report_reason(ReasonEffect::FAILS_UNVALIDATED, "reason-playlist-mixed", path,
                       "the playlist holds both variant streams and segments");
@@ -281,17 +282,23 @@ int read_playlist(const std::string& path, Playlist& playlist) {
 
 void report_playlist_losses(const std::string& path, const PlaylistLosses& losses) {
     using enum ReasonEffect;
+    const PlaceScope scope({.playlist = path.c_str()});
     if (losses.cut_short)
         report_reason(FAILS_UNVALIDATED, "reason-playlist-cut-short", path, "the playlist cannot be read to its end");
-    if (losses.long_line)
+    current_place.line = losses.long_line;
+    if (losses.long_line > 0)
         report_reason(UNVALIDATED, "reason-playlist-long-line", path,
-                      "a line is longer than %d characters: its rest is read as the next line", LINE_SIZE - 1);
-    if (losses.low_latency)
+                      "line %u is longer than %d characters: its rest is read as the next line", losses.long_line,
+                      LINE_SIZE - 1);
+    current_place.line = losses.low_latency;
+    if (losses.low_latency > 0)
         report_reason(REMARK, "reason-playlist-low-latency", path,
                       "EXT-X-PART, EXT-X-PRELOAD-HINT and EXT-X-SKIP are not read: only whole segments are validated");
-    if (losses.early_byte_range)
+    current_place.line = losses.early_byte_range;
+    if (losses.early_byte_range > 0)
         report_reason(UNVALIDATED, "reason-playlist-early-byte-range", path,
-                      "a byte range stands before EXTINF: it is not read, the segment is its whole file");
+                      "line %u: a byte range stands before EXTINF: it is not read, the segment is its whole file",
+                      losses.early_byte_range);
 }
 
 std::string playlist_directory(const std::string& path) {

@@ -20,16 +20,20 @@ std::string show(const VariantStream& v) {
 std::string show(const Playlist& playlist) {
     std::string text;
     for (const SegmentEntry& entry : playlist.entries) {
-        text += "entry of kind " + std::to_string(static_cast<int>(entry.kind)) + " " + show(entry.duration) + " " +
-                show(entry.uri);
+        text += "line " + std::to_string(entry.line) + ": entry of kind " +
+                std::to_string(static_cast<int>(entry.kind)) + " " + show(entry.duration) + " " + show(entry.uri);
+        if (entry.discontinuity_sequence > 0) text += " discontinuity " + std::to_string(entry.discontinuity_sequence);
+        if (entry.key > 0) text += " key " + playlist.key_methods[entry.key - 1];
         if (entry.byte_range) text += " " + entry.byte_range->length + "|" + show(entry.byte_range->offset);
         text += "\n";
     }
-    for (const VariantStream& variant : playlist.variants) text += "variant " + show(variant) + "\n";
-    for (const VariantStream& variant : playlist.iframe_variants) text += "i-frame variant " + show(variant) + "\n";
+    const auto line_of = [](const auto& tag) { return "line " + std::to_string(tag.line) + ": "; };
+    for (const VariantStream& variant : playlist.variants) text += line_of(variant) + "variant " + show(variant) + "\n";
+    for (const VariantStream& variant : playlist.iframe_variants)
+        text += line_of(variant) + "i-frame variant " + show(variant) + "\n";
     for (const MediaEntry& media : playlist.media)
-        text += "media " + show(media.type) + " " + show(media.name) + " " + show(media.characteristics) + " " +
-                show(media.ztp_program[3]) + " " + show(media.uri) + "\n";
+        text += line_of(media) + "media " + show(media.type) + " " + show(media.name) + " " +
+                show(media.characteristics) + " " + show(media.ztp_program[3]) + " " + show(media.uri) + "\n";
     return text;
 }
 
@@ -47,11 +51,12 @@ TEST(PlaylistReader, Elements) {
         {"address missing at the end", "#EXTINF:1,\n#EXT-X-BYTERANGE:1@2"},
         {"empty line is the address", "#EXTINF:1,\n\na.ts\n"},
         {"a swallowed tag leaves an empty entry", "#EXTINF:1,\n#EXTINF:2,\n#EXT-X-ENDLIST\n"},
-        {"discontinuity by prefix", "#EXT-X-DISCONTINUITY-SEQUENCE:1\n#EXT-X-DISCONTINUITY\n"},
+        {"discontinuity by prefix", "#EXT-X-DISCONTINUITY-SEQUENCE:8\n#EXT-X-DISCONTINUITY\n#EXTINF:1,\na\n"},
         {"init section", "#EXT-X-MAP: URI=\"https://h/i.mp4\",BYTERANGE=\"7@\"8\"\n"},
         {"init section without address", "#EXT-X-MAP:BYTERANGE=7\n"},
         {"zero byte ends a line", std::string("#EXTINF:1,\na\0.ts\n#EXT-X-ENDLIST\0\n", 33)},
-        {"over-long line in pieces", "#EXTINF:1,\n" + long_name},
+        {"over-long line in pieces", "#EXTINF:1,\n" + long_name + "\n#EXT-X-ENDLIST"},
+        {"keys", "#EXT-X-KEY:METHOD=AES-128,URI=\"k\"\n#EXTINF:1,\na\n#EXT-X-KEY:METHOD=NONE\n#EXTINF:1,\nb\n"},
         {"a piece is a line", "#" + std::string(4094, ' ') + "#EXT-X-ENDLIST\n"},
         {"ignored", "a.ts\n#EXT-X-KEY:METHOD=NONE\n#ext-x-endlist\n#EXTINF 4\n#EXT-X-MEDIA:TYPE=AUDIO\n"},
         {"all", stream + "CODECS=\"avc1,ec-3\",AUDIO=\"a\",BANDWIDTH=\"1\",SUBTITLES=\"s\",URI=\"u\"\nv\n"},

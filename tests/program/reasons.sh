@@ -216,10 +216,10 @@ media '#EXT-X-PART:DURATION=1,URI="p.ts"' '#EXTINF:4,' a.ts '#EXT-X-PRELOAD-HINT
 row 'low latency' PASSED 0 p.m3u8 'p.m3u8: EXT-X-PART, EXT-X-PRELOAD-HINT and EXT-X-SKIP are not read: only whole segments are validated'
 aac "$(pes 257 c0 ffff)" >a.ts
 media "#EXT-X-KEY:$(repeat x 5000)" '#EXTINF:4,' a.ts
-row 'a line that is too long' PASSED 0 p.m3u8 'p.m3u8: a line is longer than 4095 characters: its rest is read as the next line'
+row 'a line that is too long' PASSED 0 p.m3u8 'p.m3u8: line 2 is longer than 4095 characters: its rest is read as the next line'
 aac "$(pes 257 c0 ffff)" >a.ts
 media '#EXT-X-BYTERANGE:188@0' '#EXTINF:4,' a.ts
-row 'a byte range before its segment' PASSED 0 p.m3u8 'p.m3u8: a byte range stands before EXTINF: it is not read, the segment is its whole file'
+row 'a byte range before its segment' PASSED 0 p.m3u8 'p.m3u8: line 2: a byte range stands before EXTINF: it is not read, the segment is its whole file'
 
 master "$variant" a.m3u8 '#EXT-X-MEDIA:TYPE=SUBTITLES,GROUP-ID="s",URI="s.m3u8"'
 row 'a rendition of another type' PASSED 0 m.m3u8 's.m3u8: a rendition that is not of TYPE=AUDIO: the playlist is not validated'
