@@ -32,7 +32,7 @@ std::string printed_by(const std::function<void()>& run) {
     const Recorder* given = current_recorder();  // of a test that looks at what is recorded
     if (given == nullptr) set_recorder(&PRINTING_RECORDER);
     run();
-    set_recorder(given);
+    if (given == nullptr) set_recorder(nullptr);  // else what it has of the segment would be lost
     return testing::internal::GetCapturedStdout();
 }
 
