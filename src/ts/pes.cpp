@@ -14,12 +14,19 @@ namespace {
 
 constexpr size_t TIMESTAMPS_END = 19;   // PTS and DTS follow the fixed header
 constexpr uint32_t PES_LENGTH_END = 6;  // where the bytes that PES_packet_length counts begin
+constexpr uint32_t PES_START_CODE_PREFIX = 1;
 constexpr uint8_t PES_SCRAMBLING_CONTROL = 0x30;
 
 // ISO/IEC 13818-1, 2.4.3.6: 33 bits in three parts, a marker bit after each.
 int64_t read_timestamp(std::span<const uint8_t> bytes, size_t offset) {
     const uint64_t bits = load_be(bytes, offset, 5);
     return static_cast<int64_t>((bits >> 33 & 0x7) << 30 | (bits >> 17 & 0x7FFF) << 15 | (bits >> 1 & 0x7FFF));
+}
+
+// PES_scrambling_control, of what is a PES header indeed.
+bool is_scrambled(std::span<const uint8_t> header) {
+    const bool is_header = load_be(header, 0, 3) == PES_START_CODE_PREFIX && load_u8(header, 6) >> 6 == 2;
+    return is_header && (load_u8(header, 6) & PES_SCRAMBLING_CONTROL) != 0;
 }
 
 // The stream_id of a PES packet against the stream types of its PID. Returns 0 or 11.
@@ -86,7 +93,7 @@ PesState finish_header(PesStream& stream, int64_t packets_read, int& status) {
     status |= checked;
     stream.refused = checked != 0;
     if (stream.refused) return PesState::CUT_SHORT;
-    if ((load_u8(header, 6) & PES_SCRAMBLING_CONTROL) != 0) add_loss(stream.losses.scrambled_packets, 1);
+    if (is_scrambled(header)) add_loss(stream.losses.scrambled_packets, 1);
     read_timestamps(stream.times, header);
     if (stream.times.pts != -1) stream.place_time = unroll_90khz(stream.times.pts);
     current_place.time = stream.place_time;
