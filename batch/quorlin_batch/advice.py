@@ -84,10 +84,11 @@ def on_continuity(media: list, codecs: list[str]) -> Iterator[tuple]:
         if not same_clock(event, following):
             continue
         for number in times.keys() & then.keys():
-            end, first = times[number][1], then[number][0]
-            if end is None:
+            _, earliest, latest = times[number]
+            first = then[number][0]
+            if earliest is None or latest is None:
                 continue
-            gap = (first - end) / TICKS
+            gap = (max(0, first - latest) + min(0, first - earliest)) / TICKS
             tolerance = GAP_TOLERANCE_AUDIO if codecs[number] in AUDIO else GAP_TOLERANCE_VIDEO
             if abs(gap) <= tolerance:
                 continue

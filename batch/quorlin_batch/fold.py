@@ -51,7 +51,7 @@ class Stream:
     def add(self, facts: dict) -> list:
         """What a segment keeps of it."""
         first = facts["first_time"]
-        end = end_of(facts)
+        earliest, end = ends_of(facts)
         if first is not None and end is not None:
             self.ticks += max(0, end - first)
             self.first = first if self.first is None else self.first
@@ -61,16 +61,16 @@ class Stream:
         self.segments += facts["units"] > 0
         self.channels = facts["channels"] or self.channels
         self.rate = facts["data_rate_kbps"] or self.rate
-        return [self.number, first, facts["last_time"], end_of(facts), facts["payload_bytes"]]
+        return [self.number, first, earliest, end, facts["payload_bytes"]]
 
 
-def end_of(facts: dict) -> int | None:
-    """Where the stream ends in a segment: as far after its last time as those before it, on
-    average, unless that is known."""
+def ends_of(facts: dict) -> tuple[int | None, int | None]:
+    """Where the stream ends in a segment, at the earliest and at the latest. While only the start of
+    the last PES packet is known, it is taken to last as long as those before it, on average."""
     first, last, units = facts["first_time"], facts["last_time"], facts["units"]
     if facts["end_time"] is not None or first is None or last is None:
-        return facts["end_time"]
-    return last + (last - first) // (units - 1) if units > 1 else last
+        return facts["end_time"], facts["end_time"]
+    return last, last + ((last - first) // (units - 1) if units > 1 else 0)
 
 
 class Fold:

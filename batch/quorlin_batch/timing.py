@@ -17,7 +17,7 @@ def measure(segments: list[tuple], streams: list) -> list[tuple[float | None, fl
         after = media[following[index]] if index in following else None
         length = None
         if lead is not None:
-            first, end = times[lead]
+            first, _, end = times[lead]
             if after and lead in after[1] and same_clock(event, after[0]):
                 end = after[1][lead][0]
             length = None if end is None or end <= first else (end - first) / TICKS
@@ -25,9 +25,10 @@ def measure(segments: list[tuple], streams: list) -> list[tuple[float | None, fl
     return result
 
 
-def times_of(parts: list) -> dict[int, tuple[int, int | None]]:
-    """First time and end of each stream that has a time."""
-    return {number: (first, end) for number, first, _, end, _ in parts if first is not None}
+def times_of(parts: list) -> dict[int, tuple[int, int | None, int | None]]:
+    """Of each stream that has a time: the first one, and where it ends at the earliest and at the
+    latest."""
+    return {number: (first, *ends) for number, first, *ends, _ in parts if first is not None}
 
 
 def lasts(event: dict) -> float:

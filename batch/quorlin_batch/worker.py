@@ -34,7 +34,7 @@ class Interrupted(Exception):
 
 def run_chunk(encoded_reports: str, chunk: str) -> int:
     """The reports folder (in hexadecimal, which no shell on the way can harm); first and end of
-    the chunk. Tells each asset that is done with a dot."""
+    the chunk."""
     for number in OUTSIDE_SIGNALS:
         if signal.getsignal(number) != signal.SIG_IGN:
             signal.signal(number, interrupt)
@@ -46,13 +46,36 @@ def run_chunk(encoded_reports: str, chunk: str) -> int:
         assets = file.read().split(b"\0")
     first, end = map(int, chunk.split("-"))
     status = EXIT_DONE
+    progress = Progress()
     try:
         for asset in assets[first:end]:
-            if not validate_once(settings, os.fsdecode(asset)):
+            if validate_once(settings, os.fsdecode(asset)):
+                progress.add()
+            else:
                 status = EXIT_TRY_AGAIN
     except Interrupted:
         return EXIT_INTERRUPTED
+    progress.tell()
     return status
+
+
+class Progress:
+    """Tells the batch how many assets are done: a dot for each, a few times a second."""
+
+    def __init__(self) -> None:
+        self.dots = b""
+        self.told = time.monotonic()
+
+    def add(self) -> None:
+        self.dots += b"."
+        if time.monotonic() - self.told > 0.2:
+            self.tell()
+
+    def tell(self) -> None:
+        with contextlib.suppress(OSError):  # the batch was killed; what is begun is ended
+            os.write(1, self.dots)
+        self.dots = b""
+        self.told = time.monotonic()
 
 
 def interrupt(*_: object) -> None:
@@ -95,24 +118,30 @@ def refuse(settings: Settings, version: str | None) -> int:
 
 def validate_once(settings: Settings, asset: str) -> bool:
     """Does nothing when an earlier worker has done it. False: to be tried again."""
-    before = load_result(settings, asset)
-    if before and is_final(before):
-        return True
     try:
+        before = None if make_folder(settings, asset) else load_result(settings, asset)
+        if before and is_final(before):
+            return True
         result = validate(settings, asset, before["attempts"] + 1 if before else 1)
     except OSError as error:
         print(f"quorlin-batch: {printable(asset)}: {error}", file=sys.stderr)
         return False
-    if is_final(result):
-        with contextlib.suppress(OSError):  # the batch was killed; what is begun is ended
-            os.write(1, b".")
     return is_final(result)
+
+
+def make_folder(settings: Settings, asset: str) -> bool:
+    """That of the report. False when it is there already, perhaps with a report."""
+    folder = report_folder(settings.reports, asset)
+    try:
+        os.makedirs(folder)
+    except FileExistsError:
+        return False
+    return True
 
 
 def validate(settings: Settings, asset: str, attempt: int) -> dict:
     """Runs quorlin-json and stores the report."""
     folder = report_folder(settings.reports, asset)
-    os.makedirs(folder, exist_ok=True)
     digest = digest_of(asset)
     command = [settings.quorlin, "-i", asset]
     if settings.streams is not None:
@@ -155,7 +184,9 @@ def validate(settings: Settings, asset: str, attempt: int) -> dict:
         write(os.path.join(folder, STDERR), errors.content())
     stored, rows = dumps(result), dumps(rows_of(fold, names))
     store_asset_page(settings.reports, folder, result["asset"], stored, rows)
-    write_whole(os.path.join(folder, RESULT), stored.encode())
+    # In one piece, and of half a one nobody takes notice: to rename it would cost another change of
+    # the folder.
+    write(os.path.join(folder, RESULT), stored.encode())
     return result
 
 

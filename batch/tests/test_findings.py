@@ -1,9 +1,15 @@
 """What is made of findings: accepted ones, changes since the last call, advice."""
 
 import json
+import unittest
 from datetime import date, timedelta
 
-from support import FAILED, PASSED, BatchTest
+from support import EXAMPLES, FAILED, PASSED, QUORLIN, SOURCE, BatchTest
+
+try:
+    from jsonschema import Draft202012Validator
+except ImportError:
+    Draft202012Validator = None
 
 LOST = "finding ts-lost-sync 'ERROR: Lost sync.'; "
 RULES = ("finding ztp-001 one false; finding ztp-002 two false; finding ztp-errors payload; "
@@ -139,3 +145,17 @@ class Advice(BatchTest):
         self.assertEqual(self.batch(self.catalogue, "--advice", "fail").returncode, 1)
         failed = {name for name, record in self.records().items() if record["state"] == "failed"}
         self.assertEqual(failed, {name for name, _, ids in ADVICE if ids})
+
+
+class Schema(BatchTest):
+    @unittest.skipUnless(Draft202012Validator, "python3-jsonschema is not installed: summary.json is not tested")
+    def test_summary(self) -> None:
+        schema = json.loads((SOURCE.parent / "docs" / "summary.schema.json").read_text())
+        self.asset("changed")
+        self.asset("rules", RULES + END)
+        (self.folder / "accepted").write_text("ztp-001\nts-note until=2020-01-01")
+        arguments = (self.catalogue, EXAMPLES, "/nowhere.m3u8", "--quorlin", QUORLIN)
+        for calls in ([self.catalogue, "--accept", self.folder / "accepted"], arguments):
+            self.batch(*calls)
+            self.batch(*calls, "--force", "--advice=fail")
+            Draft202012Validator(schema).validate(self.summary())
