@@ -6,7 +6,7 @@
 enum class ReasonEffect {
     REMARK,             // nothing: it helps to understand the rest
     UNVALIDATED,        // something was left out, the verdict is that of the rest
-    FAILS,              // the verdict fails and no finding says so
+    FAILS,              // it fails the verdict
     FAILS_UNVALIDATED,  // both
 };
 

@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """check_events.py SCHEMA QUORLIN-JSON FOLDER: for each NAME.events in FOLDER, what quorlin-json wrote for a run: every
 event is of the schema, every id has an explanation, and the texts in order are NAME.stdout, which quorlin wrote for the
 same run; NAME.stderr and NAME.events.stderr are equal. A run whose output could not be written is not given."""
