@@ -1,7 +1,8 @@
 # What every target of the project shares: warnings, sanitizers, the include root, and one way to declare a library.
 
 add_library(quorlin_options INTERFACE)
-target_compile_options(quorlin_options INTERFACE -Wall -Wextra -Wshadow -Wconversion -Wformat=2 -Wformat-nonliteral)
+target_compile_options(quorlin_options INTERFACE -Wall -Wextra -Wshadow -Wconversion -Wformat=2 -Wformat-nonliteral
+  -Wold-style-cast $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-cond>)
 if(QUORLIN_WERROR)
   target_compile_options(quorlin_options INTERFACE -Werror)
 endif()
@@ -37,6 +38,8 @@ function(quorlin_library name)
   add_library(${name} STATIC ${LIB_SOURCES})
   target_sources(${name} PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR}/src FILES ${LIB_HEADERS})
   target_link_libraries(${name} PUBLIC ${LIB_LINKS} PRIVATE quorlin_options)
+  # Not for the tests: there g++ 12 warns of its own library.
+  target_compile_options(${name} PRIVATE -Wnull-dereference)
   # The header check compiles with the interface's settings: it needs the language level.
   target_compile_features(${name} PUBLIC cxx_std_20)
   if(QUORLIN_SANITIZE OR QUORLIN_COVERAGE)

@@ -29,7 +29,7 @@ void read_emdf_substreams(BitReader& reader, std::vector<ac4_emdf_info>& emdf_su
 // The data of a configuration that this syntax does not know.
 void skip_config_bytes(BitReader& reader) {
     const uint32_t n_skip_bytes = read_u32(reader, 7);
-    skip_bits(reader, 8 * n_skip_bytes);
+    skip_bits(reader, uint64_t{8} * n_skip_bytes);
 }
 
 // ETSI TS 103 190-2, ac4_substream_dsi.
@@ -156,7 +156,7 @@ void read_presentation_v1_body(BitReader& reader, ac4_presentation_v1_dsi& prese
     if (presentation.b_presentation_filter != 0) {
         presentation.b_enable_presentation = read_u8(reader, 1);
         presentation.n_filter_bytes = read_u8(reader, 8);
-        skip_bits(reader, 8u * presentation.n_filter_bytes);
+        skip_bits(reader, uint64_t{8} * presentation.n_filter_bytes);
     }
     read_substream_groups(reader, presentation);
     presentation.b_pre_virtualized = read_u8(reader, 1);
@@ -166,9 +166,9 @@ void read_presentation_v1_body(BitReader& reader, ac4_presentation_v1_dsi& prese
 // ETSI TS 103 190-2, alternative_info.
 void skip_alternative_info(BitReader& reader) {
     const uint32_t name_len = read_u32(reader, 16);
-    skip_bits(reader, 8 * name_len);
+    skip_bits(reader, uint64_t{8} * name_len);
     const uint32_t n_targets = read_u32(reader, 5);
-    skip_bits(reader, (3 + 8) * n_targets);  // target_md_compat, target_device_category
+    skip_bits(reader, uint64_t{3 + 8} * n_targets);  // target_md_compat, target_device_category
 }
 
 // ETSI TS 103 190-2, ac4_presentation_v1_dsi.

@@ -158,7 +158,7 @@ uint8_t skip_isf_or_reserved(BitReader& reader) {
     if (b_isf != 0) {
         if (read_flag(reader)) skip_bits(reader, 3);  // b_isf_start, isf_config
     } else {
-        skip_bits(reader, 8 * read_u32(reader, 4));  // res_bytes
+        skip_bits(reader, uint64_t{8} * read_u32(reader, 4));  // res_bytes
     }
     return b_isf;
 }

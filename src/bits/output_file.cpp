@@ -10,7 +10,7 @@
 namespace {
 
 // Large writes from aligned memory cost the kernel about half of what the size of a PES packet or a sample costs.
-constexpr size_t OUTPUT_BUFFER_SIZE = 256 * 1024;
+constexpr size_t OUTPUT_BUFFER_SIZE = size_t{256} * 1024;
 
 // The playlist for which each file of this run was begun last, by the file's path.
 std::map<std::string, std::string> file_owners;

@@ -101,7 +101,7 @@ void append_run_samples(TrackRecord& track, FileReader& reader, const TrackRun& 
         append_samples(track.samples, run.sample_count, track.default_sample_size);
         return;
     }
-    std::array<uint8_t, MAX_ENTRY_SIZE * ENTRIES_AT_ONCE> piece{};
+    std::array<uint8_t, size_t{MAX_ENTRY_SIZE} * ENTRIES_AT_ONCE> piece{};
     for (uint32_t done = 0; done < run.sample_count; done += ENTRIES_AT_ONCE) {
         const uint32_t count = std::min(run.sample_count - done, ENTRIES_AT_ONCE);
         const std::span<uint8_t> bytes = std::span(piece).first(size_t{count} * entry_size);

@@ -130,8 +130,8 @@ int read_edts(MediaContext& context, FileReader& reader, int64_t) {
     if (entry_count < 1 || entry_count > 2)
         return refuse_box(context, reader, "reason-mp4-edit-list-count",
                           "the edit list has neither one nor two entries");
-    std::array<uint8_t, 2 * 20> entries{};
-    read_fields(reader, std::span(entries).first(entry_count * (version == 1 ? 20u : 12u)));
+    std::array<uint8_t, size_t{2} * 20> entries{};
+    read_fields(reader, std::span(entries).first(size_t{entry_count} * (version == 1 ? 20 : 12)));
     const EditListEntry first = edit_list_entry(entries, version, 0);
     if (entry_count == 1) {
         track.presentation_offset = static_cast<int64_t>(0 - static_cast<uint64_t>(first.media_time));

@@ -98,7 +98,8 @@ void count_timeslice(TimesliceAccumulator& accumulator) {
     ++totals.timeslices;
     totals.frames += accumulator.current_frames;
     totals.bits += accumulator.current_bits;
-    totals.playing_time += first.blocks_per_frame * SAMPLES_PER_BLOCK * (PLAYING_TIME_UNITS / first.sample_rate);
+    totals.playing_time +=
+        uint64_t{first.blocks_per_frame} * SAMPLES_PER_BLOCK * (PLAYING_TIME_UNITS / first.sample_rate);
     accumulator.current_frames = 0;
     accumulator.current_bits = 0;
     clear_record(current_record(accumulator));
