@@ -10,7 +10,7 @@ constexpr int EVENT_SCHEMA_VERSION = 1;
 // Writes the first event. `input` is null when the command line names none.
 void write_start(const char* version, const char* input);
 
-// The recorder that writes every event behind it.
+// The recorder that writes every event after the first.
 const Recorder& event_recorder();
 
 // Writes the last event of a run without a verdict, unless a verdict was written.

@@ -13,7 +13,7 @@ namespace {
 constexpr std::string_view ENTRY_HEADING = "### ";
 constexpr std::string_view SECTION_HEADING = "## ";
 constexpr size_t LINE_WIDTH = 78;
-constexpr const char* INDENT = "    ";
+constexpr std::string_view INDENT = "    ";
 
 struct EffectMark {
     std::string_view mark;
@@ -26,6 +26,15 @@ constexpr EffectMark EFFECT_MARKS[] = {
     {"○", "leaves the verdict alone"},
     {"⊘", "ends the run without a verdict"},
 };
+
+void print_text(std::string_view text) {
+    std::fwrite(text.data(), 1, text.size(), stdout);
+}
+
+void print_line(std::string_view text) {
+    print_text(text);
+    std::fputc('\n', stdout);
+}
 
 std::string_view next_line(std::string_view& text) {
     const size_t end = text.find('\n');
@@ -66,7 +75,7 @@ std::string plain_text(std::string_view markdown) {
     return plain;
 }
 
-// Fills lines of an indented paragraph; an empty word ends it.
+// Fills the lines of an indented paragraph.
 struct Filler {
     size_t column = 0;
 };
@@ -77,13 +86,13 @@ void print_word(Filler& filler, std::string_view word) {
         filler.column = 0;
     }
     if (filler.column == 0) {
-        std::fputs(INDENT, stdout);
-        filler.column = 4;
+        print_text(INDENT);
+        filler.column = INDENT.size();
     } else {
         std::fputc(' ', stdout);
         ++filler.column;
     }
-    std::fwrite(word.data(), 1, word.size(), stdout);
+    print_text(word);
     filler.column += word.size();
 }
 
@@ -118,7 +127,9 @@ void print_effect_and_text(std::string_view line) {
     }
     const std::string_view text = quote == line.npos ? std::string_view() : line.substr(quote + 1);
     const std::string_view shown = text.substr(0, text.rfind('`'));
-    std::printf("\n%s%.*s\n", INDENT, static_cast<int>(shown.size()), shown.data());
+    print_line("");
+    print_text(INDENT);
+    print_line(shown);
 }
 
 // The paragraphs that explain an entry, or the next one that has any in its section.
@@ -165,8 +176,6 @@ void print_ids() {
     std::string_view page = FINDINGS_PAGE;
     while (!page.empty()) {
         const std::string_view line = next_line(page);
-        if (!line.starts_with(ENTRY_HEADING)) continue;
-        const std::string_view id = line.substr(ENTRY_HEADING.size());
-        std::printf("%.*s\n", static_cast<int>(id.size()), id.data());
+        if (line.starts_with(ENTRY_HEADING)) print_line(line.substr(ENTRY_HEADING.size()));
     }
 }
