@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <utility>
 
 #include "bits/finding.h"
 #include "bits/place.h"
@@ -33,6 +34,8 @@ struct SegmentLoop {
     ByteRangeEnds range_ends = {};
     uint32_t segments_named = 0;  // entries that name a file
     uint32_t segments_opened = 0;
+    std::string whole_init = {};  // path of the init section, when it is a whole file that no segment has named yet
+    bool codecs_missed = false;
 };
 
 int validate_transport_stream(SegmentLoop& loop, bool first_segment) {
@@ -43,6 +46,31 @@ int validate_transport_stream(SegmentLoop& loop, bool first_segment) {
         status |= check_segment_timing(timing, loop.previous_timing, TimingCaller::PLAYLIST);
     loop.previous_timing = timing;
     return status;
+}
+
+// Without a master playlist there is no CODECS to compare with, and that is a finding.
+int validate_packed_segment(SegmentLoop& loop, const SegmentEntry& entry, bool first_segment) {
+    const MediaPlaylistJob& job = loop.job;
+    const int status =
+        validate_packed_audio(loop.source.reader, entry, job.output_dir, job.stem, first_segment, job.attrs);
+    if (status != 0 && job.attrs == nullptr && !std::exchange(loop.codecs_missed, true))
+        report_reason(
+            ReasonEffect::REMARK, "reason-playlist-packed-no-codecs", job.path,
+            "packed audio is compared with CODECS, which only a master playlist has: validate it through that");
+    return status;
+}
+
+void remark_init_as_segment(SegmentLoop& loop, const SegmentEntry& entry) {
+    if (entry.byte_range) return;
+    if (entry.kind == SegmentKind::INIT) {
+        loop.whole_init = loop.source.reader.path;
+    } else if (loop.whole_init == loop.source.reader.path) {
+        loop.whole_init.clear();
+        report_reason(ReasonEffect::REMARK, "reason-playlist-map-is-segment", loop.job.path,
+                      "line %u: the segment is the file of EXT-X-MAP, and neither has a byte range: its samples are "
+                      "read, and written, twice",
+                      entry.line);
+    }
 }
 
 // The init context of an EXT-X-MAP replaces that of the one before. Returns 0, or 11 when that one's files could not be
@@ -66,7 +94,6 @@ int refuse_malformed_range(const ByteRange& range, const std::string& path) {
 
 // The segment whose file is open. `range` is null when its texts are none.
 int validate_content(SegmentLoop& loop, const SegmentEntry& entry, const ByteSpan* range, bool first_segment) {
-    const MediaPlaylistJob& job = loop.job;
     SegmentSource& source = loop.source;
     int status = 0;
     if (source.format == SegmentFormat::ISO_MEDIA && entry.kind == SegmentKind::INIT)
@@ -77,8 +104,9 @@ int validate_content(SegmentLoop& loop, const SegmentEntry& entry, const ByteSpa
         case SegmentFormat::TRANSPORT_STREAM:
             return validate_transport_stream(loop, first_segment);
         case SegmentFormat::PACKED_AUDIO:
-            return validate_packed_audio(source.reader, entry, job.output_dir, job.stem, first_segment, job.attrs);
+            return validate_packed_segment(loop, entry, first_segment);
         case SegmentFormat::ISO_MEDIA:
+            remark_init_as_segment(loop, entry);
             return status | validate_mp4_segment(source.reader, entry, loop.init_context.get());
         default:
             return SEGMENT_REFUSED;

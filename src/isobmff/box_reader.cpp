@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cctype>
 #include <cinttypes>
+#include <cstdio>
+#include <cstring>
 #include <new>
 
 #include "bits/place.h"
@@ -28,9 +30,20 @@ bool may_stay_in_front(const MediaContext& context, const FileReader& reader, in
     return context.depth == 1 && left <= payload + BOX_HEADER_SIZE && (!reader.limited || reader.remaining >= payload);
 }
 
+// In quotes, or as a number when it cannot be printed.
+std::array<char, 11> box_name(uint32_t type) {
+    std::array<char, 11> name{};
+    const std::array<char, 5> text = printable_type(type);
+    if (std::strchr(text.data(), '?') != nullptr)
+        std::snprintf(name.data(), name.size(), "0x%08" PRIX32, type);
+    else
+        std::snprintf(name.data(), name.size(), "'%s'", text.data());
+    return name;
+}
+
 void report_box(ReasonEffect effect, const MediaContext& context, const FileReader& reader, const char* id,
                 const char* rule) {
-    report_reason(effect, id, reader.path, "box '%s' at byte %" PRIu64 ": %s", printable_type(context.box.type).data(),
+    report_reason(effect, id, reader.path, "box %s at byte %" PRIu64 ": %s", box_name(context.box.type).data(),
                   context.box.offset, rule);
 }
 

@@ -140,7 +140,8 @@ int read_edts(MediaContext& context, FileReader& reader, int64_t) {
     const EditListEntry second = edit_list_entry(entries, version, 1);
     if (first.media_time != -1 || second.media_time != 0)
         return refuse_box(context, reader, "reason-mp4-edit-list-form",
-                          "two edits are not an empty one and one from the start of the media");
+                          "two edits are not an empty one and one from the start of the media (ffmpeg writes another "
+                          "list with -movflags +negative_cts_offsets, none with -use_editlist 0)");
     track.empty_entry_duration = first.segment_duration;
     return 0;
 }

@@ -7,6 +7,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "bits/place.h"
 #include "ts/program.h"
 #include "ts/ts_packet.h"
 
@@ -16,7 +17,8 @@ struct SectionBuffer {
     std::vector<uint8_t> data;
     int64_t offset = 0;  // in the file, of the packet that began it
     bool cut_reported = false;
-    std::optional<size_t> program;  // whose PMT the PID carried, in PsiTables::programs
+    int64_t refused_at = NO_OFFSET;  // offset of the PMT that a finding in its descriptors ended last
+    std::optional<size_t> program;   // whose PMT the PID carried, in PsiTables::programs
 };
 
 // ISO/IEC 13818-1, table 2-30: one program of the program association table; program_number 0 is the network.

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "bits/finding.h"
+#include "bits/place.h"
 #include "bits/report.h"
 #include "ts/ts_status.h"
 
@@ -138,9 +139,7 @@ int register_video(TsDemuxContext& context, const EsRecord& es, const StreamKind
     return 0;
 }
 
-// Unknown stream types have their warning already.
 void report_not_followed(TsDemuxContext& context, const EsRecord& es) {
-    if (es.stream_type != STREAM_TYPE_PES_PRIVATE_DATA && es.stream_type != STREAM_TYPE_RESERVED_40) return;
     // The program table comes again and again.
     if (std::exchange(context.routes[es.elementary_PID].reported, true)) return;
     report_reason(ReasonEffect::UNVALIDATED, "reason-ts-stream-not-followed", context.psi.path,
@@ -152,7 +151,9 @@ void report_not_followed(TsDemuxContext& context, const EsRecord& es) {
 
 int register_streams(TsDemuxContext& context, const ProgramRecord& program) {
     int status = 0;
+    const PlaceScope scope;
     for (const EsRecord& es : program.streams) {
+        current_place.stream = es.elementary_PID;
         const DescriptorMarks marks = scan_descriptors(es);
         const StreamKind audio = audio_kind(es, marks);
         const StreamKind video = video_kind(es, marks);

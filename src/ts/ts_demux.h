@@ -38,3 +38,10 @@ struct TsDemuxContext {
     std::array<PesStream, TS_SLOT_COUNT> pes;  // the audio streams as they are registered, then the video stream
     std::optional<uint16_t> video_pid;
 };
+
+// The registered streams, audio first.
+template <class Use>
+void for_each_stream(TsDemuxContext& context, Use use) {
+    for (size_t slot = 0; slot < context.stream_table.audio_count; ++slot) use(context.pes[slot]);
+    if (context.video_pid) use(context.pes[TS_VIDEO_SLOT]);
+}

@@ -12,6 +12,7 @@
 #include "ts/pmt_checks.h"
 #include "ts/stream_registration.h"
 #include "ts/ts_status.h"
+#include "ts/unread_content.h"
 
 namespace {
 
@@ -35,6 +36,7 @@ void handle_pat(TsDemuxContext& context, std::span<const uint8_t> section) {
 int handle_pmt(TsDemuxContext& context, uint16_t pid, std::span<const uint8_t> section) {
     int status = 0;
     if (find_program(context.psi, pid) == nullptr) status |= parse_pmt(context.psi, pid, section);
+    if (status != 0) context.psi.sections[pid].refused_at = current_place.offset;
     select_program(context.psi);
     ProgramRecord* program = find_program(context.psi, pid);
     if (program == nullptr || program->program_number != context.psi.selected_program) return status;
@@ -125,13 +127,6 @@ int handle_packet(TsDemuxContext& context, std::span<const uint8_t> bytes) {
     return handle_section(context, route.kind, packet);
 }
 
-// The registered streams, audio first.
-template <class Use>
-void for_each_stream(TsDemuxContext& context, Use use) {
-    for (size_t slot = 0; slot < context.stream_table.audio_count; ++slot) use(context.pes[slot]);
-    if (context.video_pid) use(context.pes[TS_VIDEO_SLOT]);
-}
-
 int flush_all(TsDemuxContext& context) {
     int status = 0;
     for_each_stream(context, [&](PesStream& stream) {
@@ -172,63 +167,6 @@ int run_packet_loop(TsDemuxContext& context, FileReader& reader) {
     return status | flush_all(context);
 }
 
-// Everything that the checks of a stream have passed over. The reasons have the place where it happened first.
-void report_losses(const std::string& path, const PesStream& stream, uint32_t early_units) {
-    using enum ReasonEffect;
-    const PesLosses& losses = stream.losses;
-    const PlaceScope scope;
-    current_place.stream = stream.pid;
-    if (early_units > 0)
-        report_reason(UNVALIDATED, "reason-ts-early-pes", path,
-                      "PID %u: %" PRIu32 " PES packets in front of the program tables: not read", stream.pid,
-                      early_units);
-    current_place.offset = losses.scrambled_packets.offset;
-    if (losses.scrambled_packets.count > 0)
-        report_reason(UNVALIDATED, "reason-ts-scrambled", path,
-                      "PID %u: scrambled: its content is not validated, and findings about it may be wrong",
-                      stream.pid);
-    current_place.offset = losses.bytes.offset;
-    if (losses.bytes.count > 0)
-        report_reason(UNVALIDATED, "reason-ts-bytes-outside-pes", path,
-                      "PID %u: %" PRIu64
-                      " bytes are in no PES packet, or behind the %u bytes that one may hold: not read",
-                      stream.pid, losses.bytes.count, PES_MAX_PAYLOAD);
-    current_place.offset = losses.cut_headers.offset;
-    if (losses.cut_headers.count > 0)
-        report_reason(UNVALIDATED, "reason-ts-pes-header-incomplete", path,
-                      "PID %u: %" PRIu64 " PES packets end inside their header: not read", stream.pid,
-                      losses.cut_headers.count);
-    current_place.offset = losses.short_lengths.offset;
-    if (losses.short_lengths.count > 0)
-        report_reason(UNVALIDATED, "reason-ts-pes-length", path,
-                      "PID %u: %" PRIu64 " PES packets have a length that ends inside their header: not read",
-                      stream.pid, losses.short_lengths.count);
-    current_place.offset = losses.unchecked_packets.offset;
-    if (losses.unchecked_packets.count > 0)
-        report_reason(UNVALIDATED, "reason-ts-pes-not-checked", path,
-                      "PID %u: %" PRIu64
-                      " audio PES packets are cut short, have no length or are not of stream_id 0xBD: not checked",
-                      stream.pid, losses.unchecked_packets.count);
-}
-
-// What a segment without a finding holds and nobody has looked at.
-void report_unread(TsDemuxContext& context, int status) {
-    using enum ReasonEffect;
-    const std::string& path = context.psi.path;
-    for_each_stream(
-        context, [&](const PesStream& stream) { report_losses(path, stream, context.routes[stream.pid].early_units); });
-    if (status != 0 || context.stream_table.audio_count > 0 || context.video_pid) return;
-    if (context.psi.pat.entries.empty())
-        report_reason(UNVALIDATED, "reason-ts-no-program", path,
-                      "no program association table lists a program: nothing is checked");
-    else if (context.psi.programs.empty())
-        report_reason(UNVALIDATED, "reason-ts-no-program-map", path,
-                      "no program map table is complete: nothing is checked");
-    else
-        report_reason(UNVALIDATED, "reason-ts-no-stream", path,
-                      "no stream of the program is followed: beyond its tables nothing is checked");
-}
-
 int report_read_error(const FileReader& reader) {
     if (!reader.read_error) return 0;
     const PlaceScope scope;
@@ -241,7 +179,8 @@ int report_read_error(const FileReader& reader) {
 void fill_timing(const TsStreamTable& table, TsSegmentTiming& timing) {
     timing.audio_count = table.audio_count;
     for (size_t i = 0; i < table.audio_count; ++i)
-        timing.streams[i] = {table.audio[i].stream_type, table.audio[i].first_pts, table.audio[i].end_pts};
+        timing.streams[i] = {table.audio[i].stream_type, table.audio[i].first_pts, table.audio[i].end_pts,
+                             table.audio[i].pid};
     if (table.video_pes_count <= 1) return;
     // The mean distance of the pictures after the last one.
     const int64_t span = table.video_last_pts - table.video_first_pts;
@@ -290,7 +229,7 @@ int ts_process_segment(FileReader& reader, const std::optional<std::string>& out
 
     int status = run_packet_loop(*context, reader);
     status |= report_read_error(reader);
-    report_unread(*context, status);
+    report_unread_content(*context, status);
     if (status == 0 && timing != nullptr) fill_timing(context->stream_table, *timing);
     record_streams(*context);
     status |= close_outputs(*context);

@@ -13,6 +13,7 @@ struct TsStreamTiming {
     uint32_t stream_type = 0;
     int64_t first_pts = 0;  // smallest PTS
     int64_t end_pts = 0;    // where the next segment is expected to begin
+    uint16_t pid = 0;
 };
 
 // When the streams of one segment begin and end, in 90 kHz ticks; -1 = unset.

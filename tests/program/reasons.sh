@@ -260,6 +260,10 @@ lone 'no association table' PASSED 'no program association table lists a program
 lone 'no program map' PASSED 'no program map table is complete: nothing is checked' "$one$good"
 lone 'nothing to follow' PASSED 'no stream of the program is followed: beyond its tables nothing is checked' "$one$(pmt '')"
 lone 'private data' PASSED 'PID 300 of stream type 0x06: nothing names audio or video that is written: not followed' "$one$(pmt "$(stream 06 300)$(stream 0f 257)")$good"
+lone 'a stream without PES packets' PASSED 'PID 258: the program lists it, but the segment has no PES packet of it' \
+    "$one$(pmt "$(stream 0f 257)$(stream 1b 258)")$good"
+lone 'no PES packet at all' PASSED 'no stream of the program has a PES packet: beyond its tables nothing is checked' \
+    "$one$(pmt "$(stream 0f 257)$(stream 1b 258)")"
 lone 'several programs' PASSED '2 programs; the first, number 7, is followed' "$(pat 7 256 8 300)$(pmt "$(stream 0f 257)")$good"
 lone 'a pointer that is too large' PASSED 'PID 0: a pointer_field reaches past its packet: no section is read there' "$(packet 0 1 ff)"
 lone 'a program map of two packets' PASSED 'PID 256: a section goes on in a second packet: it is cut there, and what it lists may be wrong' \
@@ -278,7 +282,15 @@ lone 'a PES packet without the end of its header' PASSED 'PID 257: 1 PES packets
 scrambled=$(pes 257 c0 ffff)
 lone 'a scrambled packet' PASSED 'PID 257: scrambled: its content is not validated, and findings about it may be wrong' \
     "$one$(pmt "$(stream 0f 257)")${scrambled:0:6}b${scrambled:7}"
-# These have a message of their own behind them, which does not say what is wrong.
+# These have a message of their own, which does not say what is wrong.
+bytes "$one$(pmt "$(stream 15 300)$(stream 0f 257)")$good" >a.ts
+expect 'an unknown stream type' PASSED 0 \
+    'quorlin: a.ts: PID 300 of stream type 0x15: nothing names audio or video that is written: not followed' quorlin -i a.ts
+opus=$(pmt "$(stream 06 257 "0504$(text Opus)7f028002")")
+bytes "$one$opus$good$opus" >a.ts
+expect 'Opus' FAILED 0 \
+    "quorlin: a.ts: PID 256: a descriptor in the program map table has a finding: none of the program's streams is validated" quorlin -i a.ts
+[ "$(grep -c . "$folder/stderr")" = 1 ] || fail 'Opus: more than one reason'
 ac4 ac400000 >a.ts
 expect 'an empty AC-4 frame' FAILED 0 'quorlin: a.ts: PID 257: AC-4 frame 1 of a PES has the size 0' quorlin -i a.ts
 ac4 ac40000100 >a.ts
@@ -290,11 +302,12 @@ rm -f ./*
 broken_init "box 'free' at byte 64: its size is smaller than its header" "00000004$(text free)"
 broken_init "box 'free' at byte 64: it is larger than what is left of its container" "00001000$(text free)"
 broken_init "box 'free' at byte 64: its size is out of range" "00000001$(text free)$(repeat ff 8)"
+broken_init "box 0x00010203 at byte 64: its size is smaller than its header" 0000000400010203
 broken_init "box 'tkhd' at byte 64: its version is neither 0 nor 1" "$(box tkhd "02$(repeat 00 23)")"
 broken_init "box 'mdhd' at byte 64: its version is neither 0 nor 1" "$(box mdhd "02$(repeat 00 23)")"
 broken_init "box 'edts' at byte 64: the edit list's version is neither 0 nor 1" "$(box edts "$(box elst 0200000000000001)")"
 broken_init "box 'edts' at byte 64: the edit list has neither one nor two entries" "$(box edts "$(box elst 0000000000000000)")"
-broken_init "box 'edts' at byte 64: two edits are not an empty one and one from the start of the media" \
+broken_init "box 'edts' at byte 64: two edits are not an empty one and one from the start of the media (ffmpeg writes another list with -movflags +negative_cts_offsets, none with -use_editlist 0)" \
     "$(box edts "$(box elst 0000000000000002 "$(repeat 00 24)")")"
 broken_init "box 'stsd' at byte 64: it does not hold exactly one sample description" "$(box stsd 0000000000000002)"
 broken_init "box 'stsz' at byte 64: it counts more entries than the file or byte range holds" "$(box stsz 000000000000000000000001)"
@@ -330,6 +343,10 @@ media '#EXT-X-MAP:URI="init.mp4"'
 printf '%s\n' '#EXT-X-STREAM-INF:BANDWIDTH=1,CODECS="ac"' p.m3u8 >m.m3u8
 row 'AC-4 that CODECS does not name' FAILED 0 m.m3u8 'init.mp4: track 1 is AC-4, but CODECS names no ac-4'
 
+bytes "$ftyp" "$(box moov "$(box trak "$tkhd" "$avc")")" >init.mp4
+fragment 0000000165 >>init.mp4
+media '#EXT-X-MAP:URI="init.mp4"' '#EXTINF:4,' init.mp4
+row 'one file as init section and segment' PASSED 0 p.m3u8 'p.m3u8: line 4: the segment is the file of EXT-X-MAP, and neither has a byte range: its samples are read, and written, twice'
 fragment 0000000165 >segment.m4s
 media '#EXTINF:4,' segment.m4s
 row 'no init section' FAILED 0 p.m3u8 'segment.m4s: no init section (EXT-X-MAP) came before this segment'
@@ -391,6 +408,8 @@ loose() {  # TEXT HEX
     expect "$1" FAILED 0 "quorlin: a.aac: $1" quorlin -i p.m3u8
 }
 loose 'an AC-4 frame with a CRC (sync word 0xAC41) at byte 73: it and the rest are not looked at' ac410000
+expect 'packed audio without a master playlist' FAILED 0 \
+    'quorlin: p.m3u8: packed audio is compared with CODECS, which only a master playlist has: validate it through that' quorlin -i p.m3u8
 loose 'no AC-4 sync word 0xAC40 at byte 81: the rest is not looked at' ac4000048000208000
 loose 'the AC-4 frame at byte 73 is cut: 6 of its 8 bytes are there' ac4000048000
 loose 'the AC-4 frame at byte 73 has 10485761 bytes, more than 10485760: it and the rest are not looked at' ac40ffffa00001
