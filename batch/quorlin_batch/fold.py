@@ -86,6 +86,7 @@ class Fold:
         self.more_fails = False
         self.playlists: dict[str | None, dict] = {}
         self.segments: dict[str | None, list] = {}
+        self.again: str | None = None  # playlist that is walked a second time
         self.segment_count = self.segments_with_content = 0
         self.streams: dict[tuple, Stream] = {}
         self.cells: dict[tuple, list] = {}
@@ -189,11 +190,16 @@ class Fold:
     def add_playlist(self, event: dict) -> None:
         facts = {key: short(value) if isinstance(value, str) else value
                  for key, value in event.items() if value is not None}
-        self.playlists[event["playlist"]] = facts
+        path = event["playlist"]
+        # A rendition that is a variant, too, is validated as both: its segments are the same.
+        self.again = path if path in self.segments else None
+        self.playlists[path] = self.playlists.get(path, {}) | facts
 
     def add_segment(self, event: dict) -> None:
         self.rules.clear()
         playlist = event["playlist"]
+        if playlist is not None and playlist == self.again:
+            return
         streams = [self.stream(playlist, facts) for facts in event["streams"]]
         if not event["init"]:
             self.segments_with_content += any(facts["units"] for facts in event["streams"])

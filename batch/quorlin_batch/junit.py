@@ -25,7 +25,10 @@ def store_junit(summary: dict, path: str) -> None:
              tag("testsuite", suite), *property_lines(properties)]
     for record in summary["assets"]:
         lines += case_lines(record)
-    write_whole(path, "\n".join([*lines, "</testsuite>", "</testsuites>", ""]).encode())
+    # What is read on another machine knows nothing of the folders of this one.
+    content = "\n".join([*lines, "</testsuite>", "</testsuites>", ""])
+    root = escape(summary["root"].rstrip("/") + "/")
+    write_whole(path, (content.replace(root, "") if root != "/" else content).encode())
 
 
 def tag(name: str, attributes: dict, end: str = "") -> str:

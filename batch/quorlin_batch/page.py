@@ -9,6 +9,7 @@ from .asset_page import harmless
 from .explanations import explain
 from .reports import Settings
 from .accept import stands
+from .summary import is_plain_advice
 from .text import write_whole
 from .verdict import STATES
 
@@ -84,12 +85,13 @@ def index_data(summary: dict, explanations: dict) -> dict:
     assets = [row_of(record, ids, texts, summary["root"]) for record in summary["assets"]]
     sets = [[STATES.index(each["state"]), each["reason"], [ids.number(name) for name in each["ids"]],
              each["assets"]] for each in summary["equal_findings"]]
-    frequent = [[ids.number(each["id"]), each["count"], each["assets"]]
-                for each in summary["frequent_findings"]]
+    frequent, advice = ([[ids.number(each["id"]), each["count"], each["assets"]] for each in part]
+                        for part in (summary["frequent_findings"], summary["frequent_advice"]))
     keys = ("root", "quorlin", "host", "started", "seconds", "validated_now", "interrupted",
             "problems", "totals", "since", "accepted")
     return {key: summary.get(key) for key in keys} | {
-        "states": STATES, "sets": sets, "frequent": frequent, "assets": assets,
+        "states": STATES, "sets": sets, "frequent": frequent, "advice": advice,
+        "assets": assets,
         "ids": [[name, *about[name], explanations.get(name)] for name in ids.numbers],
         "texts": list(texts.numbers),
     }
@@ -97,14 +99,16 @@ def index_data(summary: dict, explanations: dict) -> dict:
 
 def row_of(record: dict, ids: Table, texts: Table, root: str) -> list:
     """Name, set of findings, first finding, number of findings, seconds, report; and, when there
-    are any, what is new, gone and accepted."""
+    are any, what is new and gone, how much is accepted, and the advice."""
     speaking = [each for each in record["findings"] if stands(each)]
     total = sum(each["count"] for each in speaking) + record["more_findings"]
     first = texts.number(speaking[0]["text"]) if speaking else -1
     usual = record["report"] == quote(f"assets{root.rstrip('/')}/{record['name']}")
-    row = [record["name"], record["set"], first, total, round(record["seconds"], 1),
+    row = [record["name"], record["set"], first, total, round(record["seconds"], 3),
            0 if usual else record["report"] or ""]
     new = sorted({ids.number(name) for name in record.get("new", [])})
     gone = sorted({ids.number(each["id"]) for each in record.get("gone", [])})
     accepted = sum("accepted" in each for each in record["findings"])
-    return row + ([new, gone, accepted] if new or gone or accepted else [])
+    advice = sorted({ids.number(each["id"]) for each in record["findings"]
+                     if is_plain_advice(each)})
+    return row + ([new, gone, accepted, advice] if new or gone or accepted or advice else [])

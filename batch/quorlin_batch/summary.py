@@ -3,6 +3,7 @@
 import json
 import os
 from collections import Counter
+from collections.abc import Callable
 from urllib.parse import quote
 
 from . import VERSION
@@ -65,7 +66,8 @@ def summarize(batch: Batch, results: list[dict | None]) -> dict:
         "advice": "fail" if batch.advice_fails else "show",
         "accepted": described(batch.accepted, batch.accept_file, records) if batch.accept_file else None,
         "since": since,
-        "frequent_findings": frequent_findings(records),
+        "frequent_findings": frequent_findings(records, stands),
+        "frequent_advice": frequent_findings(records, is_plain_advice),
         "equal_findings": equal_findings(records),
         "assets": records,
     }
@@ -96,13 +98,17 @@ def record_of(batch: Batch, asset: str, root: str, result: dict | None) -> dict:
     return record
 
 
-def frequent_findings(records: list[dict]) -> list[dict]:
-    """Findings of the whole catalogue: those that count, by their ids."""
+def is_plain_advice(finding: dict) -> bool:
+    return finding["kind"] == "advice" and not finding["fails"] and "accepted" not in finding
+
+
+def frequent_findings(records: list[dict], test: Callable[[dict], bool]) -> list[dict]:
+    """Findings of the whole catalogue by their ids, the most frequent first."""
     groups: dict[str, dict] = {}
     for record in records:
         seen = set()
         for finding in record["findings"]:
-            if not stands(finding):
+            if not test(finding):
                 continue
             name = finding["id"]
             group = groups.get(name)

@@ -17,12 +17,8 @@ def summary_lines(summary: dict) -> Iterable[str]:
     totals = summary["totals"]
     for state in reversed(STATES[1:-1]):
         yield from state_lines(state, [each for each in summary["assets"] if each["state"] == state])
-    if summary["frequent_findings"]:
-        yield "Most frequent findings (assets, times):"
-        for finding in summary["frequent_findings"][:10]:
-            text = textwrap.shorten(finding["text"], MAX_TEXT, placeholder=" …")
-            yield f"  {finding['assets']:6,} {finding['count']:8,}  {finding['id']}: {text}"
-        yield ""
+    yield from frequent_lines("Most frequent findings", summary["frequent_findings"])
+    yield from frequent_lines("Advice, no part of the verdicts", summary["frequent_advice"])
     yield from accepted_lines(summary["accepted"])
     yield from since_lines(summary["since"])
     for problem in summary["problems"]:
@@ -33,6 +29,16 @@ def summary_lines(summary: dict) -> Iterable[str]:
     for state in STATES:
         if totals[state] or state == PASSED:
             yield f"  {TITLES[state]:18} {totals[state]:7,}"
+
+
+def frequent_lines(title: str, findings: list[dict]) -> Iterable[str]:
+    if not findings:
+        return
+    yield f"{title} (assets, times):"
+    for finding in findings[:10]:
+        text = textwrap.shorten(finding["text"], MAX_TEXT, placeholder=" …")
+        yield f"  {finding['assets']:6,} {finding['count']:8,}  {finding['id']}: {text}"
+    yield ""
 
 
 def accepted_lines(accepted: dict | None) -> Iterable[str]:

@@ -62,6 +62,7 @@ class Verdicts(BatchTest):
         self.check_junit("error", ("no_verdict", "nothing_validated"), records)
 
     def check_junit(self, kind: str, states: tuple, records: dict) -> None:
+        self.assertNotIn(str(self.catalogue), (self.reports / "junit.xml").read_text())
         suite = ElementTree.parse(self.reports / "junit.xml").find("testsuite")
         self.assertEqual(int(suite.get("tests")), len(records))
         expected = sorted(name for name, record in records.items() if record["state"] in states)

@@ -39,7 +39,7 @@ class Page(BatchTest):
         return self.browser.evaluate(ROWS)
 
     def test_catalogue(self) -> None:
-        self.asset("good")
+        self.asset("good", "END=false; TYPE='\"VOD\"'; " + PASSED)
         self.asset("odd #1 ?%41", "finding ts-lost-sync 'ERROR: Lost sync.'; finding ts-note x; walked; verdict FAILED")
         for name in ("bad", "bad too"):
             self.asset(name, "for i in 1 2 3; do finding ts-payload 'ERROR: Bad PTS '$i; done; walked; verdict FAILED")
@@ -64,6 +64,8 @@ class Page(BatchTest):
         self.click("#findings [data-key='ts-payload']")
         self.assertEqual(len(self.rows()), 2)
         self.assertIn("About ts-payload.", self.text("#findings .explanation"))
+        self.click("#advice [data-key='advice-endlist']")
+        self.assertEqual(self.rows(), ["good/list.m3u8"])
         self.click("#clear")
         self.click("#sets button")
         self.assertEqual(self.rows(), ["bad too/list.m3u8", "bad/list.m3u8"])

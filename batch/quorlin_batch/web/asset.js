@@ -26,7 +26,7 @@ function placeText({line, segment, file, offset, stream, time}) {
 
 function levelMark(level) {
   const made = element("span", {className: "level"}, LEVEL_WORDS[level]);
-  made.style.color = `var(--${level})`;
+  made.style.color = level === "note" ? "var(--soft)" : `var(--${level})`;
   return made;
 }
 

@@ -54,7 +54,7 @@ function drawChart(chart, segments, y, width, x) {
   if (bounds.low < 0 && bounds.high > 0) group.append(svg("line", {x1: 0, x2: width, y1: place(0), y2: place(0), class: "base"}));
   for (const [, kind, value] of chart.curves) group.append(svg("path", {d: stepPath(segments, value, x, place), class: "curve " + kind}));
   chart.lines.forEach(([name, value], index) => group.append(svg("line", {x1: 0, x2: width, y1: place(value), y2: place(value), class: "promise"}),
-    svg("text", {x: width - 4 - 260 * index, y: place(value) - 3, class: "end"}, `${name} ${chart.unit(value)}`)));
+    svg("text", {x: index ? 4 : width - 4, y: place(value) - 3, class: index ? "" : "end"}, `${name} ${chart.unit(value)}`)));
   const highest = Math.max(...segments.flatMap(segment => chart.curves.map(([, , value]) => value(segment) ?? -Infinity)));
   const lowest = Math.min(...segments.flatMap(segment => chart.curves.map(([, , value]) => value(segment) ?? Infinity)));
   const names = chart.curves.length > 1 ? ": measured (line) against EXTINF (area)" : "";

@@ -21,6 +21,7 @@ function badge(state) {
 }
 
 function duration(seconds) {
+  if (seconds < 1) return (seconds * 1000).toFixed(0) + " ms";
   if (seconds < 120) return seconds.toFixed(1) + " s";
   return seconds < 7200 ? (seconds / 60).toFixed(0) + " min" : (seconds / 3600).toFixed(1) + " h";
 }

@@ -7,11 +7,11 @@ const SETS = data.sets.map(([state, reason, ids, assets]) => ({state, reason, id
 const folder = "assets" + (data.root === "/" ? "" : data.root);
 const quoted = path => path.split("/").map(encodeURIComponent).join("/");
 
-const assets = data.assets.map(([name, set, text, total, seconds, report, fresh, gone, accepted]) => {
+const assets = data.assets.map(([name, set, text, total, seconds, report, fresh, gone, accepted, advice]) => {
   const {state, reason, ids} = SETS[set];
   const haystack = [name, reason, data.texts[text] || "", ...ids.map(index => IDS[index].id)].join("\n").toLowerCase();
   return {name, set, state, reason, ids, text: data.texts[text], total, seconds, fresh: fresh || [], gone: gone || [],
-    accepted: accepted || 0, haystack, report: report === 0 ? quoted(folder + "/" + name) : report};
+    accepted: accepted || 0, advice: advice || [], haystack, report: report === 0 ? quoted(folder + "/" + name) : report};
 });
 
 // What is shown: kept in the address, so that a view can be linked to and survives a reload.
@@ -58,7 +58,7 @@ function choose() {
   const words = view.query.toLowerCase().split(" ").filter(Boolean);
   const finding = IDS.findIndex(entry => entry.id === view.finding);
   chosen = assets.filter(asset => (view.states.size === 0 || view.states.has(asset.state))
-    && (!view.finding || asset.ids.includes(finding))
+    && (!view.finding || asset.ids.includes(finding) || asset.advice.includes(finding))
     && (view.set < 0 || asset.set === view.set)
     && (!view.change || (CHANGES[view.change] || (() => false))(asset))
     && words.every(word => asset.haystack.includes(word)));
@@ -74,7 +74,7 @@ function findingItem(index, className = "") {
 function details(asset) {
   const made = element("div");
   if (asset.ids.length) made.append(element("ul", {}, ...asset.ids.map(index => findingItem(index))));
-  const changes = [[asset.fresh, "new since the last time: "], [asset.gone, "gone since the last time: "]];
+  const changes = [[asset.advice, "advice: "], [asset.fresh, "new since the last time: "], [asset.gone, "gone since the last time: "]];
   for (const [ids, words] of changes)
     if (ids.length) made.append(element("p", {className: "facts"}, words + ids.map(index => IDS[index].id).join(", ")));
   const link = (file, label) => element("a", {href: asset.report + "/" + file}, label);
@@ -87,6 +87,7 @@ function foundCell(asset) {
   if (asset.reason) cell.append(element("div", {}, asset.reason));
   const others = asset.ids.length - (asset.text ? 1 : 0);
   const notes = [others > 0 ? "and " + plural(others, "other finding") : "", asset.accepted ? plural(asset.accepted, "accepted finding") : "",
+    asset.advice.length ? "advice" : "",
     asset.fresh.length ? `${number(asset.fresh.length)} new` : "", asset.gone.length ? `${number(asset.gone.length)} gone` : ""];
   const facts = notes.filter(Boolean).join(" · ");
   if (!asset.text && !facts) return cell;
@@ -104,7 +105,7 @@ function row(asset) {
   const name = asset.report ? element("a", {href: asset.report + "/index.html"}, asset.name) : asset.name;
   return element("tr", {}, element("td", {className: "verdict"}, badge(data.states[asset.state])), element("td", {className: "name"}, name),
     foundCell(asset), element("td", {className: "count number"}, asset.total ? number(asset.total) : ""),
-    element("td", {className: "time number"}, asset.report ? asset.seconds.toFixed(1) + " s" : ""));
+    element("td", {className: "time number"}, asset.report ? duration(asset.seconds) : ""));
 }
 
 function renderMore(count) {
@@ -128,6 +129,7 @@ function render() {
   at("clear").hidden = !view.query && !view.states.size && !view.finding && !view.change && view.set < 0;
   pressed("states", key => view.states.has(Number(key)));
   pressed("findings", key => view.finding === key);
+  pressed("advice", key => view.finding === key);
   pressed("sets", key => view.set === Number(key));
   pressed("changes", key => view.change === key);
   for (const button of document.querySelectorAll("[data-sort]")) {
@@ -192,21 +194,23 @@ function showList(list, buttons, first, more) {
   });
 }
 
-function showFrequent() {
-  const all = data.frequent;
-  at("frequent").hidden = all.length === 0;
-  showList("findings", all.map(([index, count, among]) => {
-    const {id, text, paragraphs} = IDS[index];
-    const width = element("i");
-    width.style.width = Math.max(2, 100 * among / all[0][2]) + "%";
-    const button = filterButton(id, [element("span", {className: "code"}, element("b", {}, id), " ", text),
-      element("span", {className: "number"}, number(count) + " ×"), element("span", {className: "number"}, plural(among, "asset"), width)],
-      () => change({finding: view.finding === id ? "" : id}));
-    button.className = "finding";
-    const made = element("div", {}, button);
-    if (paragraphs) made.append(element("details", {className: "why"}, element("summary", {}, "what it means, and the fix"), explanation(paragraphs)));
-    return made;
-  }), FIRST_FINDINGS, "all-findings");
+// A finding, how often it was found and in how many assets; and its explanation.
+function frequentItem([index, count, among], most) {
+  const {id, text, paragraphs} = IDS[index];
+  const width = element("i");
+  width.style.width = Math.max(2, 100 * among / most) + "%";
+  const button = filterButton(id, [element("span", {className: "code"}, element("b", {}, id), " ", text),
+    element("span", {className: "number"}, number(count) + " ×"), element("span", {className: "number"}, plural(among, "asset"), width)],
+    () => change({finding: view.finding === id ? "" : id}));
+  button.className = "finding";
+  const made = element("div", {}, button);
+  if (paragraphs) made.append(element("details", {className: "why"}, element("summary", {}, "what it means, and the fix"), explanation(paragraphs)));
+  return made;
+}
+
+function showFrequent(all, part, list, more) {
+  at(part).hidden = all.length === 0;
+  showList(list, all.map(each => frequentItem(each, all[0][2])), FIRST_FINDINGS, more);
 }
 
 function showSets() {
@@ -252,7 +256,8 @@ showHead();
 showStates();
 showSince();
 showAccepted();
-showFrequent();
+showFrequent(data.frequent, "frequent", "findings", "all-findings");
+showFrequent(data.advice, "advised", "advice", "all-advice");
 showSets();
 readAddress();
 render();
