@@ -1,6 +1,6 @@
 // The payload of a codec configuration box, which the first byte chooses and whose size stands in the next two, and
-// what the validation makes of it and of the sample behind it.
-#include "isobmff/codec_configuration.h"
+// what the validation makes of it and of the sample after it.
+#include "isobmff/codec_boxes.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "isobmff/audio_sample_checks.h"
-#include "isobmff/box_reader.h"
 #include "isobmff/lumora_checks.h"
+#include "isobmff/media_context.h"
 #include "isobmff/sample_entry_checks.h"
 
 namespace {
@@ -19,14 +19,14 @@ namespace {
 const bool QUIET = std::freopen("/dev/null", "w", stdout) != nullptr;
 
 struct Choice {
-    BoxHandler handler;
+    TrackBoxHandler handler;
     CodecKind codec_kind;
 };
 
 constexpr Choice CHOICES[] = {
-    {read_esds, CODEC_AAC},  {read_dec3, CODEC_EC3},           {read_avcC, CODEC_AVC1},
-    {read_hvcC, CODEC_HVC1}, {store_configuration, CODEC_AC4}, {read_lumora_configuration, CODEC_HEV1},
-    {read_avcE, CODEC_AVC3}, {read_hvcE, CODEC_HEV1},
+    {read_esds, CodecKind::AAC},  {read_dec3, CodecKind::EC3},           {read_avcC, CodecKind::AVC1},
+    {read_hvcC, CodecKind::HVC1}, {store_configuration, CodecKind::AC4}, {read_lumora_configuration, CodecKind::HEV1},
+    {read_avcE, CodecKind::AVC3}, {read_hvcE, CodecKind::HEV1},
 };
 
 void check_parameter_sets(const VideoConfiguration& video) {
@@ -41,25 +41,27 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 4 || !QUIET) return 0;
     const size_t payload_size = std::min<size_t>(data[1] * 256u + data[2], size - 3);
     if (payload_size == 0) return 0;
-    // Blocks of their own, so that a read behind them is seen.
+    // Blocks of their own, so that a read after them is seen.
     std::vector<uint8_t> payload(data + 3, data + 3 + payload_size);
     const std::vector<uint8_t> sample(data + 3 + payload_size, data + size);
     const Choice& choice = CHOICES[data[0] % std::size(CHOICES)];
     MediaContext context;
-    context.attrs.emplace().codecs = "ac-4.02.01.03,lmhe.05.06";
-    context.attrs->channels = "6";
-    context.file_size = payload_size;
+    context.attrs.codecs = "ac-4.02.01.03,lmhe.05.06";
+    context.attrs.channels = "6";
+    context.limits.file_size = payload_size;
     TrackRecord track;
     track.codec_kind = choice.codec_kind;
-    context.current_track = &track;
     FileReader reader;
     reader.file.reset(fmemopen(payload.data(), payload_size, "rb"));
     reader.chunk_size = 4096;
     reader_start(reader);
-    if (choice.handler(context, reader, static_cast<int64_t>(payload_size)) != 0) std::abort();
+    Box box;
+    box.payload_size = static_cast<int64_t>(payload_size);
+    if (choice.handler(context, reader, box, track) != 0) std::abort();
     check_parameter_sets(track.video);
     if (track.enhancement_layer) check_parameter_sets(*track.enhancement_layer);
-    int status = check_sample_entry(context, track, "track") | check_lumora_configuration(context, track, "track");
+    int status = check_sample_entry(track, context.attrs, "track") |
+                 check_lumora_configuration(track, context.attrs.codecs, "track");
     if (is_analyzed_audio(track)) status |= check_audio_sample(track, sample, true);
     return status < 0 ? 1 : 0;
 }

@@ -8,7 +8,7 @@
 #include "ac4/ac4_toc.h"
 #include "bits/finding.h"
 #include "bits/place.h"
-#include "isobmff/codec_configuration.h"
+#include "isobmff/segment_status.h"
 #include "ztpinfo/ztpinfo.h"
 
 namespace {
@@ -130,7 +130,7 @@ int compare_with_dec3(const Ec3Configuration& ec3, const ZtpStreamSummary& summa
 }
 
 // For the facts of the segment.
-void note_program(SeenSamples& seen, const ZtpStreamSummary& summary) {
+void keep_program_facts(SeenSamples& seen, const ZtpStreamSummary& summary) {
     const ZtpProgramSummary& program = summary.programs[0];
     uint32_t chanmap = 0;
     for (const ZtpSubstreamSummary& dependent : program.dependent) chanmap |= dependent.chanmap;
@@ -159,16 +159,15 @@ int check_ec3_sample(TrackRecord& track, std::span<const uint8_t> sample, bool f
     int status = 0;
     if (result != ZTP_CLEAN) status |= report_analyzer_failure(analyzer.get());
     if (result == ZTP_FATAL) return status;
-    if (summary.num_programs > 0) note_program(track.seen, summary);
-    if (track.codec_kind == CODEC_EC3 && first) status |= compare_with_dec3(track.ec3, summary);
+    if (summary.num_programs > 0) keep_program_facts(track.seen, summary);
+    if (track.codec_kind == CodecKind::EC3 && first) status |= compare_with_dec3(track.ec3, summary);
     return status;
 }
 
 // The findings inside the dac4 payload itself do not fail the segment, deliberately. They are the same for every
 // segment of the box.
 Ac4Dsi check_dac4(TrackRecord& track) {
-    const PlaceScope scope(place_checked_again(track.config_place, track.config_checked));
-    track.config_checked = true;
+    const PlaceScope scope(place_of_check(track.config_box));
     Ac4Dsi dsi;
     parse_dac4(*track.config, track.media_timescale, track.samplesize, track.samplerate, track.channel_count, dsi);
     track.seen.channels = ac4_dsi_channel_count(dsi);
@@ -195,10 +194,11 @@ int check_first_ac4_sample(TrackRecord& track, std::span<const uint8_t> sample) 
 }  // namespace
 
 bool is_analyzed_audio(const TrackRecord& track) {
-    return track.codec_kind == CODEC_AC3 || track.codec_kind == CODEC_EC3 || track.codec_kind == CODEC_AC4;
+    return track.codec_kind == CodecKind::AC3 || track.codec_kind == CodecKind::EC3 ||
+           track.codec_kind == CodecKind::AC4;
 }
 
 int check_audio_sample(TrackRecord& track, std::span<const uint8_t> sample, bool first) {
-    if (track.codec_kind == CODEC_AC4) return first ? check_first_ac4_sample(track, sample) : 0;
+    if (track.codec_kind == CodecKind::AC4) return first ? check_first_ac4_sample(track, sample) : 0;
     return check_ec3_sample(track, sample, first);
 }

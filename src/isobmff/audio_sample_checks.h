@@ -3,11 +3,11 @@
 #include <cstdint>
 #include <span>
 
-#include "isobmff/media_context.h"
+#include "isobmff/track_record.h"
 
 // Whether the samples of the track are analysed.
 bool is_analyzed_audio(const TrackRecord& track);
 
 // Hands a sample to the analyzer of its format; `first` marks the track's first sample of the segment, which is
-// compared with the sample description. Returns 0, or 11 with findings.
+// compared with the sample description. Returns 0, or SEGMENT_FINDING.
 [[nodiscard]] int check_audio_sample(TrackRecord& track, std::span<const uint8_t> sample, bool first);

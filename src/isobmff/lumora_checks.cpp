@@ -5,6 +5,7 @@
 
 #include "bits/finding.h"
 #include "bits/report.h"
+#include "isobmff/segment_status.h"
 #include "playlist/codecs.h"
 
 namespace {
@@ -27,8 +28,8 @@ std::string profile_and_level(const LumoraConfiguration& lumora) {
 }
 
 int check_avc_codecs(const TrackRecord& track, const std::string& codecs) {
-    const bool lma1 = track.hdr_video_kind != HDR_LMAV;
-    const bool lmav = track.hdr_video_kind != HDR_LMA1;
+    const bool lma1 = track.hdr_video_kind != HdrVideoKind::LMAV;
+    const bool lmav = track.hdr_video_kind != HdrVideoKind::LMA1;
     const std::string suffix = profile_and_level(*track.lumora);
     if (lma1 && codecs_contain(codecs, "lma1" + suffix)) return 0;
     if (lmav && codecs_contain(codecs, "lmav" + suffix)) return 0;
@@ -52,8 +53,9 @@ int check_avc_codecs(const TrackRecord& track, const std::string& codecs) {
 
 // Of H.265 only the entries that Lumora names itself are compared.
 int check_hevc_codecs(const TrackRecord& track, const std::string& codecs, const std::string& path) {
-    if (track.hdr_video_kind != HDR_LMHE && track.hdr_video_kind != HDR_LMH1) return 0;
-    const std::string name = (track.hdr_video_kind == HDR_LMHE ? "lmhe" : "lmh1") + profile_and_level(*track.lumora);
+    if (track.hdr_video_kind != HdrVideoKind::LMHE && track.hdr_video_kind != HdrVideoKind::LMH1) return 0;
+    const std::string name =
+        (track.hdr_video_kind == HdrVideoKind::LMHE ? "lmhe" : "lmh1") + profile_and_level(*track.lumora);
     if (codecs_contain(codecs, name)) return 0;
     report_reason(ReasonEffect::FAILS, "reason-mp4-lumora-hevc-codecs", path, "track %d: CODECS does not name its %s",
                   static_cast<int32_t>(track.track_ID), name.c_str());
@@ -105,12 +107,11 @@ int check_enhancement_layer_box(const TrackRecord& track) {
 
 }  // namespace
 
-int check_lumora_configuration(const MediaContext& context, const TrackRecord& track, const std::string& path) {
+int check_lumora_configuration(const TrackRecord& track, const std::string& codecs, const std::string& path) {
     if (!is_lumora_video(track)) return 0;
     int status = 0;
-    const std::string* codecs = playlist_codecs(context);
-    if (codecs != nullptr)
-        status |= is_avc(track) ? check_avc_codecs(track, *codecs) : check_hevc_codecs(track, *codecs, path);
+    if (!codecs.empty())
+        status |= is_avc(track) ? check_avc_codecs(track, codecs) : check_hevc_codecs(track, codecs, path);
     status |= check_version(*track.lumora);
     status |= check_profile_and_level(track);
     status |= check_enhancement_layer_box(track);

@@ -1,12 +1,15 @@
 #pragma once
 
-#include "isobmff/media_context.h"
+#include <string>
 
-// Both do nothing for tracks that are not H.264 or H.265 with a Lumora configuration, and return 0, or 11 with
-// findings.
+#include "isobmff/track_record.h"
 
-// The configuration against the playlist's CODECS and in itself. `path` is the segment, for standard error.
-[[nodiscard]] int check_lumora_configuration(const MediaContext& context, const TrackRecord& track,
+// Both do nothing for tracks that are not H.264 or H.265 with a Lumora configuration, and return 0, or
+// SEGMENT_FINDING.
+
+// The configuration against the playlist's CODECS, unless they are empty, and in itself. `path` is the segment, for
+// standard error.
+[[nodiscard]] int check_lumora_configuration(const TrackRecord& track, const std::string& codecs,
                                              const std::string& path);
 
 // Which layers are present, after the segment's samples.

@@ -6,6 +6,7 @@
 #include "ac4/ac4_dsi.h"
 #include "bits/finding.h"
 #include "bits/report.h"
+#include "isobmff/segment_status.h"
 #include "playlist/codecs.h"
 
 namespace {
@@ -98,21 +99,20 @@ int check_avc_entry(const std::string& codecs) {
 
 }  // namespace
 
-int check_sample_entry(const MediaContext& context, const TrackRecord& track, const std::string& path) {
-    const std::string* codecs = playlist_codecs(context);
-    if (codecs == nullptr) return 0;
-    const std::optional<std::string>& channels = context.attrs->channels;
-    if (is_hevc(track)) return check_hevc_entry(*codecs);
-    if (is_avc(track)) return check_avc_entry(*codecs);
+int check_sample_entry(const TrackRecord& track, const PlaylistAttributes& attrs, const std::string& path) {
+    const std::string& codecs = attrs.codecs;
+    if (codecs.empty()) return 0;
+    if (is_hevc(track)) return check_hevc_entry(codecs);
+    if (is_avc(track)) return check_avc_entry(codecs);
     switch (track.codec_kind) {
-        case CODEC_AAC:
-            return check_aac_entry(*codecs);
-        case CODEC_AC3:
-            return check_ac3_entry(*codecs);
-        case CODEC_EC3:
-            return check_ec3_entry(track, *codecs, channels);
-        case CODEC_AC4:
-            return check_ac4_entry(track, *codecs, channels, path);
+        case CodecKind::AAC:
+            return check_aac_entry(codecs);
+        case CodecKind::AC3:
+            return check_ac3_entry(codecs);
+        case CodecKind::EC3:
+            return check_ec3_entry(track, codecs, attrs.channels);
+        case CodecKind::AC4:
+            return check_ac4_entry(track, codecs, attrs.channels, path);
         default:
             return 0;
     }

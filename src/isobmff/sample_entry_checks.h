@@ -1,7 +1,11 @@
 #pragma once
 
-#include "isobmff/media_context.h"
+#include <string>
+
+#include "isobmff/track_record.h"
+#include "playlist/playlist_attributes.h"
 
 // Compares the sample description of a track with the CODECS and CHANNELS of the playlist; nothing is compared without
-// CODECS. `path` is the segment, for standard error. Returns 0, or 11 with findings.
-[[nodiscard]] int check_sample_entry(const MediaContext& context, const TrackRecord& track, const std::string& path);
+// CODECS. `path` is the segment, for standard error. Returns 0, or SEGMENT_FINDING.
+[[nodiscard]] int check_sample_entry(const TrackRecord& track, const PlaylistAttributes& attrs,
+                                     const std::string& path);

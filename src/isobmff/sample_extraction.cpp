@@ -8,10 +8,12 @@
 
 #include "bits/recorder.h"
 #include "bits/report.h"
+#include "isobmff/adjacent_samples.h"
 #include "isobmff/audio_sample_checks.h"
 #include "isobmff/read_limits.h"
-#include "isobmff/sample_tables.h"
+#include "isobmff/sample_cursor.h"
 #include "isobmff/sample_times.h"
+#include "isobmff/segment_status.h"
 #include "isobmff/track_output.h"
 #include "isobmff/video_samples.h"
 
@@ -24,7 +26,7 @@ constexpr size_t GROUP_SAMPLES = 0x4000;
 // Read at once after a seek: the chunks of a track may lie far apart among those of many others.
 constexpr uint32_t SEEK_READ_SIZE = 0x10000;
 
-// Work beside the bytes of the samples (see MediaContext::work_left). Samples with bytes of their own never use the
+// Work beside the bytes of the samples (see ReadLimits). Samples with bytes of their own never use the
 // limit up: of its 16 for each byte of the file the smallest take 9.
 constexpr uint64_t SAMPLE_WORK = 8;
 constexpr uint64_t ANALYSIS_WORK = 256;
@@ -55,7 +57,7 @@ void gather_group(Extraction& extraction, uint32_t& left) {
     while (left > 0 && group.sizes.size() < GROUP_SAMPLES && sample_size(samples, extraction.cursor, size)) {
         const uint64_t bytes = uint64_t{group.bytes} + size;
         if (!group.sizes.empty() && bytes > GROUP_SIZE) break;
-        group.cut = !can_deliver(extraction.context, extraction.reader, bytes);
+        group.cut = !can_deliver(extraction.context.limits, extraction.reader, bytes);
         if (group.cut) break;
         group.sizes.push_back(size);
         group.bytes = static_cast<uint32_t>(bytes);
@@ -86,7 +88,7 @@ void count_samples(TrackRecord& track, const AdjacentSamples& samples) {
 
 int handle_group(Extraction& extraction, const AdjacentSamples& samples) {
     TrackRecord& track = extraction.track;
-    if (is_avc(track) || is_hevc(track)) return write_video_samples(extraction.context, track, samples);
+    if (is_avc(track) || is_hevc(track)) return write_video_samples(extraction.context.limits, track, samples);
     int status = 0;
     if (is_analyzed_audio(track))
         status = analyze_samples(extraction, samples);
@@ -98,8 +100,8 @@ int handle_group(Extraction& extraction, const AdjacentSamples& samples) {
 // The work that the group means; false when that is beyond the limit.
 bool spend_group_work(Extraction& extraction) {
     const uint64_t per_sample = is_analyzed_audio(extraction.track) ? ANALYSIS_WORK : SAMPLE_WORK;
-    spend_work(extraction.context, extraction.group.bytes + per_sample * extraction.group.sizes.size());
-    return work_remains(extraction.context);
+    spend_work(extraction.context.limits, extraction.group.bytes + per_sample * extraction.group.sizes.size());
+    return work_remains(extraction.context.limits);
 }
 
 // Why the extraction ends before the track's last sample.
@@ -107,7 +109,7 @@ int report_cut(const Extraction& extraction) {
     const FileReader& reader = extraction.reader;
     const auto id = static_cast<int32_t>(extraction.track.track_ID);
     place_next_sample(extraction.track, reader.position);
-    if (work_remains(extraction.context))
+    if (work_remains(extraction.context.limits))
         report_reason(ReasonEffect::FAILS_UNVALIDATED, "reason-mp4-sample-outside", reader.path,
                       "track %d: the sample at byte %" PRIu64 " is not wholly inside the file or byte range", id,
                       reader.position);
@@ -122,13 +124,13 @@ bool extract_group(Extraction& extraction, int& status) {
     FileReader& reader = extraction.reader;
     std::vector<uint8_t>& buffer = extraction.context.sample_buffer;
     // All groups of a file fit, but for a larger sample.
-    const uint64_t usual_size = std::min<uint64_t>(extraction.context.file_size, GROUP_SIZE);
+    const uint64_t usual_size = std::min<uint64_t>(extraction.context.limits.file_size, GROUP_SIZE);
     if (buffer.size() < extraction.group.bytes) buffer.resize(std::max<uint64_t>(extraction.group.bytes, usual_size));
     const std::span<uint8_t> bytes = std::span(buffer).first(extraction.group.bytes);
     const AdjacentSamples samples = {reader.position, bytes, extraction.group.sizes};
     if (spend_group_work(extraction) && reader_read(bytes.data(), extraction.group.bytes, reader) == bytes.size()) {
         status |= handle_group(extraction, samples);
-        if (!extraction.group.cut && work_remains(extraction.context)) return true;
+        if (!extraction.group.cut && work_remains(extraction.context.limits)) return true;
     }
     status |= report_cut(extraction);
     return false;
@@ -137,7 +139,7 @@ bool extract_group(Extraction& extraction, int& status) {
 // Moves to a chunk. A place far past everything readable is cut down: the seek to it would fail.
 void seek_chunk(Extraction& extraction, uint64_t offset) {
     FileReader& reader = extraction.reader;
-    uint64_t readable = extraction.context.file_size;
+    uint64_t readable = extraction.context.limits.file_size;
     if (reader.limited && reader.remaining > 0)
         readable = std::max(readable, reader.position + static_cast<uint64_t>(reader.remaining));
     // A place before the file is one past it as an unsigned number, but the seek to it goes backwards.
@@ -146,14 +148,14 @@ void seek_chunk(Extraction& extraction, uint64_t offset) {
     if (offset == reader.position) return;
     const uint64_t buffer_start = reader.position - reader.cursor;
     // A walk over the file from its start to its end is every track's right; only going back is work.
-    if (offset < buffer_start) spend_work(extraction.context, SEEK_READ_SIZE);
+    if (offset < buffer_start) spend_work(extraction.context.limits, SEEK_READ_SIZE);
     const uint32_t chunk_size = std::exchange(reader.chunk_size, std::min(reader.chunk_size, SEEK_READ_SIZE));
     reader_skip(static_cast<int64_t>(offset - reader.position), reader);
     reader.chunk_size = chunk_size;
     if (!before_file) return;
     // The seek failed and left the stream at its end: the next one starts from there.
-    if (reader.limited) reader.remaining -= static_cast<int64_t>(extraction.context.file_size) + 1;
-    reader.position = extraction.context.file_size;
+    if (reader.limited) reader.remaining -= static_cast<int64_t>(extraction.context.limits.file_size) + 1;
+    reader.position = extraction.context.limits.file_size;
 }
 
 // What of the samples was not read or not written, without a finding.
@@ -174,7 +176,7 @@ void report_left_over(const Extraction& extraction) {
 int extract_samples(MediaContext& context, FileReader& reader, TrackRecord& track) {
     // The track's first sample is probably elsewhere.
     const uint32_t chunk_size = std::exchange(reader.chunk_size, std::min(reader.chunk_size, SEEK_READ_SIZE));
-    reader_restart(reader, static_cast<int64_t>(context.range_length));
+    reader_restart(reader, static_cast<int64_t>(context.limits.range_length));
     reader.chunk_size = chunk_size;
     Extraction extraction = {context, reader, track, {}, {}};
     const SampleTables& samples = track.samples;

@@ -1,41 +1,53 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
+#include <optional>
+#include <vector>
 
-#include "bits/file_reader.h"
-#include "isobmff/media_context.h"
+// Consecutive samples of one size: stsz entries, a constant sample_size, or the samples of a trun.
+struct SizeRun {
+    uint32_t count = 0;
+    uint32_t size = 0;
+};
 
-// Handlers (see BoxHandler) of the sample tables of a track, ISO/IEC 14496-12, 8.6 and 8.7. A table replaces the one
-// that the track had.
+struct SampleToChunk {
+    uint32_t first_chunk = 0;  // from 1
+    uint32_t samples_per_chunk = 0;
+    uint32_t sample_description_index = 0;
+};
 
-int read_stsz(MediaContext& context, FileReader& reader, int64_t payload_size);
-int read_stts(MediaContext& context, FileReader& reader, int64_t payload_size);
-int read_stss(MediaContext& context, FileReader& reader, int64_t payload_size);
-int read_ctts(MediaContext& context, FileReader& reader, int64_t payload_size);
-int read_stsc(MediaContext& context, FileReader& reader, int64_t payload_size);
-int read_stco(MediaContext& context, FileReader& reader, int64_t payload_size);
-int read_co64(MediaContext& context, FileReader& reader, int64_t payload_size);
+struct TimeToSample {
+    uint32_t sample_count = 0;
+    uint32_t sample_delta = 0;
+};
+
+// The decoding time of a track's sample, in the media timescale, by a tfdt box; unknown where a fragment has none.
+struct DecodeTime {
+    uint64_t sample = 0;  // from 0
+    std::optional<uint64_t> time;
+};
+
+struct CompositionOffset {
+    uint32_t sample_count = 0;
+    uint32_t sample_offset = 0;  // signed in version 1
+};
+
+// ISO/IEC 14496-12, 8.6 and 8.7: the samples of a track in one segment. Movie fragments are folded into the same
+// tables. Values are in host order.
+struct SampleTables {
+    std::vector<SizeRun> sizes;
+    uint64_t sample_count = 0;
+    std::vector<uint64_t> chunk_offsets;  // absolute in the file
+    std::vector<SampleToChunk> sample_to_chunk;
+    std::vector<TimeToSample> time_to_sample;
+    std::vector<DecodeTime> decode_times;
+    std::vector<CompositionOffset> composition_offsets;
+    std::vector<uint32_t> sync_samples;  // numbers from 1
+    uint32_t media_duration = 0;
+};
 
 // Empties all tables, keeping their memory for the next segment.
 void clear_sample_tables(SampleTables& tables);
 
 // Appends `count` samples of `size` bytes.
 void append_samples(SampleTables& tables, uint32_t count, uint32_t size);
-
-// Steps through the chunks of a track and through the sizes of its samples.
-struct SampleCursor {
-    size_t chunk = 0;   // index of the current chunk
-    size_t row = 0;     // sample-to-chunk entry that may hold for it
-    size_t run = 0;     // size run of the next sample
-    uint32_t used = 0;  // samples of that run that are done
-};
-
-// Samples of the cursor's chunk by the sample-to-chunk table; 0 when no entry holds for it.
-uint32_t samples_in_chunk(const SampleTables& tables, SampleCursor& cursor);
-
-// The size of the cursor's sample; false when the track has no more.
-[[nodiscard]] bool sample_size(const SampleTables& tables, const SampleCursor& cursor, uint32_t& size);
-
-// Moves to the next sample.
-void next_sample(const SampleTables& tables, SampleCursor& cursor);

@@ -4,6 +4,7 @@
 
 #include "bits/place.h"
 #include "bits/recorder.h"
+#include "isobmff/sample_clock.h"
 
 namespace {
 
@@ -17,36 +18,13 @@ int64_t to_90khz(const std::optional<uint64_t>& time, uint32_t timescale) {
     return static_cast<int64_t>(seconds * TICKS_PER_SECOND + *time % timescale * TICKS_PER_SECOND / timescale);
 }
 
-// Brings the clock to its next sample.
-void settle(const SampleTables& tables, SampleClock& clock) {
-    const auto& times = tables.decode_times;
-    while (clock.decode_time < times.size() && times[clock.decode_time].sample <= clock.sample)
-        clock.time = times[clock.decode_time++].time;
-    const auto& rows = tables.time_to_sample;
-    while (clock.row < rows.size() && clock.used >= rows[clock.row].sample_count) {
-        ++clock.row;
-        clock.used = 0;
-    }
-}
-
-// Moves the settled clock past its sample. False when the sample has no duration.
-bool advance(const SampleTables& tables, SampleClock& clock) {
-    ++clock.sample;
-    if (clock.row >= tables.time_to_sample.size()) return false;
-    ++clock.used;
-    const uint64_t delta = tables.time_to_sample[clock.row].sample_delta;
-    if (clock.time && *clock.time > std::numeric_limits<uint64_t>::max() - delta) clock.time.reset();
-    if (clock.time) *clock.time += delta;
-    return true;
-}
-
 }  // namespace
 
 void place_next_sample(const TrackRecord& track, uint64_t offset) {
     current_place.offset = static_cast<int64_t>(offset);
     if (current_recorder() == nullptr) return;
     SampleClock clock = track.seen.clock;
-    settle(track.samples, clock);
+    settle_clock(track.samples, clock);
     current_place.time = to_90khz(clock.time, track.media_timescale);
 }
 
@@ -55,10 +33,11 @@ void enter_sample(TrackRecord& track, uint64_t offset, uint32_t size) {
     current_place.offset = static_cast<int64_t>(offset);
     if (seen.first_offset == NO_OFFSET) seen.first_offset = current_place.offset;
     if (current_recorder() == nullptr) return;
-    settle(track.samples, seen.clock);
+    settle_clock(track.samples, seen.clock);
     seen.last_time = to_90khz(seen.clock.time, track.media_timescale);
     current_place.time = seen.last_time;
     if (seen.count++ == 0) seen.first_time = seen.last_time;
     seen.bytes += size;
-    seen.end_time = advance(track.samples, seen.clock) ? to_90khz(seen.clock.time, track.media_timescale) : NO_TIME;
+    seen.end_time =
+        advance_clock(track.samples, seen.clock) ? to_90khz(seen.clock.time, track.media_timescale) : NO_TIME;
 }

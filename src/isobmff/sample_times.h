@@ -2,11 +2,10 @@
 
 #include <cstdint>
 
-#include "isobmff/media_context.h"
+#include "isobmff/track_record.h"
 
 // Where a track's samples lie in its file and in time, for places and facts. Times are decoding times on the media's
-// timeline: that of the tfdt box before the sample and the durations since (ISO/IEC 14496-12, 8.8.12 and 8.6.1.2).
-// Composition offsets and edit lists are left out.
+// timeline (see SampleClock). Composition offsets and edit lists are left out.
 
 // Makes the track's next sample, at `offset` of the file, the current place. To be called before anything is found in
 // the sample, or when it cannot be read.

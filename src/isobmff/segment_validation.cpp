@@ -6,10 +6,9 @@
 #include "bits/place.h"
 #include "bits/recorder.h"
 #include "bits/report.h"
-#include "isobmff/box_types.h"
 #include "isobmff/lumora_checks.h"
 #include "isobmff/media_context.h"
-#include "isobmff/read_limits.h"
+#include "isobmff/media_walk.h"
 #include "isobmff/sample_entry_checks.h"
 #include "isobmff/sample_extraction.h"
 #include "isobmff/track_output.h"
@@ -18,16 +17,14 @@
 namespace {
 
 // What the sample entry says, at the place of its box.
-int check_description(const MediaContext& context, TrackRecord& track, const std::string& path) {
-    const PlaceScope scope(place_checked_again(track.entry_place, track.entry_checked));
-    track.entry_checked = true;
-    return check_sample_entry(context, track, path) | check_lumora_configuration(context, track, path);
+int check_description(TrackRecord& track, const PlaylistAttributes& attrs, const std::string& path) {
+    const PlaceScope scope(place_of_check(track.entry_box));
+    return check_sample_entry(track, attrs, path) | check_lumora_configuration(track, attrs.codecs, path);
 }
 
 // The layers of a segment, at the first of the samples that show them, or where the sample entry announces them.
 int check_layers(const TrackRecord& track) {
-    const PlaceScope scope(track.samples.sample_count > 0 ? current_place
-                                                          : place_checked_again(track.entry_place, false));
+    const PlaceScope scope(track.samples.sample_count > 0 ? current_place : track.entry_box.place);
     if (track.samples.sample_count > 0) current_place.offset = track.seen.first_offset;
     return check_lumora_layers(track);
 }
@@ -53,8 +50,8 @@ bool validate_track(MediaContext& context, FileReader& reader, TrackRecord& trac
     const PlaceScope scope;
     current_place.stream = static_cast<int32_t>(track.track_ID);
     current_place.offset = NO_OFFSET;
-    status |= check_description(context, track, reader.path);
-    const int opened = open_track_output(context, track);
+    status |= check_description(track, context.attrs, reader.path);
+    const int opened = open_track_output(track.output, context.output, track.track_ID, track.codec_kind);
     status |= opened;
     if (opened != 0) return false;
     {
@@ -62,7 +59,7 @@ bool validate_track(MediaContext& context, FileReader& reader, TrackRecord& trac
         status |= extract_samples(context, reader, track);
     }
     record_track(track);
-    report_unvalidated_samples(context, track, reader.path);
+    if (!context.init_refused) report_unvalidated_samples(track, reader.path);
     status |= check_layers(track);
     return true;
 }
@@ -88,9 +85,7 @@ void MediaContextDeleter::operator()(MediaContext* context) const {
 MediaContextPtr create_init_context(const std::optional<std::string>& output_dir, const std::string& stem,
                                     const std::string& init_stem, const PlaylistAttributes* attrs) {
     MediaContextPtr context(std::make_unique<MediaContext>().release());
-    context->output_dir = output_dir;
-    context->stem = stem;
-    context->init_stem = init_stem;
+    context->output = {output_dir, stem, init_stem};
     if (attrs != nullptr) context->attrs = *attrs;
     return context;
 }
@@ -110,13 +105,11 @@ int validate_mp4_segment(FileReader& reader, const SegmentEntry& segment, MediaC
         return SEGMENT_REFUSED;
     }
     const PlaceScope scope;
-    context->file_size = reader_file_size(reader);
-    context->range_length = reader.limited ? static_cast<uint64_t>(reader.remaining) : 0;
-    start_work(*context);
+    context->limits = limits_of(reader);
     const int walk_status = parse_media(*context, reader);
     const bool walked = walk_status == 0;
     if (segment.kind == SegmentKind::INIT) context->init_refused = !walked;
-    int status = walked ? context->status : walk_status;
+    int status = walked ? context->walk.status : walk_status;
     if (walked)
         for (const std::unique_ptr<TrackRecord>& track : context->tracks)
             if (!validate_track(*context, reader, *track, status)) break;

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "bits/file_reader.h"
+#include "isobmff/segment_status.h"
 #include "playlist/playlist.h"
 #include "playlist/playlist_attributes.h"
 
@@ -20,10 +21,11 @@ using MediaContextPtr = std::unique_ptr<MediaContext, MediaContextDeleter>;
 [[nodiscard]] MediaContextPtr create_init_context(const std::optional<std::string>& output_dir, const std::string& stem,
                                                   const std::string& init_stem, const PlaylistAttributes* attrs);
 
-// Closes the output files and frees the context; null is allowed. Returns 0, or 11 when data could not be written.
+// Closes the output files and frees the context; null is allowed. Returns 0, or SEGMENT_FINDING when data could not be
+// written.
 [[nodiscard]] int release_init_context(MediaContextPtr& context);
 
 // Validates the init section or media segment `segment` that `reader` is started on and extracts its samples. `context`
-// is null when no init section came first. Returns 0; 11 with findings; 1 without an init section or when the boxes
-// cannot be walked.
+// is null when no init section came first. Returns 0, SEGMENT_FINDING, or SEGMENT_REFUSED without an init section or
+// when the boxes cannot be walked.
 [[nodiscard]] int validate_mp4_segment(FileReader& reader, const SegmentEntry& segment, MediaContext* context);

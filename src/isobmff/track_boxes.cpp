@@ -1,34 +1,18 @@
 #include "isobmff/track_boxes.h"
 
-#include <algorithm>
 #include <array>
-#include <memory>
 #include <span>
-#include <string_view>
 
 #include "bits/byte_order.h"
 #include "bits/place.h"
-#include "isobmff/box_reader.h"
+#include "isobmff/box_payload.h"
+#include "isobmff/box_report.h"
+#include "isobmff/fourcc.h"
+#include "isobmff/media_context.h"
 
 namespace {
 
 constexpr size_t FULL_BOX_HEADER_SIZE = 4;  // version and flags
-constexpr size_t UUID_SIZE = 16;
-constexpr std::string_view METADATA_UUID = "VXRO-METADATA-00";
-
-// A trak, now record `made`, whose track_ID an earlier segment made takes that record's place, and goes on with its
-// output.
-void replace_earlier_record(MediaContext& context, size_t made) {
-    auto& tracks = context.tracks;
-    for (size_t i = 0; i < made; ++i) {
-        TrackRecord& earlier = *tracks[i];
-        if (earlier.track_ID != tracks[made]->track_ID || earlier.made_in_walk == context.walk_number) continue;
-        tracks[made]->output = std::move(earlier.output);
-        tracks[i] = std::move(tracks[made]);
-        tracks.erase(tracks.begin() + static_cast<ptrdiff_t>(made));
-        return;
-    }
-}
 
 // ISO 639-2/T letters, 5 bits each.
 std::array<char, 4> unpack_language(uint16_t code) {
@@ -55,52 +39,21 @@ EditListEntry edit_list_entry(std::span<const uint8_t> entries, uint8_t version,
 
 }  // namespace
 
-int read_ftyp(MediaContext& context, FileReader& reader, int64_t) {
-    read_fields(reader, context.major_brand);
-    return 0;
-}
-
-// The version 0 layout serves for every version, deliberately.
-int read_mvhd(MediaContext& context, FileReader& reader, int64_t) {
-    std::array<uint8_t, 16> payload{};
-    read_fields(reader, payload);
-    context.movie_timescale = load_be32(payload, 12);
-    return 0;
-}
-
-int read_trak(MediaContext& context, FileReader& reader, int64_t payload_size) {
-    // The walk may make and take away records after this one (a trak inside), never before it.
-    const size_t made = context.tracks.size();
-    const PlaceScope scope;
-    context.tracks.push_back(std::make_unique<TrackRecord>());
-    TrackRecord& track = *context.tracks.back();
-    track.made_in_walk = context.walk_number;
-    track.entry_place = current_place;
-    context.current_track = &track;
-    const int status = walk_container(context, reader, payload_size);
-    context.current_track = nullptr;
-    replace_earlier_record(context, made);
-    if (context.tracks.size() <= MAX_TRACKS || status != 0) return status;
-    context.tracks.pop_back();
-    return refuse_box(context, reader, "reason-mp4-too-many-tracks", "there are more than 256 tracks");
-}
-
-int read_tkhd(MediaContext& context, FileReader& reader, int64_t) {
+int read_tkhd(MediaContext&, FileReader& reader, const Box& box, TrackRecord& track) {
     std::array<uint8_t, 24> payload{};
     read_fields(reader, payload);
-    if (payload[0] > 1) return refuse_box(context, reader, "reason-mp4-box-version", "its version is neither 0 nor 1");
+    if (payload[0] > 1) return refuse_box(reader, box, "reason-mp4-box-version", "its version is neither 0 nor 1");
     const size_t times_size = payload[0] == 1 ? 16 : 8;
-    context.current_track->track_ID = load_be32(payload, FULL_BOX_HEADER_SIZE + times_size);
-    current_place.stream = static_cast<int32_t>(context.current_track->track_ID);
+    track.track_ID = load_be32(payload, FULL_BOX_HEADER_SIZE + times_size);
+    current_place.stream = static_cast<int32_t>(track.track_ID);
     return 0;
 }
 
-int read_mdhd(MediaContext& context, FileReader& reader, int64_t) {
-    TrackRecord& track = *context.current_track;
+int read_mdhd(MediaContext& context, FileReader& reader, const Box& box, TrackRecord& track) {
     std::array<uint8_t, 36> payload{};
     read_fields(reader, std::span(payload).first(24));
     if (payload[0] == 1) read_fields(reader, std::span(payload).subspan(24));
-    if (payload[0] > 1) return refuse_box(context, reader, "reason-mp4-box-version", "its version is neither 0 nor 1");
+    if (payload[0] > 1) return refuse_box(reader, box, "reason-mp4-box-version", "its version is neither 0 nor 1");
     if (payload[0] == 1) {
         track.media_timescale = load_be32(payload, 20);
         track.samples.media_duration = load_be32(payload, 28);  // low half
@@ -118,18 +71,15 @@ int read_mdhd(MediaContext& context, FileReader& reader, int64_t) {
 }
 
 // The edit list is read at its fixed place inside edts. An empty list is refused too, deliberately.
-int read_edts(MediaContext& context, FileReader& reader, int64_t) {
-    TrackRecord& track = *context.current_track;
+int read_edts(MediaContext&, FileReader& reader, const Box& box, TrackRecord& track) {
     std::array<uint8_t, 16> header{};
     read_fields(reader, header);
     const uint8_t version = header[8];
     const uint32_t entry_count = load_be32(header, 12);
     if (version > 1)
-        return refuse_box(context, reader, "reason-mp4-edit-list-version",
-                          "the edit list's version is neither 0 nor 1");
+        return refuse_box(reader, box, "reason-mp4-edit-list-version", "the edit list's version is neither 0 nor 1");
     if (entry_count < 1 || entry_count > 2)
-        return refuse_box(context, reader, "reason-mp4-edit-list-count",
-                          "the edit list has neither one nor two entries");
+        return refuse_box(reader, box, "reason-mp4-edit-list-count", "the edit list has neither one nor two entries");
     std::array<uint8_t, size_t{2} * 20> entries{};
     read_fields(reader, std::span(entries).first(size_t{entry_count} * (version == 1 ? 20 : 12)));
     const EditListEntry first = edit_list_entry(entries, version, 0);
@@ -139,54 +89,37 @@ int read_edts(MediaContext& context, FileReader& reader, int64_t) {
     }
     const EditListEntry second = edit_list_entry(entries, version, 1);
     if (first.media_time != -1 || second.media_time != 0)
-        return refuse_box(context, reader, "reason-mp4-edit-list-form",
+        return refuse_box(reader, box, "reason-mp4-edit-list-form",
                           "two edits are not an empty one and one from the start of the media (ffmpeg writes another "
                           "list with -movflags +negative_cts_offsets, none with -use_editlist 0)");
     track.empty_entry_duration = first.segment_duration;
     return 0;
 }
 
-int read_hdlr(MediaContext& context, FileReader& reader, int64_t) {
+int read_hdlr(MediaContext&, FileReader& reader, const Box&, TrackRecord& track) {
     std::array<uint8_t, 12> payload{};
     read_fields(reader, payload);
-    HandlerKind kind = HANDLER_OTHER;
+    HandlerKind kind = HandlerKind::OTHER;
     switch (load_be32(payload, 8)) {
         case fourcc("soun"):
-            kind = HANDLER_SOUND;
+            kind = HandlerKind::SOUND;
             break;
         case fourcc("vide"):
-            kind = HANDLER_VIDEO;
+            kind = HandlerKind::VIDEO;
             break;
         case fourcc("text"):
         case fourcc("sbtl"):
-            kind = HANDLER_TEXT;
+            kind = HandlerKind::TEXT;
             break;
         case fourcc("meta"):
-            kind = HANDLER_META;
+            kind = HandlerKind::META;
             break;
         case fourcc("hint"):
-            kind = HANDLER_HINT;
+            kind = HandlerKind::HINT;
             break;
         default:
             break;
     }
-    context.current_track->handler_kind = kind;
-    return 0;
-}
-
-int read_meta(MediaContext& context, FileReader& reader, int64_t payload_size) {
-    std::array<uint8_t, FULL_BOX_HEADER_SIZE> header{};
-    read_fields(reader, header);
-    return walk_container(context, reader, payload_size - static_cast<int64_t>(header.size()));
-}
-
-int read_uuid(MediaContext& context, FileReader& reader, int64_t payload_size) {
-    if (payload_size < static_cast<int64_t>(UUID_SIZE))
-        return refuse_box(context, reader, "reason-mp4-uuid-short", "it is too short for its extended type");
-    std::array<uint8_t, UUID_SIZE> extended_type{};
-    read_fields(reader, extended_type);
-    if (!std::equal(extended_type.begin(), extended_type.end(), METADATA_UUID.begin())) return 0;
-    context.metadata_box_offset = context.box.offset;
-    context.metadata_length = static_cast<uint64_t>(payload_size) - UUID_SIZE;
+    track.handler_kind = kind;
     return 0;
 }

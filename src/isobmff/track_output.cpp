@@ -6,47 +6,48 @@
 
 #include "bits/finding.h"
 #include "bits/report.h"
+#include "isobmff/segment_status.h"
 
 namespace {
 
 const char* codec_extension(CodecKind kind) {
     switch (kind) {
-        case CODEC_AAC:
+        case CodecKind::AAC:
             return ".aac";
-        case CODEC_AVC1:
-        case CODEC_AVC3:
+        case CodecKind::AVC1:
+        case CodecKind::AVC3:
             return ".264";
-        case CODEC_AC3:
+        case CodecKind::AC3:
             return ".ac3";
-        case CODEC_EC3:
+        case CodecKind::EC3:
             return ".ec3";
-        case CODEC_HEV1:
-        case CODEC_HVC1:
+        case CodecKind::HEV1:
+        case CodecKind::HVC1:
             return ".265";
-        case CODEC_AC4:
+        case CodecKind::AC4:
             return ".ac4";
         default:
             return ".data";
     }
 }
 
-std::string track_suffix(const MediaContext& context, const TrackRecord& track) {
+std::string track_suffix(const OutputNaming& naming, uint32_t track_ID, CodecKind kind) {
     // The number is printed as a signed one, deliberately.
-    const auto id = static_cast<int32_t>(track.track_ID);
-    return "_" + context.init_stem + "_track_id_" + std::to_string(id) + codec_extension(track.codec_kind);
+    const auto id = static_cast<int32_t>(track_ID);
+    return "_" + naming.init_stem + "_track_id_" + std::to_string(id) + codec_extension(kind);
 }
 
 }  // namespace
 
-int open_track_output(const MediaContext& context, TrackRecord& track) {
-    if (!context.output_dir || track.output.opened) return 0;
-    const std::string path = output_path(*context.output_dir, context.stem, track_suffix(context, track));
-    if (output_open(track.output.file, path, "wb") != 0) {
+int open_track_output(TrackOutput& output, const OutputNaming& naming, uint32_t track_ID, CodecKind kind) {
+    if (!naming.dir || output.opened) return 0;
+    const std::string path = output_path(*naming.dir, naming.stem, track_suffix(naming, track_ID, kind));
+    if (output_open(output.file, path, "wb") != 0) {
         report_reason(ReasonEffect::FAILS_UNVALIDATED, "reason-mp4-output-open", path,
                       "the track's file cannot be opened: %s", std::strerror(errno));
         return SEGMENT_FINDING;
     }
-    track.output.opened = true;
+    output.opened = true;
     return 0;
 }
 

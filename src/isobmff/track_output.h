@@ -1,11 +1,31 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
+#include <string>
 
-#include "isobmff/media_context.h"
+#include "bits/output_file.h"
+#include "isobmff/track_kinds.h"
+#include "ztpinfo/ztpinfo.h"
 
 // The elementary-stream file of a track.
+
+// What the files of all tracks of an init section are named by.
+struct OutputNaming {
+    std::optional<std::string> dir;  // absent: nothing is written
+    std::string stem;
+    std::string init_stem;
+};
+
+// Where a track's samples go; lives as long as the init section, over all its segments.
+struct TrackOutput {
+    OutputFile file;
+    bool opened = false;
+    bool parameter_sets_written = false;
+    bool unvalidated_reported = false;  // what of its samples is not validated
+    ZtpInfoPtr analyzer;
+};
 
 enum WriteResult {
     WRITE_DONE,         // also without an output directory
@@ -13,14 +33,14 @@ enum WriteResult {
     WRITE_FAILED_AGAIN  // the file failed before
 };
 
-// Opens the track's file on first use, anew. Returns 0, or 11 when it cannot be opened (the reason is on standard
-// error). Without an output directory there is nothing to open.
-[[nodiscard]] int open_track_output(const MediaContext& context, TrackRecord& track);
+// Opens the track's file on first use, anew. Returns 0, or SEGMENT_FINDING when it cannot be opened (the reason is on
+// standard error). Without an output directory there is nothing to open.
+[[nodiscard]] int open_track_output(TrackOutput& output, const OutputNaming& naming, uint32_t track_ID, CodecKind kind);
 
 [[nodiscard]] WriteResult write_track_output(TrackOutput& output, std::span<const uint8_t> bytes);
 
-// Writes sample data and prints when that fails; returns 0 or 11.
+// Writes sample data and prints when that fails; returns 0 or SEGMENT_FINDING.
 [[nodiscard]] int write_sample_data(TrackOutput& output, std::span<const uint8_t> bytes);
 
-// Closes the file; 0, or 11 when data that was still buffered could not be written.
+// Closes the file; 0, or SEGMENT_FINDING when data that was still buffered could not be written.
 [[nodiscard]] int close_track_output(TrackOutput& output);

@@ -51,7 +51,7 @@ void report_object_type(const TrackRecord& track, const std::string& path) {
     if (!track.config) return;
     const std::optional<uint8_t> type = object_type_indication(*track.config);
     if (!type || is_aac(*type)) return;
-    const PlaceScope scope(track.config_place);
+    const PlaceScope scope(track.config_box.place);
     report_reason(ReasonEffect::REMARK, "reason-mp4-not-aac", path,
                   "track %d: 'mp4a' of object type 0x%02X is not AAC: its samples are written to a file named .aac",
                   static_cast<int32_t>(track.track_ID), *type);
@@ -60,7 +60,7 @@ void report_object_type(const TrackRecord& track, const std::string& path) {
 void report_uncompared_presentations(const TrackRecord& track, const std::string& path) {
     Ac4Dsi dsi;
     if (track.config) ac4_dsi_parse(*track.config, dsi);
-    const PlaceScope scope(track.config_place);
+    const PlaceScope scope(track.config_box.place);
     for (size_t i = 0; i < dsi.presentations.size(); ++i) {
         const uint32_t version = dsi.presentations[i].presentation_version;
         if (version <= AC4_DSI_NEWEST_VERSION) continue;
@@ -75,15 +75,15 @@ void report_uncompared_presentations(const TrackRecord& track, const std::string
 const char* missing_box(const TrackRecord& track) {
     if (is_avc(track)) return track.video.payload.empty() ? "avcC" : nullptr;
     if (is_hevc(track)) return track.video.payload.empty() ? "hvcC" : nullptr;
-    return track.codec_kind == CODEC_EC3 && !track.config ? "dec3" : nullptr;
+    return track.codec_kind == CodecKind::EC3 && !track.config ? "dec3" : nullptr;
 }
 
 bool has_checks(const TrackRecord& track) {
     switch (track.codec_kind) {
-        case CODEC_UNKNOWN:
-        case CODEC_TIMED_METADATA:
-        case CODEC_MLPA:
-        case CODEC_S263:
+        case CodecKind::UNKNOWN:
+        case CodecKind::TIMED_METADATA:
+        case CodecKind::MLPA:
+        case CodecKind::S263:
             return false;
         default:
             return true;
@@ -92,13 +92,13 @@ bool has_checks(const TrackRecord& track) {
 
 }  // namespace
 
-void report_unvalidated_samples(const MediaContext& context, TrackRecord& track, const std::string& path) {
-    if (track.samples.sample_count == 0 || context.init_refused) return;
+void report_unvalidated_samples(TrackRecord& track, const std::string& path) {
+    if (track.samples.sample_count == 0) return;
     if (std::exchange(track.output.unvalidated_reported, true)) return;
     const auto id = static_cast<int32_t>(track.track_ID);
-    const PlaceScope scope(track.entry_place);
-    if (track.codec_kind == CODEC_AC4) report_uncompared_presentations(track, path);
-    if (track.codec_kind == CODEC_AAC) report_object_type(track, path);
+    const PlaceScope scope(track.entry_box.place);
+    if (track.codec_kind == CodecKind::AC4) report_uncompared_presentations(track, path);
+    if (track.codec_kind == CodecKind::AAC) report_object_type(track, path);
     if (track.encrypted)
         report_reason(ReasonEffect::UNVALIDATED, "reason-mp4-encrypted", path,
                       "track %d: encrypted (%s): its content is not validated", id,

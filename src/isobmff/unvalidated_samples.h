@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "isobmff/media_context.h"
+#include "isobmff/track_record.h"
 
 // Says on standard error, once for a track, what of its samples no check looks at: those that are encrypted, of an
 // entry that no check knows, or without the box that describes them. `path` is the segment.
-void report_unvalidated_samples(const MediaContext& context, TrackRecord& track, const std::string& path);
+void report_unvalidated_samples(TrackRecord& track, const std::string& path);

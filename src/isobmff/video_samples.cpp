@@ -5,8 +5,8 @@
 
 #include "bits/byte_order.h"
 #include "bits/finding.h"
-#include "isobmff/read_limits.h"
 #include "isobmff/sample_times.h"
+#include "isobmff/segment_status.h"
 #include "isobmff/track_output.h"
 
 namespace {
@@ -20,7 +20,7 @@ constexpr uint32_t HEVC_LUMORA_EL = 63;
 
 // Units with four-byte length fields that lie one after another become one piece of the output, in place.
 struct ByteStreamWriter {
-    MediaContext& context;
+    ReadLimits& limits;
     TrackRecord& track;
     std::span<uint8_t> bytes;
     size_t piece_begin = 0;  // the piece that is not yet written
@@ -49,7 +49,7 @@ void write_start_code(ByteStreamWriter& writer) {
 }
 
 WriteResult write_parameter_set(ByteStreamWriter& writer, const ParameterSet& set) {
-    spend_work(writer.context, START_CODE.size() + set.size);
+    spend_work(writer.limits, START_CODE.size() + set.size);
     write_start_code(writer);
     const std::span<const uint8_t> payload(writer.track.video.payload);
     const WriteResult result = write_track_output(writer.track.output, payload.subspan(set.offset, set.size));
@@ -75,15 +75,19 @@ void write_parameter_sets(ByteStreamWriter& writer) {
     writer.track.output.parameter_sets_written = true;
 }
 
+// Which of the layers that the configuration announces an H.265 unit shows.
+void note_layer(TrackRecord& track, uint32_t nal_unit_type) {
+    if (!track.lumora || !track.lumora->el_present) return;
+    track.seen.el |= nal_unit_type == HEVC_LUMORA_EL;
+    track.seen.rpu |= nal_unit_type == HEVC_LUMORA_RPU;
+}
+
 // A unit of `size` bytes at `begin`, after a length field of `length_size` bytes.
 void write_unit(ByteStreamWriter& writer, size_t begin, size_t size, size_t length_size) {
     const bool hevc = is_hevc(writer.track);
     const uint32_t header = writer.bytes[begin];
     const uint32_t nal_unit_type = hevc ? header >> 1 & 63 : header & 31;
-    if (hevc && writer.track.lumora && writer.track.lumora->el_present) {
-        writer.track.seen.el |= nal_unit_type == HEVC_LUMORA_EL;
-        writer.track.seen.rpu |= nal_unit_type == HEVC_LUMORA_RPU;
-    }
+    if (hevc) note_layer(writer.track, nal_unit_type);
     // Of the H.265 pictures where a stream can start only IDR_W_RADL, deliberately.
     const bool starts_stream = nal_unit_type == (hevc ? HEVC_IDR_W_RADL : AVC_IDR_SLICE);
     if (starts_stream || !writer.track.output.parameter_sets_written) write_parameter_sets(writer);
@@ -104,7 +108,7 @@ void write_unit(ByteStreamWriter& writer, size_t begin, size_t size, size_t leng
 // The sample [begin, end) of the writer's bytes. Empty units, and a rest too short for a length field, are passed over.
 void write_sample(ByteStreamWriter& writer, size_t begin, size_t end) {
     const size_t length_size = writer.track.video.length_size_minus_one + 1;
-    while (end - begin >= length_size && work_remains(writer.context)) {
+    while (end - begin >= length_size && work_remains(writer.limits)) {
         size_t size = load_be(writer.bytes.subspan(begin, length_size), 0, length_size);
         begin += length_size;
         if (size > end - begin) {
@@ -120,8 +124,8 @@ void write_sample(ByteStreamWriter& writer, size_t begin, size_t end) {
 
 }  // namespace
 
-int write_video_samples(MediaContext& context, TrackRecord& track, const AdjacentSamples& samples) {
-    ByteStreamWriter writer = {context, track, samples.bytes};
+int write_video_samples(ReadLimits& limits, TrackRecord& track, const AdjacentSamples& samples) {
+    ByteStreamWriter writer = {limits, track, samples.bytes};
     size_t begin = 0;
     for (const uint32_t size : samples.sizes) {
         enter_sample(track, samples.offset + begin, size);

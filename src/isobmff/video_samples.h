@@ -1,8 +1,11 @@
 #pragma once
 
-#include "isobmff/media_context.h"
+#include "isobmff/adjacent_samples.h"
+#include "isobmff/read_limits.h"
+#include "isobmff/track_record.h"
 
 // Writes samples as a byte stream: start codes in place of the length fields (ISO/IEC 14496-15 to ISO/IEC 14496-10 and
 // 23008-2, annex B), the parameter sets of the configuration before the first unit and before IDR units. The bytes are
-// overwritten where that saves a copy. Returns 0, or 11 with findings. Stops when the limit of work is reached.
-[[nodiscard]] int write_video_samples(MediaContext& context, TrackRecord& track, const AdjacentSamples& samples);
+// overwritten where that saves a copy. Notes which of Lumora's layers are met. Returns 0, or SEGMENT_FINDING. Stops
+// when the limit of work is reached.
+[[nodiscard]] int write_video_samples(ReadLimits& limits, TrackRecord& track, const AdjacentSamples& samples);

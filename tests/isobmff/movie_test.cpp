@@ -1,6 +1,5 @@
 // What a movie's boxes say about its tracks, codec configurations among it.
-#include "isobmff/box_types.h"
-#include "isobmff/codec_configuration.h"
+#include "isobmff/media_walk.h"
 #include "segment_run.h"
 
 namespace {
@@ -17,8 +16,8 @@ void print_ec3(const Ec3Configuration& ec3) {
 
 void print_track(const TrackRecord& t) {
     std::printf("track %u: handler %u codec %u hdr %u encrypted %d channels %u rate %u size %ux%u\n", t.track_ID,
-                t.handler_kind, t.codec_kind, t.hdr_video_kind, t.encrypted, t.channel_count, t.samplerate, t.width,
-                t.height);
+                static_cast<uint32_t>(t.handler_kind), static_cast<uint32_t>(t.codec_kind),
+                static_cast<uint32_t>(t.hdr_video_kind), t.encrypted, t.channel_count, t.samplerate, t.width, t.height);
     std::printf("  %s timescale %u offset %d duration %u; samples %d times %zu offsets %zu chunks %zu; lengths of %u",
                 t.language.data(), t.media_timescale, static_cast<int>(t.presentation_offset), t.samples.media_duration,
                 static_cast<int>(t.samples.sample_count), t.samples.time_to_sample.size(),
@@ -28,7 +27,7 @@ void print_track(const TrackRecord& t) {
     for (const auto& [kind, sets] : {std::pair("VPS", &t.video.vps), {"SPS", &t.video.sps}, {"PPS", &t.video.pps}})
         for (const ParameterSet& set : *sets) std::printf(" %s %zu+%zu", kind, set.offset, set.size);
     std::printf("\n");
-    if (t.codec_kind == CODEC_EC3) print_ec3(t.ec3);
+    if (t.codec_kind == CodecKind::EC3) print_ec3(t.ec3);
 }
 
 // The tracks behind the last file.
@@ -37,8 +36,8 @@ int print_movie(const std::vector<Bytes>& files) {
     int status = 0;
     for (const Bytes& file : files) {
         FileReader reader = open_bytes(file, "segment");
-        context.file_size = file.size();
-        status |= parse_media(context, reader) | context.status;
+        context.limits.file_size = file.size();
+        status |= parse_media(context, reader) | context.walk.status;
     }
     std::printf("timescale %u metadata of %d\n", context.movie_timescale, static_cast<int>(context.metadata_length));
     for (const std::unique_ptr<TrackRecord>& track : context.tracks) print_track(*track);

@@ -4,6 +4,6 @@
 #include "isobmff/media_context.h"
 
 // Walks the range or file that `reader` was started on as one container, with the sample tables of all tracks emptied
-// before. Returns 0, or what ended the walk: 1 for a malformed box, 11 for the limit of work; the reason is on standard
-// error then.
+// before. Returns 0, or what ended the walk: SEGMENT_REFUSED for a malformed box, SEGMENT_FINDING for the limit of
+// work; the reason is on standard error then.
 [[nodiscard]] int parse_media(MediaContext& context, FileReader& reader);

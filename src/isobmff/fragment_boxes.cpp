@@ -1,4 +1,4 @@
-#include "isobmff/movie_fragments.h"
+#include "isobmff/fragment_boxes.h"
 
 #include <algorithm>
 #include <array>
@@ -8,9 +8,10 @@
 
 #include "bits/byte_order.h"
 #include "bits/place.h"
+#include "isobmff/box_payload.h"
 #include "isobmff/box_reader.h"
-#include "isobmff/read_limits.h"
-#include "isobmff/sample_tables.h"
+#include "isobmff/box_report.h"
+#include "isobmff/media_context.h"
 
 namespace {
 
@@ -91,14 +92,14 @@ void append_run_sample(TrackRecord& track, uint32_t flags, FieldReader entry) {
         samples.time_to_sample.push_back({1, duration});
         samples.media_duration += duration;
     }
-    append_samples(samples, 1, (flags & TRUN_SAMPLE_SIZE) != 0 ? entry.next32() : track.default_sample_size);
+    append_samples(samples, 1, (flags & TRUN_SAMPLE_SIZE) != 0 ? entry.next32() : track.fragment.default_sample_size);
     if ((flags & TRUN_SAMPLE_FLAGS) != 0) entry.next32();
     if ((flags & TRUN_SAMPLE_COMPOSITION_OFFSET) != 0) samples.composition_offsets.push_back({1, entry.next32()});
 }
 
 void append_run_samples(TrackRecord& track, FileReader& reader, const TrackRun& run, uint32_t entry_size) {
     if (entry_size == 0) {
-        append_samples(track.samples, run.sample_count, track.default_sample_size);
+        append_samples(track.samples, run.sample_count, track.fragment.default_sample_size);
         return;
     }
     std::array<uint8_t, size_t{MAX_ENTRY_SIZE} * ENTRIES_AT_ONCE> piece{};
@@ -114,9 +115,9 @@ void append_run_samples(TrackRecord& track, FileReader& reader, const TrackRun& 
 // The first run of a traf begins at the time of its tfdt; the others go on.
 void append_decode_time(TrackRecord& track) {
     SampleTables& samples = track.samples;
-    if (track.fragment_decode_time || samples.sample_count == 0)
-        samples.decode_times.push_back({samples.sample_count, track.fragment_decode_time});
-    track.fragment_decode_time.reset();
+    if (track.fragment.decode_time || samples.sample_count == 0)
+        samples.decode_times.push_back({samples.sample_count, track.fragment.decode_time});
+    track.fragment.decode_time.reset();
 }
 
 // The run becomes a chunk of its own.
@@ -126,88 +127,89 @@ void append_run(TrackRecord& track, FileReader& reader, const TrackRun& run, uin
     if ((run.flags & TRUN_FIRST_SAMPLE_FLAGS) != 0 &&
         (run.first_sample_flags & SAMPLE_DEPENDS_ON_MASK) == SAMPLE_IS_INDEPENDENT)
         samples.sync_samples.push_back(static_cast<uint32_t>(samples.sample_count + 1));
-    samples.chunk_offsets.push_back(track.base_data_offset + static_cast<uint64_t>(int64_t{run.data_offset}));
+    samples.chunk_offsets.push_back(track.fragment.base_data_offset + static_cast<uint64_t>(int64_t{run.data_offset}));
     samples.sample_to_chunk.push_back({static_cast<uint32_t>(samples.chunk_offsets.size()), run.sample_count,
-                                       track.default_sample_description_index});
+                                       track.fragment.default_sample_description_index});
     if ((run.flags & TRUN_SAMPLE_DURATION) == 0) {
-        samples.time_to_sample.push_back({run.sample_count, track.default_sample_duration});
-        samples.media_duration += track.default_sample_duration * run.sample_count;  // 32 bits, which may wrap
+        samples.time_to_sample.push_back({run.sample_count, track.fragment.default_sample_duration});
+        samples.media_duration += track.fragment.default_sample_duration * run.sample_count;  // 32 bits, which may wrap
     }
     append_run_samples(track, reader, run, entry_size);
 }
 
 }  // namespace
 
-int read_moof(MediaContext& context, FileReader& reader, int64_t payload_size) {
+int read_moof(MediaContext& context, FileReader& reader, const Box& box) {
     const PlaceScope scope;
-    context.moof_start = reader.position - 8;
-    return walk_container(context, reader, payload_size);
+    context.walk.moof_start = reader.position - 8;
+    return walk_container(context, reader, box);
 }
 
-int read_mfhd(MediaContext& context, FileReader& reader, int64_t) {
+int read_mfhd(MediaContext& context, FileReader& reader, const Box&) {
     std::array<uint8_t, 8> payload{};
     read_fields(reader, payload);
-    context.fragment_sequence_number = load_be32(payload, 4);
+    context.walk.fragment_sequence_number = load_be32(payload, 4);
     return 0;
 }
 
 // The track becomes the current one, as with tfhd.
-int read_trex(MediaContext& context, FileReader& reader, int64_t) {
+int read_trex(MediaContext& context, FileReader& reader, const Box&) {
     std::array<uint8_t, 20> payload{};
     read_fields(reader, payload);
     TrackRecord* track = find_track(context, load_be32(payload, 4));
-    context.current_track = track;
+    context.walk.current_track = track;
     if (track == nullptr) return 0;
-    track->default_sample_description_index = load_be32(payload, 8);
-    track->default_sample_duration = load_be32(payload, 12);
-    track->default_sample_size = load_be32(payload, 16);
+    track->fragment.default_sample_description_index = load_be32(payload, 8);
+    track->fragment.default_sample_duration = load_be32(payload, 12);
+    track->fragment.default_sample_size = load_be32(payload, 16);
     return 0;
 }
 
 // A default given here holds for the later fragments too, deliberately: there is one field for it.
-int read_tfhd(MediaContext& context, FileReader& reader, int64_t) {
+int read_tfhd(MediaContext& context, FileReader& reader, const Box& box) {
     const uint32_t flags = read_be32(reader) & 0xFFFFFF;
     const uint32_t track_ID = read_be32(reader);
-    context.current_track = find_track(context, track_ID);
+    TrackRecord* track = find_track(context, track_ID);
+    context.walk.current_track = track;
     current_place.stream = static_cast<int32_t>(track_ID);
-    uint64_t base_data_offset = context.moof_start;
+    uint64_t base_data_offset = context.walk.moof_start;
     uint32_t base_high = 0;
     if ((flags & TFHD_BASE_DATA_OFFSET) != 0) {
         base_high = read_be32(reader);
         base_data_offset = read_be32(reader);
     }
-    if (context.current_track != nullptr) {
-        TrackRecord& track = *context.current_track;
-        track.base_data_offset = base_data_offset;
-        track.fragment_decode_time.reset();
-        if ((flags & TFHD_SAMPLE_DESCRIPTION_INDEX) != 0) track.default_sample_description_index = read_be32(reader);
-        if ((flags & TFHD_DEFAULT_SAMPLE_DURATION) != 0) track.default_sample_duration = read_be32(reader);
-        if ((flags & TFHD_DEFAULT_SAMPLE_SIZE) != 0) track.default_sample_size = read_be32(reader);
-    } else if (!context.init_refused && !std::exchange(context.unknown_track_reported, true)) {
-        note_box(context, reader, "reason-mp4-track-unknown",
+    if (track != nullptr) {
+        FragmentState& fragment = track->fragment;
+        fragment.base_data_offset = base_data_offset;
+        fragment.decode_time.reset();
+        if ((flags & TFHD_SAMPLE_DESCRIPTION_INDEX) != 0) fragment.default_sample_description_index = read_be32(reader);
+        if ((flags & TFHD_DEFAULT_SAMPLE_DURATION) != 0) fragment.default_sample_duration = read_be32(reader);
+        if ((flags & TFHD_DEFAULT_SAMPLE_SIZE) != 0) fragment.default_sample_size = read_be32(reader);
+    } else if (!context.init_refused && !std::exchange(context.walk.unknown_track_reported, true)) {
+        note_box(reader, box, "reason-mp4-track-unknown",
                  "no track has its track ID: the samples of such fragments are not read");
     }
     // Only the low half is kept, deliberately.
     if (base_high != 0)
-        return refuse_box(context, reader, "reason-mp4-base-data-offset", "its base data offset is 4 GiB or more");
+        return refuse_box(reader, box, "reason-mp4-base-data-offset", "its base data offset is 4 GiB or more");
     return 0;
 }
 
 // Only a box that is wholly there is read: another one is passed over, as all are that hold nothing that is validated.
-int read_tfdt(MediaContext& context, FileReader& reader, int64_t payload_size) {
+int read_tfdt(MediaContext& context, FileReader& reader, const Box& box, TrackRecord& track) {
     std::array<uint8_t, 12> payload{};
-    if (payload_size < 8 || !can_deliver(context, reader, static_cast<uint64_t>(payload_size))) return 0;
-    read_payload_start(reader, payload_size, payload);
-    context.current_track->fragment_decode_time = payload[0] == 1 ? load_be64(payload, 4) : load_be32(payload, 4);
+    if (!is_whole(context.limits, reader, box, 8)) return 0;
+    read_payload_start(reader, box.payload_size, payload);
+    track.fragment.decode_time = payload[0] == 1 ? load_be64(payload, 4) : load_be32(payload, 4);
     return 0;
 }
 
-int read_trun(MediaContext& context, FileReader& reader, int64_t payload_size) {
+int read_trun(MediaContext& context, FileReader& reader, const Box& box, TrackRecord& track) {
     const TrackRun run = read_run_header(reader);
     const uint32_t entry_size = 4 * static_cast<uint32_t>(std::popcount(run.flags & TRUN_PER_SAMPLE_FIELDS));
-    const uint64_t size = uint64_t{run.sample_count} * entry_size;
-    const int status = admit_entries(context, reader, size, payload_size - run.header_size);
+    const EntryTable entries = {run.sample_count, entry_size, box.payload_size - run.header_size};
+    const int status = admit_entries(context.limits, reader, box, entries);
     if (status != 0) return status;
-    append_run(*context.current_track, reader, run, entry_size);
+    append_run(track, reader, run, entry_size);
     return 0;
 }

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "bits/file_reader.h"
+#include "isobmff/box_walk.h"
+
+// Which box breaks which rule, on standard error. `rule` is a plain text.
+
+// Where the walk goes on and leaves something out.
+void note_box(const FileReader& reader, const Box& box, const char* id, const char* rule);
+
+// Where the walk ends: returns SEGMENT_REFUSED.
+[[nodiscard]] int refuse_box(const FileReader& reader, const Box& box, const char* id, const char* rule);
+
+// Where the limit of work ends it: returns SEGMENT_FINDING.
+[[nodiscard]] int end_work_at_box(const FileReader& reader, const Box& box, const char* id, const char* rule);

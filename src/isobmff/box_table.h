@@ -1,0 +1,8 @@
+#pragma once
+
+#include <span>
+
+#include "isobmff/box_walk.h"
+
+// All boxes that are read, walked or knowingly passed over. The first row of a type holds for it.
+std::span<const BoxType> box_table();
