@@ -6,22 +6,22 @@ from .look import is_playlist, series_files
 from .playlists import read_playlist
 
 ASSET_COST = 1 << 20  # a run costs as much as these bytes of content, however small the asset
-MIN_COST = 48 * ASSET_COST  # of a chunk while there is work for all: a worker costs ten assets
+MIN_COST = 64 * ASSET_COST  # of a chunk while there is work for all: a worker costs ten assets
 MAX_COST = 8 << 30
-SHARE = 1.3  # a slot takes its even share of what is left, divided by this
+SHARE = 0.75
 
 
-def divide(costs: list[int], slots: int, largest: int | None = None) -> list[tuple[int, int]]:
-    """First and end of each chunk. Each is a share of what is left, so that all slots end at
-    about the same time. `largest`: number of assets in one."""
+def divide(costs: list[int], slots: int, largest: int) -> list[tuple[int, int]]:
+    """First and end of each chunk. Each is a part of a slot's share of what is left, so that all
+    slots end at about the same time. `largest`: number of assets in one."""
     left = sum(costs)
     least = min(MIN_COST, left / slots)
     chunks = []
     first = 0
     while first < len(costs):
-        room = min(max(left / (SHARE * slots), least), MAX_COST)
+        room = min(max(SHARE * left / slots, least), MAX_COST)
         end, cost = first + 1, costs[first]
-        last = len(costs) if largest is None else min(len(costs), first + largest)
+        last = min(len(costs), first + largest)
         while end < last and cost + costs[end] <= room:
             cost += costs[end]
             end += 1

@@ -1,11 +1,14 @@
 """Hands chunks of assets to GNU parallel. Its exit code speaks of this call only: the reports count."""
 
+import contextlib
 import os
 import shlex
 import signal
 import subprocess
 import sys
+import threading
 from collections.abc import Callable
+from typing import BinaryIO
 
 from .chunks import cost_of, divide
 from .reports import MAX_ATTEMPTS, Settings, batch_file
@@ -14,6 +17,7 @@ from .text import write_whole
 # Beyond the time limits of its assets a worker reads files and folds events, gigabytes of them at
 # worst. GNU parallel ends it when even that hangs.
 TIME_FOR_THE_REST = 1800
+MAX_ASSETS = 1000  # in a chunk
 
 
 class Engine:
@@ -41,14 +45,14 @@ class Engine:
                 pass
         return max(1, jobs or here) * max(1, hosts)
 
-    def command(self, settings: Settings, longest: int) -> list[str]:
+    def command(self, settings: Settings, largest: int) -> list[str]:
         # --plain: no options from the user's own configuration. A chunk is two numbers, so that no
         # name is in anybody's way.
         command = ["parallel", "--plain", "--will-cite", "--ungroup", "--halt", "never"]
         command += ["--retries", str(MAX_ATTEMPTS), "--termseq", "TERM,5000,KILL,25"]
         command += ["--joblog", batch_file(settings.reports, "joblog")]
         if settings.limit:
-            command += ["--timeout", str(int(settings.limit) * longest + TIME_FOR_THE_REST)]
+            command += ["--timeout", str(int(settings.limit) * largest + TIME_FOR_THE_REST)]
         if self.jobs is not None:
             command += ["--jobs", self.jobs]
         for login in self.sshlogins:
@@ -59,26 +63,28 @@ class Engine:
         program = shlex.quote(os.path.abspath(sys.argv[0]))
         return [*command, f"python3 -ES {program} --chunk {reports} {{}}"]
 
-    def run(self, settings: Settings, assets: list[str], largest: int | None = None) -> bool:
+    def run(self, settings: Settings, assets: list[str], largest: int = MAX_ASSETS) -> bool:
         """Validates the assets. False when the user interrupted it. `largest`: number of assets
         in a chunk."""
         write_whole(batch_file(settings.reports, "assets"),
                     b"\0".join(os.fsencode(asset) for asset in assets))
         settings.store()
-        costs = [cost_of(asset) for asset in assets]
-        chunks = divide(costs, self.slots(), largest)
-        path = batch_file(settings.reports, "chunks")
-        write_whole(path, "".join(f"{first}-{end}\n" for first, end in chunks).encode())
-        longest = max(end - first for first, end in chunks)
         # GNU parallel heeds a hangup even below nohup. In a group of its own it gets none.
         below_nohup = signal.getsignal(signal.SIGHUP) == signal.SIG_IGN
-        with open(path, "rb") as arguments:
-            process = subprocess.Popen(self.command(settings, longest), stdin=arguments,
-                                       stdout=subprocess.PIPE, pass_fds=[self.lock],
-                                       env=os.environ | {"PARALLEL_SHELL": "/bin/sh"},
-                                       process_group=0 if below_nohup else None)
+        process = subprocess.Popen(self.command(settings, min(largest, len(assets))),
+                                   stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                                   pass_fds=[self.lock], process_group=0 if below_nohup else None,
+                                   env=os.environ | {"PARALLEL_SHELL": "/bin/sh"})
+        # While it starts, the assets are divided.
+        threading.Thread(target=self.feed, args=(process.stdin, assets, largest)).start()
         self.follow(process, below_nohup)
         return not self.interrupted
+
+    def feed(self, pipe: BinaryIO, assets: list[str], largest: int) -> None:
+        """Hands the chunks over: number of the first asset, and of that after the last one."""
+        with contextlib.suppress(BrokenPipeError), pipe:
+            chunks = divide([cost_of(asset) for asset in assets], self.slots(), largest)
+            pipe.write("".join(f"{first}-{end}\n" for first, end in chunks).encode())
 
     def follow(self, process: subprocess.Popen, below_nohup: bool) -> None:
         """Counts the dots of the workers until GNU parallel has ended."""

@@ -10,7 +10,7 @@ from collections.abc import Iterable, Iterator
 
 from .accept import read_entries, store_entries
 from .assets import Found, UsageError, find_assets
-from .engine import Engine
+from .engine import MAX_ASSETS, Engine
 from .junit import store_junit
 from .options import command_line
 from .page import store_pages
@@ -132,7 +132,7 @@ def validate(engine: Engine, batch: Batch, results: list[dict | None]) -> None:
     """Runs what is to do, and loads its results. What workers that were lost have left is tried a
     second time, each asset for itself: one of them may be the reason."""
     left = batch.to_do
-    for largest in (None, 1):
+    for largest in (MAX_ASSETS, 1):
         forget_refusals(batch.settings)
         batch.interrupted = not engine.run(batch.settings, [batch.assets[each] for each in left],
                                            largest)

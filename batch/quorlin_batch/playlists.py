@@ -2,6 +2,7 @@
 
 import os
 import re
+import stat
 from collections.abc import Iterator
 
 LINE_SIZE = 4096
@@ -24,16 +25,23 @@ class Playlist:
 
 def lines_of(path: str) -> Iterator[bytes]:
     """Trimmed lines, over-long ones in pieces; none of what is no readable file."""
-    if not os.path.isfile(path):
+    try:
+        file = os.open(path, os.O_RDONLY | os.O_NONBLOCK)  # a pipe is not waited for
+    except (OSError, ValueError):
         return
     try:
-        with open(path, "rb") as file:
-            left = MAX_SIZE
-            while left > 0 and (line := file.readline(LINE_SIZE)):
-                left -= len(line)
-                yield line.strip()
+        if not stat.S_ISREG(os.fstat(file).st_mode):
+            return
+        content = os.read(file, MAX_SIZE)
     except OSError:
         return
+    finally:
+        os.close(file)
+    for line in content.split(b"\n"):
+        if len(line) < LINE_SIZE:
+            yield line.strip()
+        else:
+            yield from (line[at:at + LINE_SIZE].strip() for at in range(0, len(line), LINE_SIZE))
 
 
 def read_playlist(path: str) -> Playlist:
