@@ -1,9 +1,13 @@
 """What a finding means and what to do about it, as quorlin-json --explain tells it."""
 
+import re
 import subprocess
 
 from .advice_texts import EXPLANATIONS
 from .text import printable
+
+
+PARTS = re.compile(r" (?=(?:Rule|Fix): )")
 
 
 def explain(program: str, ids: set[str]) -> dict[str, list[str]]:
@@ -23,5 +27,6 @@ def explain(program: str, ids: set[str]) -> dict[str, list[str]]:
             name = head
             explanations[name] = []
         elif name:
-            explanations[name].append(printable(" ".join(paragraph.split())))
+            text = printable(" ".join(paragraph.split()))
+            explanations[name] += PARTS.split(text)
     return explanations
