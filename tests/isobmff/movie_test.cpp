@@ -30,7 +30,7 @@ void print_track(const TrackRecord& t) {
     if (t.codec_kind == CodecKind::EC3) print_ec3(t.ec3);
 }
 
-// The tracks behind the last file.
+// The tracks after the last file.
 int print_movie(const std::vector<Bytes>& files) {
     MediaContext context;
     int status = 0;

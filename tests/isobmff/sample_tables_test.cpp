@@ -5,7 +5,7 @@ namespace {
 
 const Bytes DATA_ENTRY = box("wvtt", {});
 
-// A file of letters, or what stands for them, and the tables of a track behind them.
+// A file of letters, or what stands for them, and the tables of a track after them.
 Bytes data_and_tables(const Bytes& data, const Bytes& tables) {
     return join({box("free", {}), box("mdat", {data}), init_section({{.entry = DATA_ENTRY, .tables = tables}})});
 }

@@ -13,7 +13,7 @@ std::optional<ByteRange> range(const std::string& length, std::optional<std::str
     return ByteRange{length, std::move(offset)};
 }
 
-// Ranges of one file, one behind the other.
+// Ranges of one file, one after the other.
 SegmentCase ranges(const char* name, const Bytes& file, const std::vector<std::optional<ByteRange>>& ranges) {
     return {name, std::vector<Bytes>(ranges.size(), file), ranges};
 }
@@ -27,20 +27,20 @@ TEST(Segment, ByteRangesOfOneFile) {
     const Bytes first = letters_segment("first");
     const Bytes second = letters_segment("second");
     const Bytes file = join({init, first, second, letters_segment("third")});
-    const Bytes in_front = fragment("tfhd:32 0x20000 1\ntrun:32 0x201 1 0xFFFE7960 1", "x");
+    const Bytes before_it = fragment("tfhd:32 0x20000 1\ntrun:32 0x201 1 0xFFFE7960 1", "x");
     const auto whole_init = range(size(init));
     expect_golden_cases(
         "golden/byte_ranges.txt",
         {
             ranges("with offsets", file, {range(size(init), "0"), range(size(second), size(join({init, first})))}),
-            ranges("one behind the other", file, {whole_init, range(size(first)), range(size(second))}),
+            ranges("one after the other", file, {whole_init, range(size(first)), range(size(second))}),
             ranges("length 0 is the whole file", file, {whole_init, range("0", "7")}),
             ranges("leading integers", file, {range(size(init) + "x", " 0y")}),
             ranges("inside a box", file, {range(size(init), "4")}),
-            ranges("behind the file", file, {whole_init, range("100", "1000000")}),
+            ranges("past the file", file, {whole_init, range("100", "1000000")}),
             ranges("of all bits", file, {range("99999999999999999999", "99999999999999999999"), range("9")}),
             ranges("one byte short", file, {whole_init, range(std::to_string(first.size() - 1))}),
-            ranges("samples in front of the file", join({init, in_front}), {whole_init, range(size(in_front))}),
+            ranges("samples before the file", join({init, before_it}), {whole_init, range(size(before_it))}),
         });
 }
 

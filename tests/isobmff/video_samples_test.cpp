@@ -48,7 +48,7 @@ TEST(VideoSamples, BecomeByteStreams) {
                             video_case("empty units and a rest of 3", "avc1", 4,
                                        {join({zero_bytes(4), slice, zero_bytes(4), slice, {0, 0, 9}})}),
                             video_case("length beyond the sample", "avc1", 4, {unit(4, AVC_SLICE, 100), slice}),
-                            video_case("length of all bits and nothing behind", "hvc1", 4, {unit(4, "", UINT32_MAX)}),
+                            video_case("length of all bits and nothing after it", "hvc1", 4, {unit(4, "", UINT32_MAX)}),
                         });
 }
 
