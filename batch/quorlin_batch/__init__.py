@@ -1,9 +1,11 @@
-"""Validates a catalogue of HLS assets: one run of quorlin an asset, spread out by GNU parallel.
+"""Validates a catalogue of HLS assets: one run of quorlin-json an asset, spread out by GNU parallel.
 
-The way through the modules: `main` reads the command line, `assets` finds what is to be validated,
-`reports` knows which reports are still current, `engine` hands the rest to GNU parallel, which
-starts `job` once an asset; `findings` folds what quorlin printed, `verdict` names what became of
-the asset. `summary` collects the reports, `junit` and `page` write it out.
+The way through the modules: `main` is one call; `options` is its command line, `assets` finds what is
+to be validated, `reports` and `look` know which reports are still current. `engine` hands the rest to
+GNU parallel in `chunks`, which starts a `worker` for each. The worker runs quorlin-json (`process`),
+`fold` folds its events, `timing` and `advice` look at the times of the segments, `verdict` names what
+became of the asset, `result` and `asset_page` are what is stored. `summary` collects the results,
+`accept` knows the accepted findings, `since` the last call; `told`, `junit` and `page` write it out.
 """
 
 VERSION = "2.2.0"

@@ -103,7 +103,7 @@ def stands(finding: dict) -> bool:
 
 
 def judge_again(record: dict, more_fails: bool) -> tuple[str, str]:
-    """State and reason of an asset when what is accepted counts no more, and advice perhaps does."""
+    """State and reason of an asset when what is accepted does not count, and advice may."""
     state, reason = record["state"], record["reason"]
     findings = record["findings"]
     speaking = [each for each in findings if each["kind"] != "advice"]

@@ -1,5 +1,5 @@
-"""Advice: what the times and sizes of the segments say against RFC 8216. Beside the findings, and no
-part of the verdict unless --advice=fail asks for it."""
+"""Advice: what the times and sizes of the segments say against RFC 8216. Beside the findings, and
+no part of the verdict unless --advice=fail asks for it."""
 
 import re
 from collections.abc import Iterator
@@ -39,17 +39,20 @@ def on_playlist(facts: dict, media: list) -> Iterator[tuple]:
     for event, _ in media:
         length = event["duration"]
         if target and length is not None and int(length + 0.5) > target:
-            yield "advice-target-duration", event, f"EXTINF {length} s, EXT-X-TARGETDURATION {target} s"
+            yield ("advice-target-duration", event,
+                   f"EXTINF {length} s, EXT-X-TARGETDURATION {target} s")
         if event["container"] is None and NOT_A_PLAIN_NAME.search(event["uri"]):
             yield "advice-uri", event, f"the address is not the name of a file: {event['uri']}"
         if event["container"] is None and facts.get("key_method"):
-            yield "advice-key", event, f"cannot be read: EXT-X-KEY with METHOD={facts['key_method']}"
+            method = facts["key_method"]
+            yield "advice-key", event, f"cannot be read: EXT-X-KEY with METHOD={method}"
     if facts.get("playlist_type") == "VOD" and not facts.get("end_list"):
         yield "advice-endlist", facts, "EXT-X-PLAYLIST-TYPE is VOD, EXT-X-ENDLIST is missing"
     promised = facts.get("bandwidth")
     peak, event = peak_rate([event for event, _ in media], target)
     if promised and peak > promised * BANDWIDTH_TOLERANCE:
-        yield "advice-bandwidth", event, f"BANDWIDTH {promised} bit/s, peak segment bit rate {peak:.0f} bit/s"
+        yield ("advice-bandwidth", event,
+               f"BANDWIDTH {promised} bit/s, peak segment bit rate {peak:.0f} bit/s")
 
 
 def peak_rate(events: list[dict], target: float | None) -> tuple[float, dict | None]:
@@ -92,14 +95,19 @@ def on_continuity(media: list, codecs: list[str]) -> Iterator[tuple]:
             tolerance = GAP_TOLERANCE_AUDIO if codecs[number] in AUDIO else GAP_TOLERANCE_VIDEO
             if abs(gap) <= tolerance:
                 continue
-            about = f"{codecs[number]}: {abs(gap):.3f} s"
-            if abs(gap) > JUMP:
-                name, words = "advice-discontinuity", "the time stamps jump " + ("forwards" if gap > 0 else "backwards")
-            elif gap > 0:
-                name, words = "advice-gap", "missing before this segment"
-            else:
-                name, words = "advice-overlap", "in the previous segment, too"
-            yield name, following | {"time": first}, f"{words} ({about})"
+            name, words = what_is_wrong(gap)
+            yield (name, following | {"time": first},
+                   f"{words} ({codecs[number]}: {abs(gap):.3f} s)")
+
+
+def what_is_wrong(gap: float) -> tuple[str, str]:
+    if gap > JUMP:
+        return "advice-discontinuity", "the time stamps jump forwards"
+    if gap < -JUMP:
+        return "advice-discontinuity", "the time stamps jump backwards"
+    if gap > 0:
+        return "advice-gap", "missing before this segment"
+    return "advice-overlap", "in the previous segment, too"
 
 
 def on_boundaries(fold, codecs: list[str]) -> Iterator[tuple]:
@@ -115,11 +123,17 @@ def on_boundaries(fold, codecs: list[str]) -> Iterator[tuple]:
         lengths = [lasts(event) for event in media]
         if reference is None:
             reference = starts, lengths
-        elif len(starts) == len(reference[0]) and all(abs(a - b) < 0.5 for a, b in zip(lengths, reference[1])):
+        elif are_alike(lengths, reference[1]):
             for event, start, other in zip(media, starts, reference[0]):
                 if abs(start - other) > BOUNDARY_TOLERANCE * TICKS:
                     yield ("advice-boundaries", event,
-                           f"begins at {start / TICKS:.3f} s, in the first variant at {other / TICKS:.3f} s")
+                           f"begins at {start / TICKS:.3f} s, in the first variant at "
+                           f"{other / TICKS:.3f} s")
+
+
+def are_alike(lengths: list[float], others: list[float]) -> bool:
+    """As many segments, and as long."""
+    return len(lengths) == len(others) and all(abs(a - b) < 0.5 for a, b in zip(lengths, others))
 
 
 def video_starts(segments: list, codecs: list[str]) -> Iterator[int | None]:

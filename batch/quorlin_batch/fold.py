@@ -99,12 +99,13 @@ class Fold:
         end = data.rfind(b"\n")
         if end < 0:
             self.rest += data
-            self.broken |= len(self.rest) > MAX_LINE
+            if len(self.rest) > MAX_LINE:
+                self.rest, self.broken = b"", True
             return
         lines, self.rest = self.rest + data[:end], data[end + 1:]
         try:
             self.take_events(json.loads(b"[" + lines.replace(b"\n", b",") + b"]"))
-        except (ValueError, KeyError, TypeError, AttributeError, IndexError):
+        except (ValueError, KeyError, TypeError, AttributeError, RecursionError):
             self.broken = True
 
     def is_readable(self) -> bool:
