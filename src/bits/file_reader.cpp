@@ -101,6 +101,11 @@ File open_input_file(const std::string& path) {
     return nullptr;
 }
 
+bool is_regular_file(const std::string& path) {
+    struct stat status = {};
+    return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
 File open_input_stream(const std::string& path) {
     File file(std::fopen(path.c_str(), "rb"));
     struct stat status = {};

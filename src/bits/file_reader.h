@@ -32,6 +32,9 @@ struct FileReader {
 // nobody writes to, a device without an end. Null on failure, nothing is printed (see open_failure_text).
 [[nodiscard]] File open_input_file(const std::string& path);
 
+// True when there is such a file, whether or not it can be opened.
+bool is_regular_file(const std::string& path);
+
 // Opens what is read only once and from its start, for example a pipe: anything but a directory. Null on failure,
 // nothing is printed.
 [[nodiscard]] File open_input_stream(const std::string& path);

@@ -73,16 +73,25 @@ void validate_series_segment(const std::string& stem, const std::optional<std::s
     series.previous_timing = timing;
 }
 
-// Opens the reader on the file of the next index; false ends the series. A file that is there but cannot be opened ends
-// it like one that is not, and with it everything after it goes unseen: that is said.
-bool open_in_series(FileReader& reader, const std::string& name) {
+// Says why the series ends where there are files that it leaves out: at `name`, of `index`, which cannot be opened or,
+// with a file of the next index, is missing.
+void report_end_of_series(const char* input, int32_t index, const std::string& name) {
+    std::string next;
+    if (errno != ENOENT)
+        report_reason(ReasonEffect::UNVALIDATED, "reason-series-ends", name,
+                      "cannot be opened: %s; the series ends here", open_failure_text());
+    else if (index != std::numeric_limits<int32_t>::max() &&
+             expand_template(input, index + 1, next) == TemplateKind::NUMBERED && is_regular_file(next))
+        report_reason(ReasonEffect::UNVALIDATED, "reason-series-gap", name,
+                      "is missing: the series ends here, and %s is not validated", next.c_str());
+}
+
+// Opens the reader on a file of the series. Returns 0, or -1 when it cannot be opened.
+int open_in_series(FileReader& reader, const std::string& name) {
     reader_close(reader);
     reader.file = open_input_file(name);
     reader.path = name;
-    if (!reader.file && errno != ENOENT)
-        report_reason(ReasonEffect::UNVALIDATED, "reason-series-ends", name,
-                      "cannot be opened: %s; the series ends here", open_failure_text());
-    return reader.file != nullptr;
+    return reader.file ? 0 : -1;
 }
 
 // Takes the stem of the template itself, not of a segment's name.
@@ -91,9 +100,14 @@ int run_template(const CommandLineOptions& options, const std::string& stem,
     SeriesState series;
     std::string name;
     reset_stream_clock();
-    for (int64_t index = options.start_index; index <= std::numeric_limits<int32_t>::max(); ++index) {
-        const TemplateKind kind = expand_template(options.input_path, static_cast<int32_t>(index), name);
-        if (kind == TemplateKind::NO_MATCH || !open_in_series(series.reader, name)) break;
+    for (int64_t next = options.start_index; next <= std::numeric_limits<int32_t>::max(); ++next) {
+        const auto index = static_cast<int32_t>(next);
+        const TemplateKind kind = expand_template(options.input_path, index, name);
+        if (kind == TemplateKind::NO_MATCH) break;
+        if (open_in_series(series.reader, name) != 0) {
+            report_end_of_series(options.input_path, index, name);
+            break;
+        }
         validate_series_segment(stem, output_dir, series);
         if (kind == TemplateKind::FIXED || std::ferror(stdout) != 0) break;
     }

@@ -1,18 +1,12 @@
 #include "playlist/address_hints.h"
 
-#include <sys/stat.h>
-
 #include <charconv>
 #include <string_view>
 
+#include "bits/file_reader.h"
 #include "bits/report.h"
 
 namespace {
-
-bool is_file(const std::string& path) {
-    struct stat status = {};
-    return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
-}
 
 // RFC 3986, 2.1: "%" and two hexadecimal digits stand for a byte.
 std::string percent_decoded(std::string_view text) {
@@ -32,7 +26,7 @@ std::string percent_decoded(std::string_view text) {
 std::string file_of_uri(const std::string& uri) {
     const std::string plain = uri.substr(0, uri.find('?'));
     for (const std::string& name : {plain, percent_decoded(uri), percent_decoded(plain)})
-        if (name != uri && is_file(name)) return name;
+        if (name != uri && is_regular_file(name)) return name;
     return "";
 }
 

@@ -159,6 +159,8 @@ row 'variants and segments' - 255 p.m3u8 'p.m3u8: the playlist holds both varian
 aac "$(pes 257 c0 ffff)" | tee s_0.ts >s_2.ts
 mkdir s_1.ts
 row 'a series ends at what cannot be opened' PASSED 0 's_%d.ts' 's_1.ts: cannot be opened: Is a directory; the series ends here'
+aac "$(pes 257 c0 ffff)" | tee s_0.ts >s_2.ts
+row 'a gap in a series' PASSED 0 's_%d.ts' 's_1.ts: is missing: the series ends here, and s_2.ts is not validated'
 : >p.m3u8
 row 'a playlist without segments' PASSED 0 p.m3u8 'p.m3u8: the playlist names no segment'
 
