@@ -4,7 +4,7 @@ no part of the verdict unless --advice=fail asks for it."""
 import re
 from collections.abc import Iterator
 
-from .timing import AUDIO, TICKS, lasts, leading, measure, same_clock, times_of
+from .timing import AUDIO, TICKS, measure, same_clock, starts, times_of
 
 # Seconds that are no matter of a wrong playlist: leading pictures of an open group of pictures are
 # shown before the first one in the file, audio frames do not end where pictures do.
@@ -72,7 +72,7 @@ def peak_rate(events: list[dict], target: float | None) -> tuple[float, dict | N
 
 
 def on_times(segments: list, codecs: list[str]) -> Iterator[tuple]:
-    for (event, _), (length, _) in zip(segments, measure(segments, codecs)):
+    for (event, _), length in zip(segments, measure(segments, codecs)):
         said = event["duration"]
         if event["init"] or length is None or said is None:
             continue
@@ -116,29 +116,21 @@ def on_boundaries(fold, codecs: list[str]) -> Iterator[tuple]:
     for path, segments in fold.segments.items():
         if path not in fold.playlists:
             continue
-        starts = list(video_starts(segments, codecs))
-        if not starts or None in starts:
+        begun = starts(segments, codecs, audio=False)
+        if not begun or any(start is None for _, start in begun):
             continue
-        media = [event for event, _ in segments if not event["init"]]
-        lengths = [lasts(event) for event in media]
         if reference is None:
-            reference = starts, lengths
-        elif are_alike(lengths, reference[1]):
-            for event, start, other in zip(media, starts, reference[0]):
+            reference = begun
+        elif are_alike(begun, reference):
+            for (event, start), (_, other) in zip(begun, reference):
                 if abs(start - other) > BOUNDARY_TOLERANCE * TICKS:
                     yield ("advice-boundaries", event,
                            f"begins at {start / TICKS:.3f} s, in the first variant at "
                            f"{other / TICKS:.3f} s")
 
 
-def are_alike(lengths: list[float], others: list[float]) -> bool:
+def are_alike(segments: list[tuple], others: list[tuple]) -> bool:
     """As many segments, and as long."""
-    return len(lengths) == len(others) and all(abs(a - b) < 0.5 for a, b in zip(lengths, others))
-
-
-def video_starts(segments: list, codecs: list[str]) -> Iterator[int | None]:
-    for event, parts in segments:
-        if not event["init"]:
-            times = times_of(parts)
-            lead = leading(times, codecs)
-            yield times[lead][0] if lead is not None and codecs[lead] not in AUDIO else None
+    return len(segments) == len(others) and all(
+        abs((event["duration"] or 0) - (other["duration"] or 0)) < 0.5
+        for (event, _), (other, _) in zip(segments, others))

@@ -5,7 +5,7 @@ import os
 
 from .fold import Fold, Group
 from .text import printable, short
-from .timing import TICKS, measure
+from .timing import TICKS, audio_offsets, measure, starts
 
 PLACE = ("line", "segment", "offset", "stream", "time")
 PLAYLIST_FACTS = ("line", "group_id", "name", "language", "codecs", "resolution", "bandwidth",
@@ -77,12 +77,16 @@ def rows_of(fold: Fold, names: Names) -> list[dict]:
     for (playlist, line, segment, _), found in fold.cells.items():
         cells.setdefault((playlist, line, segment), []).append(found)
     codecs = [stream.codec for stream in fold.streams.values()]
+    variant = next((segments for segments in fold.segments.values()
+                    if any(time is not None for _, time in starts(segments, codecs, False))), [])
     rows = []
     for playlist, segments in fold.segments.items():
-        measured = measure(segments, codecs)
+        offsets = audio_offsets(segments, variant, codecs)
         rows.append({"playlist": names.short(playlist),
-                     "segments": [segment_of(event, streams, cells, names, *values)
-                                  for (event, streams), values in zip(segments, measured)]})
+                     "segments": [segment_of(event, streams, cells, names, length,
+                                             None if event["init"] else next(offsets))
+                                  for (event, streams), length in
+                                  zip(segments, measure(segments, codecs))]})
     return rows
 
 

@@ -10,7 +10,7 @@ function chartsOf(row) {
       lines: facts.target_duration ? [["EXT-X-TARGETDURATION", facts.target_duration]] : []},
     {title: "Bit rate", unit: bits, from: 0, curves: [["of each segment", "first", rate]],
       lines: [["BANDWIDTH", facts.bandwidth], ["AVERAGE-BANDWIDTH", facts.average_bandwidth]].filter(line => line[1])},
-    {title: "Audio after video at the start of each segment", unit: value => value.toFixed(0) + " ms", from: null,
+    {title: "Audio after video at the start of each segment" + (row.segments.some(segment => segment.offset !== null) && !row.facts.resolution && row.facts.group_id ? " (that of the first variant)" : ""), unit: value => value.toFixed(0) + " ms", from: null,
       curves: [["", "first", segment => segment.offset]], lines: []},
   ];
   return charts.filter(chart => chart.curves.some(([, , value]) => row.segments.some(segment => !segment.init && value(segment) !== null)));
