@@ -1,4 +1,4 @@
-// Preloaded into quorlin: reads of the file FAULT_FILE fail from byte FAULT_OFFSET on, as on a damaged disk.
+// Preloaded into quorlin: reads of the file FAULT_FILE fail in the sector from byte FAULT_OFFSET on.
 #include <dlfcn.h>
 #include <unistd.h>
 
@@ -10,16 +10,18 @@
 
 namespace {
 
+constexpr long SECTOR = 512;
 std::FILE* failed_file = nullptr;
 
-// Bytes of the stream in front of the fault.
+// Bytes of the stream before the fault.
 long good_bytes(std::FILE* file) {
     char path[4096] = {};
     const std::string link = "/proc/self/fd/" + std::to_string(fileno(file));
     const char* faulty = std::getenv("FAULT_FILE");
     if (readlink(link.c_str(), path, sizeof path - 1) < 0 || faulty == nullptr) return 1L << 40;
     if (!std::string(path).ends_with(faulty)) return 1L << 40;
-    return std::max(std::atol(std::getenv("FAULT_OFFSET")) - std::ftell(file), 0L);
+    const long left = std::atol(std::getenv("FAULT_OFFSET")) - std::ftell(file);
+    return left <= -SECTOR ? 1L << 40 : std::max(left, 0L);
 }
 
 template <typename Function>

@@ -2,10 +2,47 @@
 # faults.sh QUORLIN EXAMPLES FAULT-READS [INSTRUMENTS]: what the system can refuse, and what quorlin makes of it. No case
 # may end by a signal or wait for ever. FAULT-READS is the library that makes reads fail; INSTRUMENTS are sanitizers or
 # coverage counters in the program, which need memory of their own.
-source "$(dirname "${BASH_SOURCE[0]}")/case_table.sh"
+set -u
+program=$(realpath "$1")
 examples=$2
 fault_reads=$3
 instruments=${4-}
+folder=$(mktemp -d)
+trap 'chmod -R u+rwX "$folder"; rm -rf "$folder"' EXIT
+chmod 755 "$folder"
+mkdir -m 777 "$folder/work"
+cd "$folder/work" || exit 1
+cases=0
+failed=0
+
+quorlin() {
+    timeout 60 ${QUORLIN_LAUNCHER:-} "$program" "$@"
+}
+
+fail() {
+    failed=$((failed + 1))
+    echo "FAILED: $1"
+    sed 's/^/    /' "$folder/stdout" "$folder/stderr" | head -20
+}
+
+# expect NAME VERDICT EXIT TEXT COMMAND...: runs the command. VERDICT is PASSED, FAILED or - for none; TEXT is a piece of
+# what standard output and standard error hold together, "" asks for an empty standard error.
+expect() {
+    local name=$1 verdict=$2 code=$3 text=$4 got=0 said
+    shift 4
+    "$@" >"$folder/stdout" 2>"$folder/stderr" || got=$?
+    said=$(sed -n 's/^validation result: //p' "$folder/stdout")
+    cases=$((cases + 1))
+    if [ "$got" != "$code" ]; then
+        fail "$name: exit code $got, not $code"
+    elif [ "${said:--}" != "$verdict" ]; then
+        fail "$name: verdict ${said:--}, not $verdict"
+    elif [ -z "$text" ] && [ -s "$folder/stderr" ]; then
+        fail "$name: standard error is not empty"
+    elif [ -n "$text" ] && ! cat "$folder/stdout" "$folder/stderr" | grep -qaF -e "$text"; then
+        fail "$name: nothing says: $text"
+    fi
+}
 
 # All files beside each other. Root is refused nothing: its cases run as another user.
 ordinary=
@@ -64,7 +101,7 @@ while read -r file input verdict code; do
     gone="$reason: No such file or directory"
     case $file+$input in # the first index that is not there is the end of the series
         seg_0000.ts+*%*) gone="ERROR: No matching files" ;;
-        seg_0001.ts+*%*) gone= ;;
+        seg_0001.ts+*%*) gone="quorlin: seg_0001.ts: is missing: the series ends here" ;;
     esac
     run "gone: $file of $input" "$verdict" "$code" "$gone" "$input" -o out
     ln -s "$file" "$file"
@@ -120,6 +157,15 @@ ec3_0.ec3     20000 packed.m3u8 read error at byte 20000
 ac3_0.ac3     20000 packed.m3u8 read error at byte 20000
 aac_0.aac     9000  packed.m3u8 read error at byte 9000
 END
+# An error belongs to the byte range that it is in; one in the look at the start of the file, to none.
+cat seg_0000.ts seg_0001.ts >joined.ts
+first=$(stat -c %s seg_0000.ts)
+range() { printf '#EXTINF:4,\n#EXT-X-BYTERANGE:%s@%s\njoined.ts\n' "$1" "$2"; }
+range "$(stat -c %s seg_0001.ts)" "$first" >second.m3u8
+{ range "$first" 0 && cat second.m3u8; } >both.m3u8
+expect 'a failed read before the range' PASSED 0 '' broken joined.ts 500 second.m3u8
+expect 'a failed read in the first range' FAILED 0 'quorlin: joined.ts: read error at byte 50000' broken joined.ts 50000 both.m3u8
+[ "$(grep -c 'read error' "$folder/stderr")" = 1 ] || fail 'a failed read in the first range: told of the second'
 
 # ---- Output that cannot be written: the file in the output directory, the input and the message.
 
@@ -224,4 +270,5 @@ if truncate -s 5G big.ts; then
     run 'a range behind 4 GiB' PASSED 0 '' big.m3u8 -o out
     [ -s out/big_pid_257.ec3 ] || fail 'no output of a range behind 4 GiB'
 fi
-finish
+echo "$cases cases, $failed failed"
+[ "$failed" = 0 ]
