@@ -68,7 +68,7 @@ void check_crc(const std::vector<uint8_t>& buffer) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 3 || !QUIET) return 0;
     ZtpSettings settings;
-    settings.rule_set = data[0] & 7;
+    settings.rule_set = ZtpRuleSet{static_cast<uint16_t>(data[0] & 7)};
     settings.stop_on_failure = (data[0] & 8) != 0;
     settings.options = static_cast<uint16_t>(data[1] << 8 | data[2]);
     Buffers buffers = split(data + 3, size - 3);

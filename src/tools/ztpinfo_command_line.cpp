@@ -46,15 +46,17 @@ int usage_error() {
 }
 
 int apply_option(int id, const char* value, ZtpInfoCommand& command) {
+    uint16_t rule_set = 0;
     switch (id) {
         case OPTION_OPTIONS:
             if (parse_number(value, command.settings.options)) return 0;
             std::fprintf(stderr, "ztpinfo: --options needs a number from 0 to 65535 (0xFFFF), not '%s'\n", value);
             return usage_error();
         case OPTION_RULES:
-            if (parse_number(value, command.settings.rule_set) && command.settings.rule_set >= 1 &&
-                command.settings.rule_set <= 4)
+            if (parse_number(value, rule_set) && rule_set >= 1 && rule_set <= 4) {
+                command.settings.rule_set = ZtpRuleSet{rule_set};
                 return 0;
+            }
             std::fprintf(stderr, "ztpinfo: --rules needs a rule set from 1 to 4, not '%s'\n", value);
             return usage_error();
         case OPTION_STOP_ON_FAILURE:

@@ -77,6 +77,6 @@ struct StreamDescriptor {
 // The display name of a descriptor tag.
 std::string descriptor_name(uint32_t tag);
 
-// The fields of a descriptor, tag and length byte included; what lies behind its end is 0.
+// The fields of a descriptor, tag and length byte included; what lies after its end is 0.
 Eac3DescriptorFields read_eac3_descriptor(std::span<const uint8_t> raw);
 Ac4DescriptorFields read_ac4_descriptor(std::span<const uint8_t> raw);

@@ -54,7 +54,7 @@ int list_with_compatibility(const LmraDescriptorFields& fields) {
 
 LmraDescriptorFields read_lumora_descriptor(std::span<const uint8_t> raw) {
     LmraDescriptorFields fields;
-    BitReader reader = {raw, 16};  // behind descriptor_tag and descriptor_length
+    BitReader reader = {raw, 16};  // after descriptor_tag and descriptor_length
     fields.version_major = read_u8(reader, 8);
     fields.version_minor = read_u8(reader, 8);
     fields.profile = read_u8(reader, 7);

@@ -15,7 +15,7 @@ namespace {
 constexpr size_t PROFILE_AND_LEVEL_LENGTH = 6;
 
 // What follows the first `fourcc` in the text; false when the text does not contain it.
-bool text_behind(const std::string& codecs, const char* fourcc, std::string& rest) {
+bool text_after(const std::string& codecs, const char* fourcc, std::string& rest) {
     const size_t found = codecs.find(fourcc);
     if (found == std::string::npos) return false;
     rest = codecs.substr(found + std::char_traits<char>::length(fourcc));
@@ -73,13 +73,13 @@ int check_lumora_descriptor(const LmraDescriptorFields& fields) {
 
 int check_lumora_avc_entry(const std::string& codecs, const LmraDescriptorFields& fields) {
     std::string rest;
-    if (text_behind(codecs, "lmav", rest)) {
+    if (text_after(codecs, "lmav", rest)) {
         if (has_profile_and_level(rest, fields)) return 0;
         return fail(
             TS_CHECK_FAILED, "ts-lmra-codecs-lmav",
             "ERROR: There is a mismatch between lmav description in CODECS attribute of the #EXT-X-STREAM-INF and lmra descriptor in stream.\n");
     }
-    if (text_behind(codecs, "lma1", rest)) {
+    if (text_after(codecs, "lma1", rest)) {
         if (has_profile_and_level(rest, fields)) return 0;
         return fail(
             TS_CHECK_FAILED, "ts-lmra-codecs-lma1",
@@ -90,12 +90,12 @@ int check_lumora_avc_entry(const std::string& codecs, const LmraDescriptorFields
 
 int check_lumora_hevc_entry(const std::string& codecs, const LmraDescriptorFields& fields) {
     std::string rest;
-    if (text_behind(codecs, "lmhe", rest)) {
+    if (text_after(codecs, "lmhe", rest)) {
         if (names_profile_and_level(rest, fields)) return 0;
         return fail(TS_CHECK_FAILED, "ts-lmra-codecs-lmhe",
                     "ERROR: Invalid lmhe description found in the CODECS attribute of the #EXT-X-STREAM-INF.\n");
     }
-    if (text_behind(codecs, "lmh1", rest)) {
+    if (text_after(codecs, "lmh1", rest)) {
         if (names_profile_and_level(rest, fields)) return 0;
         return fail(TS_CHECK_FAILED, "ts-lmra-codecs-lmh1",
                     "ERROR: Invalid lmh1 description found in the CODECS attribute of the #EXT-X-STREAM-INF.\n");

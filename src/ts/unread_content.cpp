@@ -16,7 +16,7 @@ void report_losses(const std::string& path, const PesStream& stream, uint32_t ea
     current_place.stream = stream.pid;
     if (early_units > 0)
         report_reason(UNVALIDATED, "reason-ts-early-pes", path,
-                      "PID %u: %" PRIu32 " PES packets in front of the program tables: not read", stream.pid,
+                      "PID %u: %" PRIu32 " PES packets before the program tables: not read", stream.pid,
                       early_units);
     current_place.offset = losses.scrambled_packets.offset;
     if (losses.scrambled_packets.count > 0)
@@ -27,7 +27,7 @@ void report_losses(const std::string& path, const PesStream& stream, uint32_t ea
     if (losses.bytes.count > 0)
         report_reason(UNVALIDATED, "reason-ts-bytes-outside-pes", path,
                       "PID %u: %" PRIu64
-                      " bytes are in no PES packet, or behind the %u bytes that one may hold: not read",
+                      " bytes are in no PES packet, or after the %u bytes that one may hold: not read",
                       stream.pid, losses.bytes.count, PES_MAX_PAYLOAD);
     current_place.offset = losses.cut_headers.offset;
     if (losses.cut_headers.count > 0)

@@ -105,7 +105,7 @@ constexpr uint64_t LOWER_BY_LANES = shift_bits(1, LANES * 128);
     return _mm_set_epi64x(static_cast<int64_t>(upper), static_cast<int64_t>(lower));
 }
 
-// The first, possibly short block of `words`, filled up with zero words in front: they leave the register 0 as it is.
+// The first, possibly short block of `words`, filled up with zero words before it: they leave the register 0 as it is.
 // `crc` goes into the first word. Drops the block from `words`, which is not empty.
 [[gnu::target("pclmul,ssse3")]] __m128i take_first_block(uint16_t crc, std::span<const uint16_t>& words) {
     const size_t taken = (words.size() - 1) % BLOCK_WORDS + 1;

@@ -56,15 +56,15 @@ void set_derived(ZtpFrameInfo& frame, size_t frame_words) {
                            (static_cast<float>(samples) * 1000.0f);
 }
 
-uint16_t eac3_crc_status(std::span<const uint16_t> words) {
-    return crc16(0, words.subspan(1)) == 0 ? CRC_NO_ERROR : CRC_FULL_FRAME_ERROR;
+CrcStatus eac3_crc_status(std::span<const uint16_t> words) {
+    return crc16(0, words.subspan(1)) == 0 ? CrcStatus::NO_ERROR : CrcStatus::FULL_FRAME_ERROR;
 }
 
 // ETSI TS 102 366, 6.10.1: crc1 covers the words up to 5/8 of the frame, crc2 the whole frame.
-uint16_t ac3_crc_status(std::span<const uint16_t> words) {
+CrcStatus ac3_crc_status(std::span<const uint16_t> words) {
     const size_t first_part = (words.size() >> 1) + (words.size() >> 3);
-    if (crc16(0, words.subspan(1, first_part - 1)) != 0) return CRC_FULL_FRAME_ERROR;
-    return crc16(0, words.subspan(first_part)) == 0 ? CRC_NO_ERROR : CRC_PARTIAL_FRAME_ERROR;
+    if (crc16(0, words.subspan(1, first_part - 1)) != 0) return CrcStatus::FULL_FRAME_ERROR;
+    return crc16(0, words.subspan(first_part)) == 0 ? CrcStatus::NO_ERROR : CrcStatus::PARTIAL_FRAME_ERROR;
 }
 
 }  // namespace

@@ -9,10 +9,10 @@
 // Frame information: a syncframe of either format, unpacked.
 
 // Result of the CRC check of a frame.
-enum CrcStatus : uint16_t {
-    CRC_NO_ERROR = 0,
-    CRC_FULL_FRAME_ERROR = 1,     // E-AC-3: the frame; AC-3: its first 5/8
-    CRC_PARTIAL_FRAME_ERROR = 2,  // AC-3: only the part after the first 5/8
+enum class CrcStatus : uint8_t {
+    NO_ERROR = 0,
+    FULL_FRAME_ERROR = 1,     // E-AC-3: the frame; AC-3: its first 5/8
+    PARTIAL_FRAME_ERROR = 2,  // AC-3: only the part after the first 5/8
 };
 
 // Value of `convsync` for a frame that does not carry the field.
@@ -30,7 +30,7 @@ struct ZtpFrameInfo {
     uint16_t chanmap = 0;                 // as carried by a dependent substream, else 0
     uint16_t convsync = CONVSYNC_ABSENT;  // 0 or 1 when the frame carries the field
     uint16_t double_rate = 0;             // sourcefscod: the source had twice the sample rate
-    uint16_t crc_status = CRC_NO_ERROR;
+    CrcStatus crc_status = CrcStatus::NO_ERROR;
     uint16_t frame_words = 0;
     uint32_t bytes_per_frame = 0;
     uint32_t sample_rate = 0;  // Hz

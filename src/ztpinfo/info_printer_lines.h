@@ -8,8 +8,8 @@
 // The lines that a report is made of. Those of a frame with a CRC error are marked, since their values may be corrupt;
 // texts that do not come from the frame (headings, defaults) end with a plain line end.
 
-inline const char* line_end(uint32_t crc_status) {
-    return crc_status != 0 ? " (?)\n" : "\n";
+inline const char* line_end(CrcStatus crc_status) {
+    return crc_status != CrcStatus::NO_ERROR ? " (?)\n" : "\n";
 }
 
 // Names of the locations that are set in `locations` (chanmap form), joined with ", ".

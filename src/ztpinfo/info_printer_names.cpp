@@ -4,9 +4,6 @@ namespace {
 
 constexpr const char* BSMOD_NAMES[] = {"complete main", "music and effects", "visually impaired", "hearing impaired",
                                        "dialogue",      "commentary",        "emergency"};
-constexpr const char* CRC_STATUS_NAMES[] = {"No CRC errors",
-                                            "Full frame CRC error exists (information may be corrupt!)",
-                                            "Partial frame CRC error exists (information may be corrupt!)"};
 
 }  // namespace
 
@@ -15,6 +12,14 @@ const char* bsmod_name(uint32_t bsmod, uint32_t acmod) {
     return value_name(BSMOD_NAMES, bsmod);
 }
 
-const char* crc_status_name(uint32_t crc_status) {
-    return crc_status < std::size(CRC_STATUS_NAMES) ? CRC_STATUS_NAMES[crc_status] : "Unknown";
+const char* crc_status_name(CrcStatus crc_status) {
+    switch (crc_status) {
+        case CrcStatus::NO_ERROR:
+            return "No CRC errors";
+        case CrcStatus::FULL_FRAME_ERROR:
+            return "Full frame CRC error exists (information may be corrupt!)";
+        case CrcStatus::PARTIAL_FRAME_ERROR:
+            return "Partial frame CRC error exists (information may be corrupt!)";
+    }
+    return "Unknown";
 }

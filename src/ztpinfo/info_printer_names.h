@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <span>
 
+#include "ztpinfo/fmi_api.h"
+
 // The names of field values as the printer writes them, in the order of the values (ETSI TS 102 366, 4.4.2, D.2.3 and
 // E.1.3.1). Every table of a field covers all of its values.
 
@@ -64,4 +66,4 @@ inline const char* value_name(ValueNames names, uint32_t value) {
 const char* bsmod_name(uint32_t bsmod, uint32_t acmod);
 
 // The text of a CRC status: of a frame, a program or a whole stream.
-const char* crc_status_name(uint32_t crc_status);
+const char* crc_status_name(CrcStatus crc_status);

@@ -28,7 +28,7 @@ struct ZtpProgramRecord {
     uint16_t blocks_per_frame = 0;
     uint32_t words_between_syncs = 0;  // the program's frame lengths together
     float data_rate_kbps = 0;
-    uint16_t crc_status = CRC_NO_ERROR;  // the first error of its substreams
+    CrcStatus crc_status = CrcStatus::NO_ERROR;  // the first error of its substreams
     ZtpSubstreamRecord independent;
     std::array<ZtpSubstreamRecord, ZTP_MAX_DEPENDENT_SUBSTREAMS> dependent;  // by substreamid
 };

@@ -38,21 +38,21 @@ void check_each_substream(TimesliceRecord& timeslice, SubstreamRules& rules, boo
 
 }  // namespace
 
-int check_substreams(TimesliceRecord& timeslice, uint16_t rule_set, RuleLog& log) {
+int check_substreams(TimesliceRecord& timeslice, ZtpRuleSet rule_set, RuleLog& log) {
     timeslice.compliance = {};
     switch (rule_set) {
-        case ZTP_RULES_NONE:
+        case ZtpRuleSet::NONE:
             return 0;
-        case ZTP_RULES_GENERIC:
+        case ZtpRuleSet::GENERIC:
             check_each_substream(timeslice, check_generic_substream, true, log);
             return 0;
-        case ZTP_RULES_BLU_RAY_PRIMARY:
+        case ZtpRuleSet::BLU_RAY_PRIMARY:
             check_each_substream(timeslice, check_blu_ray_primary_substream, true, log);
             return 0;
-        case ZTP_RULES_HD_DVD_SECONDARY:
+        case ZtpRuleSet::HD_DVD_SECONDARY:
             check_each_substream(timeslice, check_hd_dvd_secondary_substream, false, log);
             return 0;
-        case ZTP_RULES_BLU_RAY_SECONDARY:
+        case ZtpRuleSet::BLU_RAY_SECONDARY:
             check_each_substream(timeslice, check_blu_ray_secondary_substream, false, log);
             return 0;
         default:
@@ -62,19 +62,19 @@ int check_substreams(TimesliceRecord& timeslice, uint16_t rule_set, RuleLog& log
 }
 
 // What is wrong with a program has the place of its first frame.
-void check_programs(TimesliceRecord& timeslice, const TimesliceRecord& previous, uint16_t rule_set, RuleLog& log) {
+void check_programs(TimesliceRecord& timeslice, const TimesliceRecord& previous, ZtpRuleSet rule_set, RuleLog& log) {
     ComplianceFlags found;
     switch (rule_set) {
-        case ZTP_RULES_GENERIC:
+        case ZtpRuleSet::GENERIC:
             check_generic_programs(found, timeslice, previous);
             break;
-        case ZTP_RULES_BLU_RAY_PRIMARY:
+        case ZtpRuleSet::BLU_RAY_PRIMARY:
             check_blu_ray_primary_programs(found, timeslice, previous);
             break;
-        case ZTP_RULES_HD_DVD_SECONDARY:
+        case ZtpRuleSet::HD_DVD_SECONDARY:
             check_hd_dvd_secondary_programs(found, timeslice, previous);
             break;
-        case ZTP_RULES_BLU_RAY_SECONDARY:
+        case ZtpRuleSet::BLU_RAY_SECONDARY:
             check_blu_ray_secondary_programs(found, timeslice, previous);
             break;
         default:
@@ -83,8 +83,8 @@ void check_programs(TimesliceRecord& timeslice, const TimesliceRecord& previous,
     add_flags(timeslice, found, timeslice.programs[0].independent.place, log);
 }
 
-void check_end_of_data(TimesliceRecord& timeslice, uint16_t rule_set, RuleLog& log) {
-    if (rule_set != ZTP_RULES_GENERIC) return;
+void check_end_of_data(TimesliceRecord& timeslice, ZtpRuleSet rule_set, RuleLog& log) {
+    if (rule_set != ZtpRuleSet::GENERIC) return;
     ComplianceFlags found;
     check_generic_end_of_data(found, timeslice);
     add_flags(timeslice, found, timeslice.programs[0].independent.place, log);

@@ -11,10 +11,10 @@ constexpr int COMPLIANCE_UNKNOWN_MODE = 7169;
 
 // Clears the flags of `timeslice` and applies the rules that look at one substream alone to every substream that
 // `rule_set` covers. Returns 0, or COMPLIANCE_UNKNOWN_MODE after a fatal block.
-[[nodiscard]] int check_substreams(TimesliceRecord& timeslice, uint16_t rule_set, RuleLog& log);
+[[nodiscard]] int check_substreams(TimesliceRecord& timeslice, ZtpRuleSet rule_set, RuleLog& log);
 
 // Applies the rules that look at programs and at the different timeslice before; `previous` may be `timeslice` itself.
-void check_programs(TimesliceRecord& timeslice, const TimesliceRecord& previous, uint16_t rule_set, RuleLog& log);
+void check_programs(TimesliceRecord& timeslice, const TimesliceRecord& previous, ZtpRuleSet rule_set, RuleLog& log);
 
 // Applies the rule for the last timeslice of a buffer.
-void check_end_of_data(TimesliceRecord& timeslice, uint16_t rule_set, RuleLog& log);
+void check_end_of_data(TimesliceRecord& timeslice, ZtpRuleSet rule_set, RuleLog& log);

@@ -77,7 +77,7 @@ void check_blu_ray_primary_substream(ComplianceFlags& compliance, const ZtpFrame
         fail_if(compliance, true, 117);
         fail_if(compliance, frame.substreamid != 0, 121);
     }
-    fail_if(compliance, frame.crc_status != CRC_NO_ERROR, 166);
+    fail_if(compliance, frame.crc_status != CrcStatus::NO_ERROR, 166);
 }
 
 void check_blu_ray_primary_programs(ComplianceFlags& compliance, const TimesliceRecord& timeslice,
@@ -106,7 +106,7 @@ void check_blu_ray_secondary_substream(ComplianceFlags& compliance, const ZtpFra
     fail_if(compliance, frame.bytes_per_frame > SECONDARY_MAX_BYTES, 151);
     check_secondary_mixing(compliance, eac3_or_cleared(frame));
     warn_if(compliance, frame.acmod != ACMOD_MONO, 180);
-    fail_if(compliance, frame.crc_status != CRC_NO_ERROR, 166);
+    fail_if(compliance, frame.crc_status != CrcStatus::NO_ERROR, 166);
 }
 
 void check_blu_ray_secondary_programs(ComplianceFlags& compliance, const TimesliceRecord& timeslice,

@@ -76,7 +76,7 @@ void check_generic_substream(ComplianceFlags& compliance, const ZtpFrameInfo& fr
     if (frame.strmtyp == STRMTYP_INDEPENDENT) check_independent(compliance, frame);
     if (frame.strmtyp == STRMTYP_DEPENDENT) check_dependent(compliance, frame);
     fail_if(compliance, frame.strmtyp > STRMTYP_DEPENDENT, 187);
-    fail_if(compliance, frame.crc_status != CRC_NO_ERROR, 166);
+    fail_if(compliance, frame.crc_status != CrcStatus::NO_ERROR, 166);
 }
 
 bool check_generic_program_form(ComplianceFlags& compliance, const TimesliceRecord& timeslice,

@@ -39,7 +39,7 @@ void check_hd_dvd_secondary_substream(ComplianceFlags& compliance, const ZtpFram
     fail_if(compliance, bsi.extpgmscle != 0, 174);
     fail_if(compliance, bsi.paninfoe != 0, 175);
     warn_if(compliance, frame.acmod == ACMOD_STEREO, 176);
-    fail_if(compliance, frame.crc_status != CRC_NO_ERROR, 166);
+    fail_if(compliance, frame.crc_status != CrcStatus::NO_ERROR, 166);
 }
 
 void check_hd_dvd_secondary_programs(ComplianceFlags& compliance, const TimesliceRecord& timeslice,

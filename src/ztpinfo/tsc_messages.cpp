@@ -172,7 +172,7 @@ constexpr std::array<const char*, COMPLIANCE_NUMBERS - FIRST_MESSAGE> MESSAGES =
     /* 191 */
     "FAILURE: Blu-ray: Secondary Audio: EC3 (I0): The \"mixdef\" metadata parameter shall be set to either 0 or 3",
 };
-static_assert(MESSAGES.back() != nullptr, "a row is missing: every number behind it is off");
+static_assert(MESSAGES.back() != nullptr, "a row is missing: every number after it is off");
 
 // "ztp-051" and so on, by number.
 using RuleId = std::array<char, 8>;

@@ -45,7 +45,7 @@ void add_substream(ZtpProgramRecord& program, const ZtpSubstreamRecord& substrea
     program.locations |= frame.locations;
     program.words_between_syncs += frame.frame_words;
     program.data_rate_kbps += frame.data_rate_kbps;
-    if (program.crc_status == CRC_NO_ERROR) program.crc_status = frame.crc_status;
+    if (program.crc_status == CrcStatus::NO_ERROR) program.crc_status = frame.crc_status;
 }
 
 void summarise_program(ZtpProgramRecord& program) {
@@ -54,7 +54,7 @@ void summarise_program(ZtpProgramRecord& program) {
     program.locations = 0;
     program.words_between_syncs = 0;
     program.data_rate_kbps = 0;
-    program.crc_status = CRC_NO_ERROR;
+    program.crc_status = CrcStatus::NO_ERROR;
     program.blocks_per_frame = program.independent.frame.blocks_per_frame;
     add_substream(program, program.independent);
     if (program.num_dep_substreams == 0) return;
@@ -84,7 +84,7 @@ void keep_current(TimesliceAccumulator& accumulator) {
     const TimesliceRecord& record = current_record(accumulator);
     merge_flags(accumulator.compliance, record.compliance);
     for (const ZtpProgramRecord& program : used_programs(record)) {
-        if (program.independent.present && accumulator.totals.crc_status == CRC_NO_ERROR)
+        if (program.independent.present && accumulator.totals.crc_status == CrcStatus::NO_ERROR)
             accumulator.totals.crc_status = program.crc_status;
     }
     accumulator.completed = accumulator.current;
@@ -193,7 +193,7 @@ int add_dependent_frame(TimesliceAccumulator& accumulator, const ZtpFrameInfo& f
     return 0;
 }
 
-int check_timeslice_substreams(TimesliceAccumulator& accumulator, uint16_t rule_set) {
+int check_timeslice_substreams(TimesliceAccumulator& accumulator, ZtpRuleSet rule_set) {
     TimesliceRecord& record = current_record(accumulator);
     summarise_programs(record);
     accumulator.rule_log.timeslice = accumulator.totals.timeslices + 1;
@@ -222,7 +222,7 @@ bool starts_timeslice(const TimesliceAccumulator& accumulator, const ZtpFrameInf
     return i0 && frame.substreamid == 0 && accumulator.records[accumulator.current].num_programs > 0;
 }
 
-int close_timeslice(TimesliceAccumulator& accumulator, uint16_t rule_set, bool& changed) {
+int close_timeslice(TimesliceAccumulator& accumulator, ZtpRuleSet rule_set, bool& changed) {
     TimesliceRecord& record = current_record(accumulator);
     const bool first = accumulator.totals.timeslices == 0;
     changed = first || !same_timeslice(record, last_completed(accumulator));
@@ -250,7 +250,7 @@ int add_frame(TimesliceAccumulator& accumulator, const ZtpFrameInfo& frame, std:
     return 0;
 }
 
-int finish_timeslice(TimesliceAccumulator& accumulator, uint16_t rule_set) {
+int finish_timeslice(TimesliceAccumulator& accumulator, ZtpRuleSet rule_set) {
     TimesliceRecord& record = current_record(accumulator);
     if (record.num_programs == 0) return 0;
     const int status = check_timeslice_substreams(accumulator, rule_set);

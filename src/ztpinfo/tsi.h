@@ -22,8 +22,8 @@ struct ZtpStreamTotals {
     uint64_t timeslices = 0;
     uint64_t frames = 0;
     uint64_t bits = 0;
-    uint64_t playing_time = 0;           // of I0, in PLAYING_TIME_UNITS
-    uint16_t crc_status = CRC_NO_ERROR;  // the first error of any program
+    uint64_t playing_time = 0;                   // of I0, in PLAYING_TIME_UNITS
+    CrcStatus crc_status = CrcStatus::NO_ERROR;  // the first error of any program
 };
 
 // Units per second of ZtpStreamTotals::playing_time: the least common multiple of 48000, 44100 and 32000, so that the
@@ -65,7 +65,7 @@ bool starts_timeslice(const TimesliceAccumulator& accumulator, const ZtpFrameInf
 // Closes the timeslice being assembled before the first frame of the next one: it is checked against `rule_set` and
 // becomes the last completed one. `changed` is set when it differs from the completed one before. Returns 0, or the
 // code of the fatal error that was reported.
-[[nodiscard]] int close_timeslice(TimesliceAccumulator& accumulator, uint16_t rule_set, bool& changed);
+[[nodiscard]] int close_timeslice(TimesliceAccumulator& accumulator, ZtpRuleSet rule_set, bool& changed);
 
 // Places a frame, whose words are `words`, in the timeslice being assembled. Returns 0, or the code of the fatal error
 // that was reported; the frame is not taken then.
@@ -73,7 +73,7 @@ bool starts_timeslice(const TimesliceAccumulator& accumulator, const ZtpFrameInf
                             std::span<const uint16_t> words);
 
 // Closes the timeslice being assembled, if there is one, at the end of a buffer. Returns like close_timeslice.
-[[nodiscard]] int finish_timeslice(TimesliceAccumulator& accumulator, uint16_t rule_set);
+[[nodiscard]] int finish_timeslice(TimesliceAccumulator& accumulator, ZtpRuleSet rule_set);
 
 // Only when completed is not NO_RECORD.
 inline const TimesliceRecord& last_completed(const TimesliceAccumulator& accumulator) {

@@ -44,18 +44,18 @@ enum ZtpOption : uint16_t {
 constexpr uint16_t ZTP_DEFAULT_OPTIONS = 0x0051;
 
 // Compliance rule sets.
-enum ZtpRuleSet : uint16_t {
-    ZTP_RULES_NONE = 0,               // clears all flags, checks nothing
-    ZTP_RULES_GENERIC = 1,            // generic Zentra Plus programs
-    ZTP_RULES_BLU_RAY_PRIMARY = 2,    // Blu-ray primary audio
-    ZTP_RULES_HD_DVD_SECONDARY = 3,   // HD-DVD secondary audio
-    ZTP_RULES_BLU_RAY_SECONDARY = 4,  // Blu-ray secondary audio
+enum class ZtpRuleSet : uint16_t {
+    NONE = 0,               // clears all flags, checks nothing
+    GENERIC = 1,            // generic Zentra Plus programs
+    BLU_RAY_PRIMARY = 2,    // Blu-ray primary audio
+    HD_DVD_SECONDARY = 3,   // HD-DVD secondary audio
+    BLU_RAY_SECONDARY = 4,  // Blu-ray secondary audio
 };
 
 // What ztpinfo_configure changes; the defaults are those of ztpinfo_open.
 struct ZtpSettings {
     uint16_t options = ZTP_DEFAULT_OPTIONS;
-    uint16_t rule_set = ZTP_RULES_GENERIC;
+    ZtpRuleSet rule_set = ZtpRuleSet::GENERIC;
     bool stop_on_failure = false;    // end the walk of a buffer as soon as a failure is on record
     bool contiguous = false;         // buffers lie in the file as they are handed over, see ztpinfo_analyse
     bool timeslices_listed = false;  // lists of rules tell the timeslice that broke each, and its time

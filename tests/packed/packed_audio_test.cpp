@@ -5,11 +5,11 @@
 #include <cstdio>
 #include <filesystem>
 
-#include "bits/recorder.h"
 #include "bits/stream_clock.h"
 #include "support/files.h"
 #include "support/golden.h"
 #include "support/id3_writer.h"
+#include "support/place_recorder.h"
 #include "ztpinfo/ztpinfo.h"
 
 // Stands in for the analyzer: a test sees how the payload was cut into timeslices and says what each call returns.
@@ -141,37 +141,26 @@ void expect_report(const std::string& golden, const std::vector<Case>& cases) {
 
 TEST(PackedAudio, TagsFormatsAndCodecs) {
     const Bytes aac = {0xFF, 0xF1, 1};
-    expect_report(
-        "golden/formats.txt",
-        {
-            {.name = "signed timestamp", .payload = aac, .codecs = "mp4a", .tag = {.timestamp = ~0ull}},
-            {.name = "more frames in the tag", .payload = aac, .codecs = "mp4a", .tag = {.padding = 9000}},
-            {.name = "timestamp cut", .payload = aac, .tag = {.size = 62}},
-            {.name = "one byte too long", .payload = aac, .tag = {.size = 67}},
-            {.name = "largest size", .payload = aac, .tag = {.size = 0xFFFFFFFF}},
-            {.name = "other frame", .payload = aac, .tag = {.frame_id = "PRIW"}},
-            {.name = "other owner", .payload = aac, .tag = {.owner = "com.apple.streaming.transportStreamTimestamps"}},
-            {"AC-3, bsid 8", frame(0, 0, 6, 8), "mp4a,ac-3"},
-            {"AC-3 missing in CODECS", frame(0, 0, 6, 0), "ec-3"},
-            {"bsid 9", frame(0, 0, 6, 9)},
-            {"bsid 11", frame(0, 0, 6, 11), "ec-3"},
-            {"bsid 16 without attributes", frame(0, 0, 6, 16)},
-            {"bsid 17", frame(0, 0, 6, 17)},
-            {"five bytes of a syncframe", {0x0B, 0x77, 0, 2, 0}, "ec-3"},
-            {"AAC missing in CODECS", aac, "mp4"},
-            {"AAC, every byte", aac + Bytes(40000, 7), "xmp4a"},
-            {"MPEG-2 AAC", {0xFF, 0xF9, 1}, "mp4a"},
-            {"one byte", {0xAC}, "ac-4"},
-            {"AC-4 without attributes", AC4},
-            {"AC-4", AC4 + AC4_NO_IFRAME + AC4_LONG_SIZE, "ac-4.02.01.00"},
-            {"other AC-4 codec", AC4 + AC4, "ac-4.02.01.01"},
-            {"first AC-4 frame dependent", AC4_NO_IFRAME + AC4_NO_IFRAME, "ac-4.02.01.00"},
-            {"AC-4 with CRC ends the walk", AC4 + Bytes{0xAC, 0x41} + AC4, "ac-4.02.01.00"},
-            {"AC-4 of size 0, then dependent", Bytes{0xAC, 0x40, 0, 0} + AC4_NO_IFRAME, "ac-4.02.01.00"},
-            {"AC-4 cut in its table", Bytes{0xAC, 0x40, 0, 4, 0x80, 0}, "ac-4.02.01.00"},
-            {"AC-4 cut in its header", AC4 + Bytes{0xAC, 0x40, 0xFF, 0xFF, 1}, "ac-4.02.01.00"},
-            {"AC-4 too large", Bytes{0xAC, 0x40, 0xFF, 0xFF, 0xA0, 0, 1} + AC4, "ac-4.02.01.00"},
-        });
+    expect_report("golden/formats.txt",
+                  {
+                      {.name = "signed timestamp", .payload = aac, .codecs = "mp4a", .tag = {.timestamp = ~0ull}},
+                      {.name = "more frames in the tag", .payload = aac, .codecs = "mp4a", .tag = {.padding = 9000}},
+                      {.name = "one byte too long", .payload = aac, .tag = {.size = 67}},
+                      {.name = "largest size", .payload = aac, .tag = {.size = 0xFFFFFFFF}},
+                      {"AC-3, bsid 8", frame(0, 0, 6, 8), "mp4a,ac-3"},
+                      {"AC-3 missing in CODECS", frame(0, 0, 6, 0), "ec-3"},
+                      {"bsid 11 without attributes", frame(0, 0, 6, 11)},
+                      {"bsid 17", frame(0, 0, 6, 17)},
+                      {"AAC, every byte", aac + Bytes(40000, 7), "xmp4a"},
+                      {"AC-4 without attributes", AC4},
+                      {"AC-4", AC4 + AC4_NO_IFRAME + AC4_LONG_SIZE, "ac-4.02.01.00"},
+                      {"other AC-4 codec", AC4 + AC4, "ac-4.02.01.01"},
+                      {"first AC-4 frame dependent", AC4_NO_IFRAME + AC4_NO_IFRAME, "ac-4.02.01.00"},
+                      {"AC-4 with CRC ends the walk", AC4 + Bytes{0xAC, 0x41} + AC4, "ac-4.02.01.00"},
+                      {"AC-4 of size 0, then dependent", Bytes{0xAC, 0x40, 0, 0} + AC4_NO_IFRAME, "ac-4.02.01.00"},
+                      {"AC-4 cut in its table", Bytes{0xAC, 0x40, 0, 4, 0x80, 0}, "ac-4.02.01.00"},
+                      {"AC-4 cut in its header", AC4 + Bytes{0xAC, 0x40, 0xFF, 0xFF, 1}, "ac-4.02.01.00"},
+                  });
 }
 
 TEST(PackedAudio, Timeslices) {
@@ -184,9 +173,7 @@ TEST(PackedAudio, Timeslices) {
                       {"four programs", small + frame(0, 1) + frame(1, 0) + frame(0, 2) + frame(0, 3) + small, "ec-3"},
                       {"the first independent id counts", frame(0, 2) + small + frame(0, 2), "ec-3"},
                       {"frames before the first independent one", frame(1, 0) + frame(2, 0) + small, "ec-3"},
-                      {"even gap", small + Bytes{1, 2, 3, 4} + small, "ec-3"},
                       {"odd gap: the search step misses the sync word", small + Bytes{1} + small + small, "ec-3"},
-                      {"header cut", small + Bytes{0x0B, 0x77, 0}, "ec-3"},
                       {"frame cut", small + Bytes{0x0B, 0x77, 0, 9, 5}, "ec-3"},
                       {"frame of two bytes", small + frame(0, 0, 2) + Bytes{0, 0} + small, "ec-3"},
                       {"full buffer", large, "ec-3"},
@@ -231,26 +218,9 @@ TEST(PackedAudio, ProgramAttributes) {
                   });
 }
 
-void print_place(const char* id, const Place& place) {
-    std::printf("%s @%lld t%lld\n", id, static_cast<long long>(place.offset), static_cast<long long>(place.time));
-}
-
-void print_stream(const SegmentFacts& segment, const Place&) {
-    for (const StreamFacts& stream : segment.streams)
-        std::printf("%s: t%lld t%lld t%lld, %llu units, %llu bytes, %u channels\n", stream.codec,
-                    static_cast<long long>(stream.first_time), static_cast<long long>(stream.last_time),
-                    static_cast<long long>(stream.end_time), static_cast<unsigned long long>(stream.units),
-                    static_cast<unsigned long long>(stream.payload_bytes), stream.channels);
-}
-
 // The payload is at byte 73, the tag says 1; a timeslice takes a tick here, an AC-4 frame of 48 kHz and index 2 3600.
 TEST(PackedAudio, PlacesAndFacts) {
-    Recorder recorder = {};
-    recorder.finding = [](const Finding& finding) { print_place(finding.id, finding.place); };
-    recorder.reason = [](const Reason& reason) { print_place(reason.id, reason.place); };
-    recorder.text = [](std::string_view) {};
-    recorder.segment = print_stream;
-    set_recorder(&recorder);
+    set_recorder(&PLACE_RECORDER);
     const Bytes small = frame(0, 0);
     const Bytes ac4 = {0xAC, 0x40, 0, 4, 0x80, 0x04, 0xA0, 0x80};
     reset_stream_clock();

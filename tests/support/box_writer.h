@@ -50,7 +50,7 @@ struct RunSpec {
     uint32_t trun_flags = 0x201;
 };
 
-// moof and mdat with the runs' samples one behind the other.
+// moof and mdat with the runs' samples one after the other.
 Bytes media_segment(const std::vector<RunSpec>& runs);
 
 // Codec configuration boxes.

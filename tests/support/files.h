@@ -31,7 +31,7 @@ inline std::string scratch_path(const std::string& name) {
 inline FileReader open_bytes(std::span<const uint8_t> bytes, const std::string& path,
                              uint32_t chunk_size = READER_CHUNK_SIZE) {
     FileReader reader;
-    // The stream only reads. Of no bytes, the C library would write one behind its block.
+    // The stream only reads. Of no bytes, the C library would write one after its block.
     auto* const block = const_cast<uint8_t*>(bytes.data());
     reader.file.reset(bytes.empty() ? std::fopen("/dev/null", "rb") : fmemopen(block, bytes.size(), "rb"));
     reader.path = path;

@@ -8,12 +8,12 @@
 
 #include "support/bit_writer.h"
 
-// The ID3 tag in front of packed audio; what a test sets wrong stands as it is.
+// The ID3 tag before packed audio; what a test sets wrong stands as it is.
 struct Id3Tag {
     uint64_t timestamp = 1;
     std::string frame_id = "PRIV";
     std::string owner = std::string("com.apple.streaming.transportStreamTimestamp") + '\0';
-    uint32_t padding = 0;               // bytes behind the timestamp, inside the tag
+    uint32_t padding = 0;               // bytes after the timestamp, inside the tag
     std::optional<uint32_t> size = {};  // else what the body takes
 };
 

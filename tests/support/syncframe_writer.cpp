@@ -264,7 +264,7 @@ std::vector<uint8_t> described_frame(const std::string& item) {
     const uint32_t last_bit = take(settings, "lastbit");
     std::vector<uint8_t> frame = frame_of_kind(item[0], settings);
     put_tail(frame, auxdatal, last_bit);
-    // Bits behind every BSI that the tests write.
+    // Bits after every BSI that the tests write.
     if (fault == 1) frame[frame.size() / 2 - frame.size() / 8] ^= 1;
     if (fault == 2) frame[frame.size() - 3] ^= 1;
     if (swap) swap_words(frame);

@@ -20,7 +20,7 @@ uint32_t announced_words(uint32_t fscod, uint32_t frmsizecod);
 // A frame of the announced length: its BSI, zeros, and the right check word.
 std::vector<uint8_t> write_frame(const Eac3Bsi& bsi);
 
-// The check word register behind `bytes`, bit by bit.
+// The check word register after `bytes`, bit by bit.
 uint16_t plain_crc16(std::span<const uint8_t> bytes);
 
 // Exchanges the bytes of every word.

@@ -8,7 +8,7 @@ namespace {
 
 constexpr size_t PAYLOAD_MAX = 184;
 
-// One section behind its pointer_field, its last packet filled up with 0xFF.
+// One section after its pointer_field, its last packet filled up with 0xFF.
 Bytes psi_payload(uint8_t table_id, uint16_t id, const Bytes& body, uint8_t pointer_field) {
     BitWriter w;
     w.put(8, pointer_field);

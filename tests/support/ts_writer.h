@@ -26,7 +26,7 @@ struct TsPacketSpec {
 // ISO/IEC 13818-1, table 2-30: program_number and program_map_PID.
 using PatPrograms = std::vector<std::pair<uint16_t, uint16_t>>;
 
-// ISO/IEC 13818-1, table 2-33. Descriptors stand one behind the other, as ts_descriptor writes them.
+// ISO/IEC 13818-1, table 2-33. Descriptors stand one after the other, as ts_descriptor writes them.
 struct PmtSpec {
     struct Stream {
         uint8_t stream_type = 0;
@@ -56,7 +56,7 @@ struct TsWriter {
     Bytes bytes;
 
     void packet(const TsPacketSpec& spec);
-    // Sections stand behind as many stuffing bytes as pointer_field says.
+    // Sections stand after as many stuffing bytes as pointer_field says.
     void pat(const PatPrograms& programs = {{1, 0x100}}, uint8_t pointer_field = 0);
     void pmt(const PmtSpec& spec, uint16_t pid = 0x100, uint8_t pointer_field = 0);
     void pes(uint16_t pid, const PesSpec& spec) { payload(pid, pes_packet(spec)); }

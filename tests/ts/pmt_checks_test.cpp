@@ -24,12 +24,8 @@ Bytes registration(const std::string& text) {
 
 struct Stream {
     uint8_t stream_type;
-    std::vector<Bytes> descriptors;
+    std::vector<Bytes> descriptors = {};
 };
-
-Stream es(uint8_t stream_type, std::vector<Bytes> descriptors = {}) {
-    return {stream_type, std::move(descriptors)};
-}
 
 EsRecord record(const Stream& stream) {
     EsRecord es;
@@ -56,49 +52,48 @@ const std::array<uint32_t, 4> MATCHING = {0x55, 0x11, 0x12, 0x13};
 const std::array<uint32_t, 4> OTHER = {0x56, 0x112, 0x13, 0x12};
 
 const PmtCase CASES[] = {
-    {"audio named", {es(0x81), es(0x87, {CC}), es(0x0F), es(0x06, {AC4})}, "mp4a,ac-3,ec-3,ac-4.02.01.03"},
-    {"audio unnamed", {es(0x81), es(0x87, {CC}), es(0x06, {OBJECTS}), es(0x11), es(0x06, {AC4})}, "none"},
-    {"audio in a media group", {es(0x81), es(0x87, {CC}), es(0x0F)}, "none", {}, true},
-    {"no playlist", {es(0x81), es(0x87, {CC}), es(0x1B, {lmra(0, 6, 0)}), es(0x06, {DVB, AC4, REGISTRATION})}, nullptr},
-    {"0x87: dvb tag in front of the first atsc tag", {es(0x87, {DVB, CC, DVB})}, "ec-3"},
-    {"0x87: dvb tags alone", {es(0x87, {DVB, DVB})}, ""},
-    {"0x87: programs match", {es(0x87, {CC})}, "ec-3", MATCHING},
-    {"0x87: programs differ", {es(0x87, {CC})}, "ec-3", OTHER},
-    {"0x87: programs of 0 are compared", {es(0x87, {CC})}, "ec-3", std::array<uint32_t, 4>{}},
-    {"0x87: full service differs alone", {es(0x87, {CC})}, "ec-3", std::array<uint32_t, 4>{0x15, 0x11, 0x12, 0x13}},
-    {"0x87: service type differs alone", {es(0x87, {CC})}, "ec-3", std::array<uint32_t, 4>{0x4D, 0x11, 0x12, 0x13}},
-    {"0x06: programs match", {es(0x06, {DVB})}, "ec-3", MATCHING},
-    {"0x06: programs differ", {es(0x06, {DVB})}, "ec-3", OTHER},
-    {"0x06: programs of 0 are skipped", {es(0x06, {DVB})}, "ec-3", std::array<uint32_t, 4>{}},
-    {"0x06: atsc tag", {es(0x06, {CC})}, "avc"},
-    {"0x06: ac-4 with hexadecimal digits", {es(0x06, {AC4})}, "ac-4.0a.01.03"},
-    {"0x06: ac-4 too short", {es(0x06, {AC4})}, "ac-4.02.01.0"},
-    {"0x06: ac-4 with more behind", {es(0x06, {AC4})}, "mp4a,ac-4.02.01.031"},
-    {"avc lumora", {es(0x1B, {lmra(9, 6), lmra(1, 1)})}, "avc1,lmav.09.06"},
-    {"avc lumora by lma1", {es(0x1B, {lmra(0, 6)})}, "avc1,lma1.00.06"},
-    {"avc lumora: lmav mismatch, profile and level", {es(0x1B, {lmra(9, 6)})}, "avc1,lmav.08.07"},
-    {"avc lumora: lma1 mismatch, profile 0 without enhancement layer", {es(0x1B, {lmra(0, 6, 0)})}, "avc1,lma1.00.07"},
-    {"avc lumora: profile 4 without enhancement layer", {es(0x1B, {lmra(4, 6, 0)})}, "avc1,lmav.04.06"},
-    {"avc lumora: text too short", {es(0x1B, {lmra(0, 6)})}, "avc1,lmav.0"},
-    {"lumora descriptor rules", {es(0x1B, {lmra(0, 6, 1, 2, 0)})}, nullptr},
-    {"hevc lumora", {es(0x24, {lmra(8, 6)})}, "hvc1,lmhe.08.06"},
-    {"hevc lumora: read like scanf", {es(0x24, {lmra(8, 6)})}, "hev1,lmh1. 8.+6xx"},
-    {"hevc lumora: profile 10 is read as 16", {es(0x24, {lmra(10, 6)})}, "hvc1,lmhe.10.06"},
-    {"hevc lumora: lmhe mismatch", {es(0x24, {lmra(8, 6), lmra(8, 7)})}, "hvc1,lmhe.08.06"},
-    {"hevc lumora: lmh1 without level", {es(0x24, {lmra(8, 6)})}, "hvc1,lmh1.08"},
-    {"hevc lumora: profile 4 without enhancement layer", {es(0x24, {lmra(4, 6, 0)})}, "hvc1,lmh1.04.06"},
-    {"hevc lumora: profile 0 without enhancement layer", {es(0x24, {lmra(0, 6, 0)})}, "hvc1,lmhe.00.06"},
-    {"hevc lumora: no entry", {es(0x24, {lmra(8, 6)})}, "mp4a"},
-    {"hevc lumora: two entries", {es(0x24, {lmra(8, 6)})}, "hvc1,lmhe.08.06,lmhe.08.06"},
-    {"registration", {es(0x06, {REGISTRATION, lmra(5, 6, 0)})}, "lmhe.05.06"},
-    {"registration: compatible entry, two layers", {es(0x06, {REGISTRATION, lmra(5, 6)})}, "lmhe.05.06,avc1"},
-    {"registration: no lumora entry", {es(0x06, {REGISTRATION})}, "mp4a"},
-    {"registration: other identifiers", {es(0x06, {registration("LMRB"), registration("LMRAx")})}, "lmhe.05.06"},
-    {"second layer behind the video", {es(0x1B, {lmra(9, 6)}), es(0x06, {lmra(9, 6)})}, "avc1,lmav.09.06"},
-    {"second layer without enhancement layer", {es(0x1B, {lmra(9, 6)}), es(0x06, {lmra(9, 6, 0)})}, "avc1,lmav.09.06"},
-    {"second layer in front of the video", {es(0x06, {lmra(9, 6, 0)}), es(0x1B, {lmra(9, 6)})}, "avc1,lmav.09.06"},
-    {"video unnamed", {es(0x1B), es(0x24)}, "mp4a"},
-    {"compatible lumora entry without a stream", {es(0x1B)}, "avc1,lma1.00.06"},
+    {"audio named", {{0x81}, {0x87, {CC}}, {0x0F}, {0x06, {AC4}}}, "mp4a,ac-3,ec-3,ac-4.02.01.03"},
+    {"audio unnamed", {{0x81}, {0x87, {CC}}, {0x06, {OBJECTS}}, {0x11}, {0x06, {AC4}}}, "none"},
+    {"audio in a media group", {{0x81}, {0x87, {CC}}, {0x0F}}, "none", {}, true},
+    {"no playlist", {{0x81}, {0x87, {CC}}, {0x1B, {lmra(0, 6, 0)}}, {0x06, {DVB, AC4, REGISTRATION}}}, nullptr},
+    {"0x87: dvb tag before the first atsc tag", {{0x87, {DVB, CC, DVB}}}, "ec-3"},
+    {"0x87: dvb tags alone", {{0x87, {DVB, DVB}}}, ""},
+    {"0x87: programs match", {{0x87, {CC}}}, "ec-3", MATCHING},
+    {"0x87: programs differ", {{0x87, {CC}}}, "ec-3", OTHER},
+    {"0x87: programs of 0 are compared", {{0x87, {CC}}}, "ec-3", std::array<uint32_t, 4>{}},
+    {"0x87: full service differs alone", {{0x87, {CC}}}, "ec-3", std::array<uint32_t, 4>{0x15, 0x11, 0x12, 0x13}},
+    {"0x87: service type differs alone", {{0x87, {CC}}}, "ec-3", std::array<uint32_t, 4>{0x4D, 0x11, 0x12, 0x13}},
+    {"0x06: programs match", {{0x06, {DVB}}}, "ec-3", MATCHING},
+    {"0x06: programs differ", {{0x06, {DVB}}}, "ec-3", OTHER},
+    {"0x06: programs of 0 are skipped", {{0x06, {DVB}}}, "ec-3", std::array<uint32_t, 4>{}},
+    {"0x06: atsc tag", {{0x06, {CC}}}, "avc"},
+    {"0x06: ac-4 with hexadecimal digits", {{0x06, {AC4}}}, "ac-4.0a.01.03"},
+    {"0x06: ac-4 too short", {{0x06, {AC4}}}, "ac-4.02.01.0"},
+    {"0x06: ac-4 with more after it", {{0x06, {AC4}}}, "mp4a,ac-4.02.01.031"},
+    {"avc lumora", {{0x1B, {lmra(9, 6), lmra(1, 1)}}}, "avc1,lmav.09.06"},
+    {"avc lumora by lma1", {{0x1B, {lmra(0, 6)}}}, "avc1,lma1.00.06"},
+    {"avc lumora: lmav mismatch, profile and level", {{0x1B, {lmra(9, 6)}}}, "avc1,lmav.08.07"},
+    {"avc lumora: lma1 mismatch, profile 0 without enhancement layer", {{0x1B, {lmra(0, 6, 0)}}}, "avc1,lma1.00.07"},
+    {"avc lumora: profile 4 without enhancement layer", {{0x1B, {lmra(4, 6, 0)}}}, "avc1,lmav.04.06"},
+    {"lumora descriptor rules", {{0x1B, {lmra(0, 6, 1, 2, 0)}}}, nullptr},
+    {"hevc lumora", {{0x24, {lmra(8, 6)}}}, "hvc1,lmhe.08.06"},
+    {"hevc lumora: read like scanf", {{0x24, {lmra(8, 6)}}}, "hev1,lmh1. 8.+6xx"},
+    {"hevc lumora: profile 10 is read as 16", {{0x24, {lmra(10, 6)}}}, "hvc1,lmhe.10.06"},
+    {"hevc lumora: lmhe mismatch", {{0x24, {lmra(8, 6), lmra(8, 7)}}}, "hvc1,lmhe.08.06"},
+    {"hevc lumora: lmh1 without level", {{0x24, {lmra(8, 6)}}}, "hvc1,lmh1.08"},
+    {"hevc lumora: profile 4 without enhancement layer", {{0x24, {lmra(4, 6, 0)}}}, "hvc1,lmh1.04.06"},
+    {"hevc lumora: profile 0 without enhancement layer", {{0x24, {lmra(0, 6, 0)}}}, "hvc1,lmhe.00.06"},
+    {"hevc lumora: no entry", {{0x24, {lmra(8, 6)}}}, "mp4a"},
+    {"hevc lumora: two entries", {{0x24, {lmra(8, 6)}}}, "hvc1,lmhe.08.06,lmhe.08.06"},
+    {"registration", {{0x06, {REGISTRATION, lmra(5, 6, 0)}}}, "lmhe.05.06"},
+    {"registration: compatible entry, two layers", {{0x06, {REGISTRATION, lmra(5, 6)}}}, "lmhe.05.06,avc1"},
+    {"registration: no lumora entry", {{0x06, {REGISTRATION}}}, "mp4a"},
+    {"registration: other identifiers", {{0x06, {registration("LMRB"), registration("LMRAx")}}}, "lmhe.05.06"},
+    {"second layer after the video", {{0x1B, {lmra(9, 6)}}, {0x06, {lmra(9, 6)}}}, "avc1,lmav.09.06"},
+    {"second layer without enhancement layer", {{0x1B, {lmra(9, 6)}}, {0x06, {lmra(9, 6, 0)}}}, "avc1,lmav.09.06"},
+    {"second layer before the video", {{0x06, {lmra(9, 6, 0)}}, {0x1B, {lmra(9, 6)}}}, "avc1,lmav.09.06"},
+    {"video unnamed", {{0x1B}, {0x24}}, "mp4a"},
+    {"compatible lumora entry without a stream", {{0x1B}}, "avc1,lma1.00.06"},
 };
 
 TEST(PmtChecks, Findings) {

@@ -6,10 +6,10 @@
 #include <filesystem>
 #include <string>
 
-#include "bits/recorder.h"
 #include "bits/stream_clock.h"
 #include "support/files.h"
 #include "support/golden.h"
+#include "support/place_recorder.h"
 #include "support/ts_writer.h"
 
 namespace {
@@ -31,6 +31,7 @@ Demuxed demux(const Bytes& bytes, const char* name = "", uint32_t chunk = READER
     result.report = transcript_entry(name, [&] {
         testing::internal::CaptureStderr();
         const int status = ts_process_segment(reader, directory, "s", true, nullptr, &timing);
+        record_segment({});
         std::printf("%s", testing::internal::GetCapturedStderr().c_str());
         result.files = take_files(directory);
         for (const auto& [file, content] : result.files) std::printf("%s: %zu bytes\n", file.c_str(), content.size());
@@ -107,24 +108,22 @@ TEST(TsSegment, EveryCutOfAHeaderGivesTheSameResult) {
     const Bytes unit = pes_packet({.stream_id = 0xC0, .pts = 9000, .dts = 8000, .payload = numbered(300)});
     const auto demux_cut = [&](size_t first, size_t second) {
         TsWriter segment = begin_segment({{0x0F, AUDIO_PID}});
-        size_t at = 0;
+        auto at = unit.begin();
         for (const size_t size : {first, second, size_t{150}, size_t{100}, unit.size() - first - second - 250}) {
-            const auto part = unit.begin() + static_cast<long>(at);
-            const Bytes payload(part, part + static_cast<long>(size));
-            segment.packet({.pid = AUDIO_PID, .payload_unit_start_indicator = at == 0, .payload = payload});
-            at += size;
+            const auto end = at + static_cast<long>(size);
+            segment.packet({AUDIO_PID, at == unit.begin(), Bytes(at, end)});
+            at = end;
         }
         return demux(segment.bytes);
     };
     const Demuxed whole = demux_cut(50, 1);
     EXPECT_EQ(whole.files.at("s_pid_257.adts"), text_of(numbered(300)));
-    for (size_t first = 1; first < 21; ++first) {
+    for (size_t first = 1; first < 21; ++first)
         for (const size_t second : {1, 8}) {
             const Demuxed cut = demux_cut(first, second);
             EXPECT_EQ(cut.report, whole.report) << first << " " << second;
             EXPECT_EQ(cut.files, whole.files) << first << " " << second;
         }
-    }
 }
 
 TEST(TsSegment, EveryPrefixWritesAPrefix) {
@@ -146,11 +145,10 @@ TEST(TsSegment, LostSync) {
     } cases[] = {
         {"first packet bad", {0}},
         {"one bad packet", {3}},
-        {"two bad packets, apart", {3, 5}},
         {"two in a row", {3, 4}},
         {"last packet bad", {10}},
-        {"fragment behind a good one", {}, 1},
-        {"fragment behind a bad one", {9}, 1},
+        {"fragment after a good one", {}, 1},
+        {"fragment after a bad one", {9}, 1},
     };
     std::string transcript;
     for (const auto& c : cases) {
@@ -203,6 +201,7 @@ TEST(TsSegment, WhatAPesPacketLeaves) {
     const std::pair<const char*, PmtSpec::Stream> private_data[] = {
         {"stream_ids of AAC", {0x0F, AUDIO_PID}},
         {"stream_ids of AC-3", {0x81, AUDIO_PID}},
+        {"stream_ids of E-AC-3", {0x87, AUDIO_PID}},
         {"stream_ids of AC-4", {0x06, AUDIO_PID, ts_descriptor(0x7F, {0x15, 0})}},
         {"a stream with marks of audio and video",
          {0x06, AUDIO_PID, ts_descriptor(0x6A, {}) + ts_descriptor(0x38, {})}},
@@ -213,20 +212,13 @@ TEST(TsSegment, WhatAPesPacketLeaves) {
             segment.pes(AUDIO_PID, {.stream_id = stream_id, .payload = numbered(20)});
         transcript += entry(name, segment);
     }
-    TsWriter eac3 = begin_segment({{0x87, AUDIO_PID}});
-    eac3.pes(AUDIO_PID, pes(20));
-    transcript += entry("stream_id of E-AC-3", eac3);
-
     TsWriter outside = audio_segment({});
-    TsPacketSpec packet = {.pid = AUDIO_PID, .payload_unit_start_indicator = true, .payload = numbered(20)};
-    packet.adaptation_field_length = 200;
-    outside.packet(packet);
-    packet.adaptation_field_length = 183;  // an empty payload
-    outside.packet(packet);
+    for (const uint8_t length : Bytes{200, 183})  // the second leaves an empty payload
+        outside.packet({AUDIO_PID, true, numbered(20), length});
     PesSpec header = pes(500);
     header.PES_header_data_length = 255;  // ends in the second packet: nothing of the first is payload
     outside.pes(AUDIO_PID, header);
-    outside.packet({.pid = 0, .payload_unit_start_indicator = true, .payload = Bytes(184, 250)});  // pointer_field
+    outside.packet({0, true, Bytes(184, 250)});  // pointer_field
     transcript += entry("headers that point outside the packet", outside);
 
     TsWriter pauses = audio_segment({pes(175, 300)});
@@ -241,34 +233,29 @@ TEST(TsSegment, ProgramTables) {
     for (uint16_t i = 0; i < 11; ++i) audio.push_back({0x0F, static_cast<uint16_t>(200 + i)});
     std::string transcript = entry("eleven audio streams", begin_segment(audio));
 
-    Bytes descriptors;
-    for (int i = 0; i < 11; ++i) descriptors = descriptors + ts_descriptor(i < 10 ? 0x0A : 0x6A, {});
-    transcript += entry("eleven descriptors", begin_segment({{0x06, 200, descriptors}, {0x0F, 201}}));
-    transcript += entry("program descriptors", begin_segment({{0x0F, AUDIO_PID}}, descriptors));
+    const Bytes descriptors = ts_descriptor(0x0A, {}) + ts_descriptor(0x6A, {});
+    transcript += entry("descriptors of a stream", begin_segment({{0x06, 200, descriptors}, {0x0F, 201}}));
+    transcript += entry("descriptors of the program", begin_segment({{0x0F, AUDIO_PID}}, descriptors));
 
     TsWriter writer;
-    PatPrograms programs = {{0, 99}};  // the network's table is no program's
-    for (uint16_t i = 0; i < 25; ++i)
-        programs.push_back({static_cast<uint16_t>(i + 1), static_cast<uint16_t>(100 + i)});
-    writer.pat(programs);
-    for (uint16_t i = 0; i < 25; ++i)
-        writer.pmt(
-            {.streams = {{0x0F, static_cast<uint16_t>(200 + i)}}, .program_number = 9},  // the PAT's number holds
-            static_cast<uint16_t>(100 + i));
-    transcript += entry("25 programs", writer);
+    writer.pat({{0, 99}, {1, 100}, {2, 101}});                         // the network's table is no program's
+    writer.pmt({.streams = {{0x0F, 200}}, .program_number = 9}, 100);  // the association table's number holds
+    writer.pmt({.streams = {{0x0F, 201}}}, 101);
+    transcript += entry("two programs", writer);
 
     // The PMT's PID becomes an audio PID's once the PAT lists it no more; the program known stays known.
     TsWriter moved = begin_segment({{0x0F, AUDIO_PID}, {0x0F, 0x100}});
     moved.pes(AUDIO_PID, pes(20));
-    moved.pes(0x100, pes(30));  // still a program table
+    moved.packet({0, false, Bytes(184)});  // no section
+    moved.pes(0x100, pes(30));             // still a program table
     moved.pat({{7, 0x300}});
     moved.pes(0x100, pes(40));
     transcript += entry("another program table", moved);
 
-    TsWriter behind_stuffing;
-    behind_stuffing.pat({{1, 0x100}}, 3);
-    behind_stuffing.pmt({.streams = {{0x0F, AUDIO_PID}}}, 0x100, 150);
-    transcript += entry("sections behind a pointer_field", behind_stuffing);
+    TsWriter after_stuffing;
+    after_stuffing.pat({{1, 0x100}}, 3);
+    after_stuffing.pmt({.streams = {{0x0F, AUDIO_PID}}}, 0x100, 150);
+    transcript += entry("sections after a pointer_field", after_stuffing);
 
     // Its second packet is cut as if it began with a pointer_field, here the high byte of a PID: nothing is complete.
     Streams many(40, {0x40, 0x300});
@@ -295,36 +282,6 @@ TEST(TsSegment, ProgramTables) {
     expect_golden("golden/program_tables.txt", transcript);
 }
 
-namespace {
-
-std::string events;
-
-std::string text_of(int64_t value, int64_t none) {
-    return value == none ? "-" : std::to_string(value);
-}
-
-void add_event(const char* id, const Place& place) {
-    events += std::string(id) + ": byte " + text_of(place.offset, NO_OFFSET) + ", PID " +
-              text_of(place.stream, NO_STREAM) + ", time " + text_of(place.time, NO_TIME) + "\n";
-}
-
-const Recorder RECORDER = {
-    .finding = [](const Finding& finding) { add_event(finding.id, finding.place); },
-    .text = [](std::string_view) {},
-    .verdict = [](std::string_view, bool) {},
-    .reason = [](const Reason& reason) { add_event(reason.id, reason.place); },
-    .playlist = [](const PlaylistFacts&, const Place&) {},
-    .segment =
-        [](const SegmentFacts& segment, const Place&) {
-            for (const StreamFacts& s : segment.streams)
-                events += std::to_string(s.id) + " " + s.codec + ": " + text_of(s.first_time, NO_TIME) + " to " +
-                          text_of(s.last_time, NO_TIME) + ", " + std::to_string(s.units) + " units, " +
-                          std::to_string(s.payload_bytes) + " bytes\n";
-        },
-};
-
-}  // namespace
-
 TEST(TsSegment, PlacesOfFindingsAndFactsOfStreams) {
     constexpr uint64_t LAST_PTS = 0x1FFFFFFFF;  // before the clock wraps
     TsWriter segment = begin_segment({{0x87, AUDIO_PID}, {0x1B, VIDEO_PID}, {0x03, 0x103}});
@@ -338,11 +295,9 @@ TEST(TsSegment, PlacesOfFindingsAndFactsOfStreams) {
     const size_t bad = segment.bytes.size() - 188;  // the end of that packet
     segment.bytes[bad] = 0;
     segment.bytes.resize(bad + 288);
-    events.clear();
     reset_stream_clock();
-    set_recorder(&RECORDER);
-    demux(segment.bytes);
-    record_segment({});
+    set_recorder(&PLACE_RECORDER);
+    const std::string report = entry("places and facts", segment);
     set_recorder(nullptr);
-    expect_golden("golden/places.txt", events);
+    expect_golden("golden/places.txt", report);
 }

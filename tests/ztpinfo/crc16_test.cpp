@@ -32,14 +32,16 @@ TEST(Crc16, EveryWrongBitOfAFrameIsFound) {
     for (const char* text : {"I:words=24", "A:fscod=1,frmsizecod=0"}) {
         std::vector<uint16_t> words = to_words(syncframes(text));
         ASSERT_EQ(unpack_frame(words, frame), 0);
-        EXPECT_EQ(frame.crc_status, CRC_NO_ERROR);
+        EXPECT_EQ(frame.crc_status, CrcStatus::NO_ERROR);
         const size_t first_part = is_eac3_bsid(frame.bsid) ? words.size() : words.size() / 2 + words.size() / 8;
         // From the end of the header on, lest the frame becomes one of another kind.
         for (size_t bit = 3 * 16; bit < words.size() * 16; ++bit) {
             const uint16_t mask = static_cast<uint16_t>(0x8000 >> bit % 16);
             words[bit / 16] ^= mask;
             ASSERT_EQ(unpack_frame(words, frame), 0);
-            EXPECT_EQ(frame.crc_status, bit / 16 < first_part ? CRC_FULL_FRAME_ERROR : CRC_PARTIAL_FRAME_ERROR) << bit;
+            EXPECT_EQ(frame.crc_status,
+                      bit / 16 < first_part ? CrcStatus::FULL_FRAME_ERROR : CrcStatus::PARTIAL_FRAME_ERROR)
+                << bit;
             words[bit / 16] ^= mask;
         }
     }

@@ -58,11 +58,13 @@ using Describe = std::function<std::string(const Outcome& outcome)>;
 // The settings of a line "[rules=N options=BITS stop=N]".
 ZtpSettings parse_settings(const std::string& line) {
     ZtpSettings settings;
+    uint16_t rules = 0;
     int stop = 0;
     int contiguous = 0;
-    EXPECT_GE(std::sscanf(line.c_str(), "[rules=%hu options=%hx stop=%d contiguous=%d]", &settings.rule_set,
-                          &settings.options, &stop, &contiguous),
+    EXPECT_GE(std::sscanf(line.c_str(), "[rules=%hu options=%hx stop=%d contiguous=%d]", &rules, &settings.options,
+                          &stop, &contiguous),
               3);
+    settings.rule_set = ZtpRuleSet{rules};
     settings.stop_on_failure = stop != 0;
     settings.contiguous = contiguous != 0;
     return settings;
