@@ -57,6 +57,7 @@ TEST(PesChecks, Eac3DescriptorAgainstThePayload) {
         {"channels 100", channels(4), payload(2)},
         {"channels 100, three channels", channels(4), payload(3)},
         {"channels 101", channels(5), payload(7)},
+        {"channels 101, three channels", channels(5), payload(3)},
         {"channels 101, other service", channels(5, 2), payload(7)},
         {"channels 101, everything wrong", channels(5, 0, 0), payload(2)},
         {"channels 110", channels(6), payload(2)},

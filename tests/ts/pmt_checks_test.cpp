@@ -52,7 +52,7 @@ const std::array<uint32_t, 4> MATCHING = {0x55, 0x11, 0x12, 0x13};
 const std::array<uint32_t, 4> OTHER = {0x56, 0x112, 0x13, 0x12};
 
 const PmtCase CASES[] = {
-    {"audio named", {{0x81}, {0x87, {CC}}, {0x0F}, {0x06, {AC4}}}, "mp4a,ac-3,ec-3,ac-4.02.01.03"},
+    {"audio named", {{0x81}, {0x87, {CC}}, {0x0F}, {0x06, {AC4}}}, "mp4a,ac-3,ec-3,ac-4.09.10.99"},
     {"audio unnamed", {{0x81}, {0x87, {CC}}, {0x06, {OBJECTS}}, {0x11}, {0x06, {AC4}}}, "none"},
     {"audio in a media group", {{0x81}, {0x87, {CC}}, {0x0F}}, "none", {}, true},
     {"no playlist", {{0x81}, {0x87, {CC}}, {0x1B, {lmra(0, 6, 0)}}, {0x06, {DVB, AC4, REGISTRATION}}}, nullptr},
@@ -66,7 +66,7 @@ const PmtCase CASES[] = {
     {"0x06: programs match", {{0x06, {DVB}}}, "ec-3", MATCHING},
     {"0x06: programs differ", {{0x06, {DVB}}}, "ec-3", OTHER},
     {"0x06: programs of 0 are skipped", {{0x06, {DVB}}}, "ec-3", std::array<uint32_t, 4>{}},
-    {"0x06: atsc tag", {{0x06, {CC}}}, "avc"},
+    {"0x06: atsc tag, then a clean descriptor and stream", {{0x06, {CC, DVB}}, {0x0F}}, "mp4a,ec-3"},
     {"0x06: ac-4 with hexadecimal digits", {{0x06, {AC4}}}, "ac-4.0a.01.03"},
     {"0x06: ac-4 too short", {{0x06, {AC4}}}, "ac-4.02.01.0"},
     {"0x06: ac-4 with more after it", {{0x06, {AC4}}}, "mp4a,ac-4.02.01.031"},
@@ -79,6 +79,11 @@ const PmtCase CASES[] = {
     {"hevc lumora", {{0x24, {lmra(8, 6)}}}, "hvc1,lmhe.08.06"},
     {"hevc lumora: read like scanf", {{0x24, {lmra(8, 6)}}}, "hev1,lmh1. 8.+6xx"},
     {"hevc lumora: profile 10 is read as 16", {{0x24, {lmra(10, 6)}}}, "hvc1,lmhe.10.06"},
+    {"hevc lumora: profile 16 and the entry's 10", {{0x24, {lmra(16, 6)}}}, "hvc1,lmhe.10.06"},
+    {"hevc lumora: a clean descriptor after a failing one",
+     {{0x24, {lmra(8, 6, 1, 2), lmra(8, 6)}}},
+     "hvc1,lmhe.08.06"},
+    {"avc lumora: profile 16 and the entry's 10", {{0x1B, {lmra(16, 6)}}}, "avc1,lmav.10.06"},
     {"hevc lumora: lmhe mismatch", {{0x24, {lmra(8, 6), lmra(8, 7)}}}, "hvc1,lmhe.08.06"},
     {"hevc lumora: lmh1 without level", {{0x24, {lmra(8, 6)}}}, "hvc1,lmh1.08"},
     {"hevc lumora: profile 4 without enhancement layer", {{0x24, {lmra(4, 6, 0)}}}, "hvc1,lmh1.04.06"},
