@@ -65,7 +65,8 @@ int validate_rendition(const MasterPlaylist& master, const MediaEntry& entry) {
     using enum ReasonEffect;
     current_place.line = entry.line;
     if (entry.type != "AUDIO") {
-        report_reason(REMARK, "reason-playlist-not-audio", *entry.uri,
+        const bool is_video = entry.type == "VIDEO";
+        report_reason(is_video ? UNVALIDATED : REMARK, "reason-playlist-not-audio", *entry.uri,
                       "a rendition that is not of TYPE=AUDIO: the playlist is not validated");
         return 0;
     }

@@ -139,9 +139,20 @@ int register_video(TsDemuxContext& context, const EsRecord& es, const StreamKind
     return 0;
 }
 
+// What accompanies audio and video, and has no payload that a check could know.
+bool is_metadata(const EsRecord& es) {
+    return es.stream_type == STREAM_TYPE_PRIVATE_SECTIONS || es.stream_type == STREAM_TYPE_PES_METADATA ||
+           es.stream_type == STREAM_TYPE_SPLICE_INFO;
+}
+
 void report_not_followed(TsDemuxContext& context, const EsRecord& es) {
     // The program table comes again and again.
     if (std::exchange(context.routes[es.elementary_PID].reported, true)) return;
+    if (is_metadata(es)) {
+        report_reason(ReasonEffect::REMARK, "reason-ts-metadata", context.psi.path,
+                      "PID %u of stream type 0x%02x: metadata: not validated", es.elementary_PID, es.stream_type);
+        return;
+    }
     report_reason(ReasonEffect::UNVALIDATED, "reason-ts-stream-not-followed", context.psi.path,
                   "PID %u of stream type 0x%02x: nothing names audio or video that is written: not followed",
                   es.elementary_PID, es.stream_type);

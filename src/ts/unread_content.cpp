@@ -16,8 +16,7 @@ void report_losses(const std::string& path, const PesStream& stream, uint32_t ea
     current_place.stream = stream.pid;
     if (early_units > 0)
         report_reason(UNVALIDATED, "reason-ts-early-pes", path,
-                      "PID %u: %" PRIu32 " PES packets before the program tables: not read", stream.pid,
-                      early_units);
+                      "PID %u: %" PRIu32 " PES packets before the program tables: not read", stream.pid, early_units);
     current_place.offset = losses.scrambled_packets.offset;
     if (losses.scrambled_packets.count > 0)
         report_reason(UNVALIDATED, "reason-ts-scrambled", path,
