@@ -30,7 +30,7 @@ TEST(BitReader, OddWidthsAndPlacesPastTheEnd) {
         {"no bits", 4, 0, 0, 4},
         {"over bytes", 4, 12, 0x234, 16},
         {"the last 32 of 40", 0, 40, 0x3456789F, 40},
-        {"zeros behind the end", 36, 8, 0xF0, 44},
+        {"zeros after the end", 36, 8, 0xF0, 44},
         {"saturated, not wrapped to the start", MAX - 3, 32, 0, MAX}};
     for (const auto& [name, begin, width, value, end] : cases) {
         uint32_t position = begin;

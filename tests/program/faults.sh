@@ -267,8 +267,8 @@ size=$(stat -c %s big.ts)
 if truncate -s 5G big.ts; then
     cat "$examples/series/seg_0001.ts" >>big.ts
     printf '#EXTM3U\n#EXTINF:4,\n#EXT-X-BYTERANGE:%s@5368709120\nbig.ts\n' "$size" >big.m3u8
-    run 'a range behind 4 GiB' PASSED 0 '' big.m3u8 -o out
-    [ -s out/big_pid_257.ec3 ] || fail 'no output of a range behind 4 GiB'
+    run 'a range after 4 GiB' PASSED 0 '' big.m3u8 -o out
+    [ -s out/big_pid_257.ec3 ] || fail 'no output of a range after 4 GiB'
 fi
 echo "$cases cases, $failed failed"
 [ "$failed" = 0 ]
