@@ -4,6 +4,8 @@
 #include "ts/ts_segment.h"
 #include "ts_content.h"
 
+using namespace quorlin;
+
 namespace {
 
 void BM_Demultiplex(benchmark::State& state) {

@@ -9,6 +9,8 @@
 
 #include "support/box_writer.h"
 
+using namespace quorlin;
+
 namespace {
 
 constexpr size_t PICTURES_PER_FRAGMENT = 50;

@@ -5,6 +5,8 @@
 #include "bits/output_file.h"
 #include "ts_content.h"
 
+using namespace quorlin;
+
 int main(int argc, char** argv) {
     OutputFile file;
     if (argc != 3 || output_open(file, argv[1], "wb") != 0) {

@@ -5,6 +5,8 @@
 #include "support/syncframe_writer.h"
 #include "support/ts_writer.h"
 
+namespace quorlin {
+
 // Transport stream content with the shape of the real: H.264 pictures at 8 Mbit/s and 25 per second, E-AC-3 5.1 at 384
 // kbit/s with one syncframe (32 ms) a PES packet, program tables in front of every picture.
 struct TsContent {
@@ -54,3 +56,5 @@ struct TsContent {
         }
     }
 };
+
+}  // namespace quorlin

@@ -14,6 +14,8 @@
 #include "ztpinfo/crc16.h"
 #include "ztpinfo/ztpinfo.h"
 
+using namespace quorlin;
+
 namespace {
 
 constexpr size_t STREAM_BYTES = 8 << 20;

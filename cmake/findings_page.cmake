@@ -5,6 +5,8 @@ string(REGEX REPLACE "(................................................)" "\\1\n
 string(REGEX REPLACE "([0-9a-f][0-9a-f])" "0x\\1," bytes "${bytes}")
 file(WRITE ${SOURCE} "#include \"json/findings_page.h\"
 
+namespace quorlin {
+
 namespace {
 
 constexpr unsigned char BYTES[] = {
@@ -14,4 +16,6 @@ ${bytes}
 }  // namespace
 
 const std::string_view FINDINGS_PAGE{reinterpret_cast<const char*>(BYTES), sizeof BYTES};
+
+}  // namespace quorlin
 ")

@@ -4,6 +4,8 @@
 
 #include "ac4/ac4_toc.h"
 
+namespace quorlin {
+
 namespace {
 
 // Touches everything that a successful parse promises; aborts when it lies.
@@ -41,3 +43,5 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if ((whole && !head) || (head && ac4_toc_codec_string(toc).size() != 13)) std::abort();
     return 0;
 }
+
+}  // namespace quorlin

@@ -16,6 +16,8 @@
 #include "driver/run.h"
 #include "json/events.h"
 
+namespace quorlin {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -107,3 +109,5 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (status != 0 && status != -1) std::abort();
     return 0;
 }
+
+}  // namespace quorlin

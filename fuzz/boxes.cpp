@@ -8,6 +8,8 @@
 #include "isobmff/segment_validation.h"
 #include "playlist/byte_range.h"
 
+namespace quorlin {
+
 namespace {
 
 const bool QUIET = std::freopen("/dev/null", "w", stdout) != nullptr;
@@ -44,3 +46,5 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (validate(data, size, 61) != validate(data, size, 4096)) std::abort();
     return 0;
 }
+
+}  // namespace quorlin

@@ -14,6 +14,8 @@
 #include "isobmff/media_context.h"
 #include "isobmff/sample_entry_checks.h"
 
+namespace quorlin {
+
 namespace {
 
 const bool QUIET = std::freopen("/dev/null", "w", stdout) != nullptr;
@@ -65,3 +67,5 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (is_analyzed_audio(track)) status |= check_audio_sample(track, sample, true);
     return status < 0 ? 1 : 0;
 }
+
+}  // namespace quorlin

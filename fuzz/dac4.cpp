@@ -9,6 +9,8 @@
 #include "ac4/ac4_dsi_compare.h"
 #include "ac4/ac4_toc.h"
 
+namespace quorlin {
+
 namespace {
 
 const bool QUIET = std::freopen("/dev/null", "w", stdout) != nullptr;
@@ -32,3 +34,5 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (status != 0 && status != 1) std::abort();
     return 0;
 }
+
+}  // namespace quorlin

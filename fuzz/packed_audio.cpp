@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+namespace quorlin {
+
 namespace {
 
 const bool QUIET = std::freopen("/dev/null", "w", stdout) != nullptr;
@@ -30,3 +32,5 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (validate(data, size, 64, nullptr) > 0) std::abort();
     return 0;
 }
+
+}  // namespace quorlin

@@ -12,6 +12,8 @@
 #include "playlist/playlist_reader.h"
 #include "playlist/ztp_program.h"
 
+namespace quorlin {
+
 namespace {
 
 const bool QUIET = std::freopen("/dev/null", "w", stdout) != nullptr;
@@ -45,3 +47,5 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     close(file);
     return 0;
 }
+
+}  // namespace quorlin

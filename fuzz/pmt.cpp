@@ -4,6 +4,8 @@
 #include "ts/pmt.h"
 #include "ts/pmt_checks.h"
 
+namespace quorlin {
+
 namespace {
 
 const bool QUIET = std::freopen("/dev/null", "w", stdout) != nullptr;
@@ -28,3 +30,5 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         status |= check_pmt_against_playlist(tables.programs[0], &playlist);
     return status == 0 || status == 11 ? 0 : -1;
 }
+
+}  // namespace quorlin

@@ -4,6 +4,8 @@
 
 #include "ts/ts_segment.h"
 
+namespace quorlin {
+
 namespace {
 
 const bool QUIET = std::freopen("/dev/null", "w", stdout) != nullptr;
@@ -28,3 +30,5 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     demultiplex(data, size, &attrs);
     return 0;
 }
+
+}  // namespace quorlin

@@ -10,6 +10,8 @@
 
 #include "ztpinfo/crc16.h"
 
+namespace quorlin {
+
 namespace {
 
 using Buffers = std::vector<std::vector<uint8_t>>;
@@ -78,3 +80,5 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (analyse(buffers, settings) != results) std::abort();
     return 0;
 }
+
+}  // namespace quorlin

@@ -4,6 +4,8 @@
 #include <array>
 #include <cstddef>
 
+namespace quorlin {
+
 namespace {
 
 struct Layout {
@@ -86,3 +88,5 @@ uint32_t ac4_channel_count(uint32_t channel_mask) {
         if (known.mask == (channel_mask & LAYOUT_MASK)) return known.channels;
     return 0;
 }
+
+}  // namespace quorlin

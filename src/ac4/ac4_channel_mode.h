@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+namespace quorlin {
+
 // ETSI TS 103 190-2, channel_mode: a layout by its number.
 enum class Ac4ChannelMode : int8_t {
     NONE = -1,
@@ -89,3 +91,5 @@ uint32_t ac4_channel_mode_mask(Ac4ChannelMode mode);
 
 // Channel count of a layout given by the low 19 bits of its mask; 0 when no mode has that mask.
 uint32_t ac4_channel_count(uint32_t channel_mask);
+
+}  // namespace quorlin

@@ -1,5 +1,7 @@
 #include "ac4/ac4_content_type.h"
 
+namespace quorlin {
+
 void read_ac4_content_type(BitReader& reader, Ac4ContentSource source, ac4_content_type& content) {
     content.b_content_type = read_u8(reader, 1);
     if (content.b_content_type == 0) return;
@@ -14,3 +16,5 @@ void read_ac4_content_type(BitReader& reader, Ac4ContentSource source, ac4_conte
     content.n_language_tag_bytes = read_u8(reader, 6);
     for (uint32_t i = 0; i < content.n_language_tag_bytes; ++i) content.language_tag_bytes[i] = read_u8(reader, 8);
 }
+
+}  // namespace quorlin

@@ -5,6 +5,8 @@
 
 #include "bits/bit_reader.h"
 
+namespace quorlin {
+
 // ETSI TS 103 190-1, content_type, with the flag that announces it.
 struct ac4_content_type {
     uint8_t b_content_type = 0;
@@ -21,3 +23,5 @@ struct ac4_content_type {
 enum class Ac4ContentSource { TOC, DSI };
 
 void read_ac4_content_type(BitReader& reader, Ac4ContentSource source, ac4_content_type& content);
+
+}  // namespace quorlin

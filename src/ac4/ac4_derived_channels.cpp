@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace quorlin {
+
 namespace {
 
 // The 7.X modes of an immersive stereo presentation stand for a stereo pair that is rendered for headphones.
@@ -87,3 +89,5 @@ void ac4_derive_presentation(ac4_presentation_v1_info& presentation, std::span<c
     const bool no_core = adaptive || core == presentation.presentation_ch_mode;
     presentation.pres_ch_mode_core = no_core ? Ac4ChannelMode::NONE : core;
 }
+
+}  // namespace quorlin

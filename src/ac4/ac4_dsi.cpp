@@ -6,6 +6,8 @@
 
 #include "ac4/ac4_reader.h"
 
+namespace quorlin {
+
 // The counts of the payload are at most 9 bits wide and bits after its end are zero, so every loop here is short; the
 // loops run to their counts although the payload has ended, so that the size finding names the size that was claimed.
 
@@ -270,3 +272,5 @@ std::string ac4_dsi_codec_string(const Ac4Dsi& dsi) {
                   mdcompat);
     return text;
 }
+
+}  // namespace quorlin

@@ -11,6 +11,8 @@
 #include "ac4/ac4_content_type.h"
 #include "ac4/ac4_toc_records.h"
 
+namespace quorlin {
+
 // The AC-4 decoder-specific information (payload of the dac4 box), ETSI TS 103 190-2, annex E: records and reader. A
 // field that the syntax leaves out is 0.
 
@@ -152,3 +154,5 @@ std::string ac4_dsi_codec_string(const Ac4Dsi& dsi);
 
 // Channels of the first presentation by its channel mask; 0 when it has none or the mask is not a known layout.
 uint32_t ac4_dsi_channel_count(const Ac4Dsi& dsi);
+
+}  // namespace quorlin

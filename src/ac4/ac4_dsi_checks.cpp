@@ -6,6 +6,8 @@
 
 #include "bits/finding.h"
 
+namespace quorlin {
+
 namespace {
 
 constexpr std::array<uint32_t, 2> SAMPLE_RATES = {44100, 48000};  // by fs_index
@@ -86,3 +88,5 @@ int parse_dac4(std::span<const uint8_t> payload, uint32_t media_timescale, uint3
     if (dsi.stop == Ac4DsiStop::COMPLETE) check_sample_entry(dsi, sample_size, sample_rate, channel_count);
     return 0;
 }
+
+}  // namespace quorlin

@@ -8,6 +8,8 @@
 #include "ac4/ac4_dsi_compare_v1.h"
 #include "bits/finding.h"
 
+namespace quorlin {
+
 namespace {
 
 // Equal in everything but the flag that tells the two entries of an immersive stereo presentation apart.
@@ -119,3 +121,5 @@ int compare_dsi_with_toc(const Ac4Dsi& dsi, const ac4_toc& toc) {
         status |= compare_version_0_entry(unread, i, toc, toc_indices[i]);
     return status;
 }
+
+}  // namespace quorlin

@@ -6,6 +6,8 @@
 
 #include "ac4/ac4_dsi_fields.h"
 
+namespace quorlin {
+
 namespace {
 
 // The number of bytes has no finding of its own here: a tag of another length is another tag.
@@ -87,3 +89,5 @@ int compare_presentation_v0(size_t index, const ac4_presentation_v0_dsi& dsi, co
         status |= compare_substream(place_name("substream", i, place), dsi.substreams[i], presentation.substreams[i]);
     return status;
 }
+
+}  // namespace quorlin

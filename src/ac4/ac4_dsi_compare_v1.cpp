@@ -8,6 +8,8 @@
 #include "ac4/ac4_dsi_fields.h"
 #include "bits/finding.h"
 
+namespace quorlin {
+
 namespace {
 
 // The fields before the channel layout.
@@ -223,3 +225,5 @@ int compare_presentation_v1(size_t index, const Ac4DsiPresentation& entry, const
     status |= compare_groups(place, entry, presentation, toc);
     return status;
 }
+
+}  // namespace quorlin

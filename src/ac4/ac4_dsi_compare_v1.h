@@ -5,7 +5,11 @@
 #include "ac4/ac4_dsi.h"
 #include "ac4/ac4_toc_records.h"
 
+namespace quorlin {
+
 // Compares a version-1 or version-2 entry with its counterpart, in the order of the fields. `index` is the entry's, for
 // the findings. The entry has a body. Returns 1 when it printed anything, else 0.
 [[nodiscard]] int compare_presentation_v1(size_t index, const Ac4DsiPresentation& entry,
                                           const ac4_presentation_v1_info& presentation, const ac4_toc& toc);
+
+}  // namespace quorlin

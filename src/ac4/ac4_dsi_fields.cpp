@@ -4,6 +4,8 @@
 
 #include "bits/finding.h"
 
+namespace quorlin {
+
 int compare_fields(const std::string& place, std::span<const Ac4FieldRow> rows) {
     int status = 0;
     for (const Ac4FieldRow& row : rows) {
@@ -58,3 +60,5 @@ int64_t dsi_frame_rate_code(uint8_t factor) {
 int64_t dsi_sf_multiplier(uint8_t b_sf_multiplier, uint8_t sf_multiplier) {
     return b_sf_multiplier != 0 ? sf_multiplier + 1 : 0;
 }
+
+}  // namespace quorlin

@@ -8,6 +8,8 @@
 #include "ac4/ac4_content_type.h"
 #include "ac4/ac4_toc_records.h"
 
+namespace quorlin {
+
 // What the comparison of decoder-specific information with a table of contents is made of.
 
 // One test: the finding's id, the field as the finding names it, both values, whether both sides carry the field (a
@@ -55,3 +57,5 @@ int64_t dsi_frame_rate_code(uint8_t factor);
 
 // dsi_sf_multiplier: base, double and quadruple rate as 0, 1, 2.
 int64_t dsi_sf_multiplier(uint8_t b_sf_multiplier, uint8_t sf_multiplier);
+
+}  // namespace quorlin

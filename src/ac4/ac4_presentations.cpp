@@ -6,6 +6,8 @@
 
 #include "ac4/ac4_substreams.h"
 
+namespace quorlin {
+
 namespace {
 
 constexpr uint32_t MAX_NESTED_PRESENTATIONS = 64;
@@ -235,3 +237,5 @@ void parse_presentation_v1_info(Ac4TocParser& parser, ac4_presentation_v1_info& 
     presentation.first_emdf_substream = static_cast<uint32_t>(parser.toc.emdf_substreams.size());
     if (presentation.b_add_emdf_substreams != 0) presentation.n_add_emdf_substreams = parse_emdf_substreams(parser);
 }
+
+}  // namespace quorlin

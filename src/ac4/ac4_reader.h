@@ -4,6 +4,8 @@
 
 #include "bits/bit_reader.h"
 
+namespace quorlin {
+
 // What the AC-4 syntax reads beside plain fields.
 
 inline uint32_t read_variable_bits(BitReader& reader, uint32_t n) {
@@ -20,3 +22,5 @@ inline uint32_t read_escaped(BitReader& reader, uint32_t width, uint32_t n) {
 inline void align(BitReader& reader, uint32_t start) {
     skip_bits(reader, (8 - (reader.position - start) % 8) % 8);
 }
+
+}  // namespace quorlin

@@ -6,6 +6,8 @@
 
 #include "ac4/ac4_derived_channels.h"
 
+namespace quorlin {
+
 namespace {
 
 // ETSI TS 103 190-2, the codes of channel_mode. Version-0 presentations end at the seven-bit codes.
@@ -245,3 +247,5 @@ void parse_substream_group_info(Ac4TocParser& parser, ac4_substream_group_info& 
     if (stopped(parser)) return;
     ac4_derive_group(group, std::span(substreams).subspan(group.first_substream, group.n_lf_substreams));
 }
+
+}  // namespace quorlin

@@ -9,6 +9,8 @@
 #include "ac4/ac4_presentations.h"
 #include "ac4/ac4_substreams.h"
 
+namespace quorlin {
+
 namespace {
 
 // The bit position counts to 32 bits; no frame is as long (its size has at most 24 bits).
@@ -147,3 +149,5 @@ std::string ac4_toc_codec_string(const ac4_toc& toc) {
                   unsigned{ac4_toc_mdcompat(toc)});
     return text;
 }
+
+}  // namespace quorlin

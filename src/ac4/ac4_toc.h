@@ -6,6 +6,8 @@
 
 #include "ac4/ac4_toc_records.h"
 
+namespace quorlin {
+
 // Parses the table of contents at bit `position` of the raw frame `buffer` (the frame without sync word, frame size and
 // CRC) into `toc` and moves `position` past it, aligned to a whole byte counted from its first bit. What `toc` held
 // before is replaced; its arrays keep their memory, so that the frames of one stream are parsed without allocation.
@@ -26,3 +28,5 @@ uint8_t ac4_toc_mdcompat(const ac4_toc& toc);
 // presentation version (0 when bitstream_version is 0 or 1) and mdcompat of the first presentation, two hex digits
 // each.
 std::string ac4_toc_codec_string(const ac4_toc& toc);
+
+}  // namespace quorlin

@@ -6,6 +6,8 @@
 #include "ac4/ac4_reader.h"
 #include "ac4/ac4_toc_records.h"
 
+namespace quorlin {
+
 // One table of contents being parsed. Every loop with a count from the input ends when `stopped`.
 struct Ac4TocParser {
     BitReader reader;
@@ -24,3 +26,5 @@ inline bool stopped(const Ac4TocParser& parser) {
 inline void check_count(Ac4TocParser& parser, uint32_t count) {
     if (count > AC4_MAX_ELEMENTS) parser.too_many = true;
 }
+
+}  // namespace quorlin

@@ -8,6 +8,8 @@
 #include "ac4/ac4_channel_mode.h"
 #include "ac4/ac4_content_type.h"
 
+namespace quorlin {
+
 // The table of contents of an AC-4 raw frame, ETSI TS 103 190-1 and TS 103 190-2, in the standard's field names. A
 // field that the syntax leaves out is 0.
 
@@ -192,3 +194,5 @@ std::span<const ac4_emdf_info> ac4_emdf_substreams(const ac4_toc& toc, const Pre
     return std::span(toc.emdf_substreams)
         .subspan(presentation.first_emdf_substream, presentation.n_add_emdf_substreams);
 }
+
+}  // namespace quorlin

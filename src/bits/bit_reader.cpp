@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <limits>
 
+namespace quorlin {
+
 namespace {
 
 void advance(uint32_t& position, uint64_t n) {
@@ -50,3 +52,5 @@ void skip_bits(BitReader& reader, uint64_t n) {
 bool bits_overrun(uint32_t position, std::span<const uint8_t> bytes) {
     return position > uint64_t{bytes.size()} * 8;
 }
+
+}  // namespace quorlin

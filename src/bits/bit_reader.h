@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <span>
 
+namespace quorlin {
+
 // Reads `n` bits most significant bit first at `position` (in bits from the start of `bytes`) and advances the position
 // by `n`. A width above 32 returns the last 32 bits read: callers skip runs of bytes that way. Bits past the end are
 // zero and the position still advances (it saturates), so it is itself the sticky error: see bits_overrun.
@@ -45,3 +47,5 @@ void skip_bits(BitReader& reader, uint64_t n);
 inline bool overrun(const BitReader& reader) {
     return bits_overrun(reader.position, reader.bytes);
 }
+
+}  // namespace quorlin

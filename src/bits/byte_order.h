@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <span>
 
+namespace quorlin {
+
 // Big-endian value of `count` bytes (up to 8) at `offset`; bytes that are not there read as zero.
 inline uint64_t load_be(std::span<const uint8_t> bytes, size_t offset, size_t count) {
     uint64_t value = 0;
@@ -29,3 +31,5 @@ inline uint32_t load_be32(std::span<const uint8_t> bytes, size_t offset) {
 inline uint64_t load_be64(std::span<const uint8_t> bytes, size_t offset) {
     return load_be(bytes, offset, 8);
 }
+
+}  // namespace quorlin

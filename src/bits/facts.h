@@ -7,6 +7,8 @@
 
 #include "bits/place.h"
 
+namespace quorlin {
+
 // What the readers know of the content besides findings, for a recorder: nothing is parsed for it. Times are 90 kHz
 // ticks as in Place.
 
@@ -68,3 +70,5 @@ void record_stream(const StreamFacts& stream);
 void record_segment(SegmentFacts segment);
 
 void record_playlist(const PlaylistFacts& playlist);
+
+}  // namespace quorlin

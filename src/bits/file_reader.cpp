@@ -12,6 +12,8 @@
 
 #include "bits/finding.h"
 
+namespace quorlin {
+
 namespace {
 
 // No open fails with this one: it stands for what the system has no error for.
@@ -233,3 +235,5 @@ uint64_t reader_file_size(const FileReader& reader) {
     fseeko(file, place, SEEK_SET);
     return size > 0 ? static_cast<uint64_t>(size) : 0;
 }
+
+}  // namespace quorlin

@@ -8,6 +8,8 @@
 #include "bits/file.h"
 #include "bits/page_buffer.h"
 
+namespace quorlin {
+
 constexpr uint32_t READER_CHUNK_SIZE = 0x100000;
 
 // A file read through one buffer, confined to a byte range when `limited`. The owner opens `file`, sets the range and
@@ -75,3 +77,5 @@ void reader_close(FileReader& reader);
 
 // Size of the file in bytes (of the block in memory mode).
 uint64_t reader_file_size(const FileReader& reader);
+
+}  // namespace quorlin

@@ -5,6 +5,8 @@
 
 #include "bits/recorder.h"
 
+namespace quorlin {
+
 namespace {
 
 bool verdict_untouched = false;
@@ -58,3 +60,5 @@ VerdictUntouched::VerdictUntouched() : saved(verdict_untouched) {
 VerdictUntouched::~VerdictUntouched() {
     verdict_untouched = saved;
 }
+
+}  // namespace quorlin

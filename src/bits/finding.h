@@ -1,5 +1,7 @@
 #pragma once
 
+namespace quorlin {
+
 // What the programs print on standard output beside listings. The whole text stands at the site of the check; its id is
 // a promise: the anchor of its explanation in docs/findings.md and what users filter by. While a recorder is set (see
 // recorder.h), the texts go there, with the current place, and not to standard output.
@@ -26,3 +28,5 @@ struct VerdictUntouched {
  private:
     bool saved;
 };
+
+}  // namespace quorlin

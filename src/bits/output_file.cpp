@@ -7,6 +7,8 @@
 #include "bits/place.h"
 #include "bits/report.h"
 
+namespace quorlin {
+
 namespace {
 
 // Large writes from aligned memory cost the kernel about half of what the size of a PES packet or a sample costs.
@@ -82,3 +84,5 @@ int elementary_stream_close(OutputFile& output) {
     const bool failed_before = output.failed;
     return report_failed_write(output, failed_before, output_close(output));
 }
+
+}  // namespace quorlin

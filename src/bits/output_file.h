@@ -7,6 +7,8 @@
 #include "bits/file.h"
 #include "bits/page_buffer.h"
 
+namespace quorlin {
+
 // An elementary-stream file being written. After the first failed write nothing more is written to it.
 struct OutputFile {
     PageBuffer buffer;  // of the stream: outlives it
@@ -40,3 +42,5 @@ std::string output_path(const std::string& directory, const std::string& stem, c
 // failure.
 [[nodiscard]] int elementary_stream_write(OutputFile& output, std::span<const uint8_t> bytes);
 [[nodiscard]] int elementary_stream_close(OutputFile& output);
+
+}  // namespace quorlin

@@ -6,6 +6,8 @@
 #include <new>
 #include <span>
 
+namespace quorlin {
+
 constexpr size_t PAGE_ALIGNMENT = 4096;
 
 struct PageDeleter {
@@ -30,3 +32,5 @@ inline void page_buffer_allocate(PageBuffer& buffer, size_t size) {
 inline std::span<uint8_t> page_buffer_bytes(const PageBuffer& buffer) {
     return {buffer.bytes.get(), buffer.size};
 }
+
+}  // namespace quorlin

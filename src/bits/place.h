@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+namespace quorlin {
+
 constexpr int64_t NO_OFFSET = -1;
 constexpr int32_t NO_STREAM = -1;
 constexpr int64_t NO_TIME = INT64_MIN;
@@ -32,3 +34,5 @@ struct PlaceScope {
     PlaceScope& operator=(const PlaceScope&) = delete;
     ~PlaceScope() { current_place = saved; }
 };
+
+}  // namespace quorlin

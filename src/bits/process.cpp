@@ -8,6 +8,8 @@
 #include <exception>
 #include <new>
 
+namespace quorlin {
+
 namespace {
 
 // The end without memory takes no arguments.
@@ -56,3 +58,5 @@ int run_process(const char* name, int (*run)(int argc, char** argv), int argc, c
     }
     return exit_code;
 }
+
+}  // namespace quorlin

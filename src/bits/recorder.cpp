@@ -4,6 +4,8 @@
 #include <string>
 #include <utility>
 
+namespace quorlin {
+
 namespace {
 
 const Recorder* recorder = nullptr;
@@ -47,3 +49,5 @@ void record_segment(SegmentFacts segment) {
 void record_playlist(const PlaylistFacts& playlist) {
     if (recorder != nullptr) recorder->playlist(playlist, current_place);
 }
+
+}  // namespace quorlin

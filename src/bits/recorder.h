@@ -6,6 +6,8 @@
 #include "bits/facts.h"
 #include "bits/place.h"
 
+namespace quorlin {
+
 struct Finding {
     const char* id;
     std::string_view text;  // as on standard output, line ends included
@@ -40,3 +42,5 @@ const Recorder* current_recorder();
 
 // Formats into a buffer that the next call reuses.
 __attribute__((format(printf, 1, 0))) std::string_view format_text(const char* format, va_list args);
+
+}  // namespace quorlin

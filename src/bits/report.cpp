@@ -5,6 +5,8 @@
 
 #include "bits/recorder.h"
 
+namespace quorlin {
+
 namespace {
 
 void record_reason(ReasonEffect effect, const char* id, std::string_view file, std::string_view reason) {
@@ -35,3 +37,5 @@ void report_reason(ReasonEffect effect, const char* id, const std::string& path,
 void record_analyzer_message(ReasonEffect effect, const char* id, const char* message) {
     record_reason(effect, id, current_place.segment != nullptr ? current_place.segment : "", message);
 }
+
+}  // namespace quorlin

@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace quorlin {
+
 // What a reason on standard error means for the run.
 enum class ReasonEffect {
     REMARK,             // nothing: it helps to understand the rest
@@ -18,3 +20,5 @@ __attribute__((format(printf, 4, 5))) void report_reason(ReasonEffect effect, co
 
 // Gives a block of the analyzer on standard error, which has a form of its own, to the recorder, if there is one.
 void record_analyzer_message(ReasonEffect effect, const char* id, const char* message);
+
+}  // namespace quorlin

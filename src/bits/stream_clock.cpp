@@ -2,6 +2,8 @@
 
 #include "bits/place.h"
 
+namespace quorlin {
+
 namespace {
 
 int64_t last_unrolled = NO_TIME;
@@ -19,3 +21,5 @@ int64_t unroll_90khz(int64_t timestamp) {
 void reset_stream_clock() {
     last_unrolled = NO_TIME;
 }
+
+}  // namespace quorlin

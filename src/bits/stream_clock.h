@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+namespace quorlin {
+
 // ISO/IEC 13818-1, 2.4.3.6: time stamps have 33 bits and wrap after 26.5 hours. Counted on over the wraps here, for the
 // places and facts of one playlist or series; the checks compare what the stream carries.
 
@@ -12,3 +14,5 @@ int64_t unroll_90khz(int64_t timestamp);
 
 // Forgets what came before: at the start of a playlist or series, and at a discontinuity.
 void reset_stream_clock();
+
+}  // namespace quorlin

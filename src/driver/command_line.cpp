@@ -6,6 +6,8 @@
 #include "bits/finding.h"
 #include "driver/help.h"
 
+namespace quorlin {
+
 namespace {
 
 bool is_digit(char c) {
@@ -95,3 +97,5 @@ bool is_segment_template(const char* path) {
         if (std::strstr(cursor, "%d") != nullptr) return true;
     }
 }
+
+}  // namespace quorlin

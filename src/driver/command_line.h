@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+namespace quorlin {
+
 // By the last extension of the input path.
 enum class InputKind : int32_t {
     UNDECIDED = -1,
@@ -25,3 +27,5 @@ struct CommandLineOptions {
 // True when the path counts as a file-name template. The test is loose: it takes some names without an index
 // conversion.
 bool is_segment_template(const char* path);
+
+}  // namespace quorlin

@@ -2,6 +2,8 @@
 
 #include "bits/finding.h"
 
+namespace quorlin {
+
 namespace {
 
 constexpr char HELP_TEXT[] =
@@ -56,3 +58,5 @@ int print_help() {
     announce("%s", HELP_TEXT);
     return 0;
 }
+
+}  // namespace quorlin

@@ -17,6 +17,8 @@
 #include "playlist/playlist_reader.h"
 #include "playlist/ztp_program.h"
 
+namespace quorlin {
+
 namespace {
 
 // A master playlist and its groups, looked up by name.
@@ -168,3 +170,5 @@ int validate_master_playlist(const std::string& path, Playlist& playlist,
         if (variant.selected) error_flag |= validate_variant(master, variant);
     return error_flag;
 }
+
+}  // namespace quorlin

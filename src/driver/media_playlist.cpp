@@ -18,6 +18,8 @@
 #include "playlist/playlist_reader.h"
 #include "ts/ts_segment.h"
 
+namespace quorlin {
+
 namespace {
 
 // Of an entry that is not handed to the validation of its container.
@@ -214,3 +216,5 @@ int validate_read_playlist(const MediaPlaylistJob& job, const Playlist& playlist
     announce_playlist(job.path);
     return validate_contents(job, playlist);
 }
+
+}  // namespace quorlin

@@ -7,6 +7,8 @@
 #include "playlist/playlist.h"
 #include "playlist/playlist_attributes.h"
 
+namespace quorlin {
+
 // A media playlist to be validated.
 struct MediaPlaylistJob {
     const std::string& path;
@@ -22,3 +24,5 @@ struct MediaPlaylistJob {
 
 // The same for a playlist that has been read already.
 [[nodiscard]] int validate_read_playlist(const MediaPlaylistJob& job, const Playlist& playlist);
+
+}  // namespace quorlin

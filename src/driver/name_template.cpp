@@ -4,6 +4,8 @@
 #include <cstring>
 #include <optional>
 
+namespace quorlin {
+
 namespace {
 
 constexpr uint32_t MAX_FIELD_WIDTH = 4096;
@@ -111,3 +113,5 @@ TemplateKind expand_template(const char* text, int32_t index, std::string& name)
     }
     return numbered ? TemplateKind::NUMBERED : TemplateKind::FIXED;
 }
+
+}  // namespace quorlin

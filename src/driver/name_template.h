@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <string>
 
+namespace quorlin {
+
 enum class TemplateKind {
     NUMBERED,  // one integer conversion: a name per index
     FIXED,     // no conversion: the same name for every index
@@ -13,3 +15,5 @@ enum class TemplateKind {
 //     %[-+ 0#]*[width][.precision](d|i|u|o|x|X)
 // "%%" gives "%", every other "%" stands for itself. The text is never a printf format.
 TemplateKind expand_template(const char* text, int32_t index, std::string& name);
+
+}  // namespace quorlin

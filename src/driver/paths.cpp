@@ -4,6 +4,8 @@
 
 #include <string_view>
 
+namespace quorlin {
+
 namespace {
 
 // Creates a directory that is not there; `status` becomes the outcome of the attempt.
@@ -45,3 +47,5 @@ int create_output_dir(const std::string& path) {
 bool is_http_address(const std::string& address) {
     return std::string_view(address).starts_with("http://");
 }
+
+}  // namespace quorlin

@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace quorlin {
+
 // File name of `path` without directory and extension, for naming output files. Returns 0, or -1 when it has no '.'.
 [[nodiscard]] int file_stem(const std::string& path, std::string& out);
 
@@ -9,3 +11,5 @@
 [[nodiscard]] int create_output_dir(const std::string& path);
 
 bool is_http_address(const std::string& address);
+
+}  // namespace quorlin

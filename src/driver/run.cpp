@@ -22,6 +22,8 @@
 #include "playlist/playlist_reader.h"
 #include "ts/ts_segment.h"
 
+namespace quorlin {
+
 namespace {
 
 int refuse_input(const std::string& path) {
@@ -175,3 +177,5 @@ int run(int argc, const char* const* argv) {
     if (options.input_path == nullptr) return 0;
     return run_input(options);
 }
+
+}  // namespace quorlin

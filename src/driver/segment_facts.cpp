@@ -5,6 +5,8 @@
 
 #include "bits/recorder.h"
 
+namespace quorlin {
+
 namespace {
 
 const char* text_or_null(const Text& text) {
@@ -89,3 +91,5 @@ void record_file_facts(const FileReader& reader) {
     facts.bytes_read = std::max(bytes_to_read(reader, {}), reader.position);
     record_segment(std::move(facts));
 }
+
+}  // namespace quorlin

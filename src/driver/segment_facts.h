@@ -5,6 +5,8 @@
 #include "playlist/byte_range.h"
 #include "playlist/playlist.h"
 
+namespace quorlin {
+
 // Gives what is known of a playlist to the recorder: `facts` holds what a master playlist says of it.
 void record_playlist_facts(const std::string& path, PlaylistFacts facts, const Playlist& playlist);
 
@@ -15,3 +17,5 @@ void record_segment_facts(const SegmentSource& source, const SegmentEntry& entry
 
 // The same for a transport stream that no playlist names.
 void record_file_facts(const FileReader& reader);
+
+}  // namespace quorlin

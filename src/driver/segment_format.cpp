@@ -5,6 +5,8 @@
 
 #include "bits/report.h"
 
+namespace quorlin {
+
 namespace {
 
 using namespace std::string_view_literals;
@@ -105,3 +107,5 @@ void report_unknown_format(std::span<const uint8_t> start, const std::string& pa
         report_reason(FAILS_UNVALIDATED, "reason-segment-container", path,
                       "the segment's container is not recognised from its first 8 bytes");
 }
+
+}  // namespace quorlin

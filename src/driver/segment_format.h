@@ -4,6 +4,8 @@
 #include <span>
 #include <string>
 
+namespace quorlin {
+
 enum class SegmentFormat {
     UNKNOWN,
     PLAYLIST,
@@ -22,3 +24,5 @@ SegmentFormat detect_segment_format(std::span<const uint8_t> start);
 // Says why the container of the segment `path` is not recognised: what it looks like, or that it is encrypted by the
 // METHOD of the EXT-X-KEY before it ("NONE" if there is none).
 void report_unknown_format(std::span<const uint8_t> start, const std::string& path, const std::string& key_method);
+
+}  // namespace quorlin

@@ -9,6 +9,8 @@
 #include "driver/paths.h"
 #include "playlist/address_hints.h"
 
+namespace quorlin {
+
 namespace {
 
 // A missing segment does not touch the verdict.
@@ -93,3 +95,5 @@ int open_segment(SegmentSource& source, const Playlist& playlist, const SegmentE
     source.format = look_at_start(reader, entry.byte_range.has_value(), key_method);
     return SEGMENT_READABLE;
 }
+
+}  // namespace quorlin

@@ -6,6 +6,8 @@
 #include "driver/segment_format.h"
 #include "playlist/playlist.h"
 
+namespace quorlin {
+
 // The file that the segments of a playlist are read from: consecutive byte ranges share it.
 struct SegmentSource {
     FileReader reader;
@@ -27,3 +29,5 @@ constexpr int SEGMENT_NOT_OPENED = 3;
 // result after "ERROR: Invalid segment path: ..." and a reason.
 [[nodiscard]] int open_segment(SegmentSource& source, const Playlist& playlist, const SegmentEntry& entry,
                                const char* address);
+
+}  // namespace quorlin

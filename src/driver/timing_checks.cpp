@@ -7,6 +7,8 @@
 #include "bits/stream_clock.h"
 #include "ts/program.h"
 
+namespace quorlin {
+
 namespace {
 
 // Differences wrap instead of overflowing: the times come from the input.
@@ -61,3 +63,5 @@ int check_segment_timing(const TsSegmentTiming& current, const TsSegmentTiming& 
     }
     return status;
 }
+
+}  // namespace quorlin

@@ -2,6 +2,8 @@
 
 #include "ts/ts_segment.h"
 
+namespace quorlin {
+
 // The two callers word the findings slightly differently.
 enum class TimingCaller { TEMPLATE, PLAYLIST };
 
@@ -9,3 +11,5 @@ enum class TimingCaller { TEMPLATE, PLAYLIST };
 // Returns 0, or -1 when a finding was printed.
 [[nodiscard]] int check_segment_timing(const TsSegmentTiming& current, const TsSegmentTiming& previous,
                                        TimingCaller caller);
+
+}  // namespace quorlin

@@ -11,6 +11,8 @@
 #include "isobmff/segment_status.h"
 #include "ztpinfo/ztpinfo.h"
 
+namespace quorlin {
+
 namespace {
 
 int compare_substream_counts(const Ec3Configuration& ec3, const ZtpStreamSummary& summary, uint32_t common) {
@@ -202,3 +204,5 @@ int check_audio_sample(TrackRecord& track, std::span<const uint8_t> sample, bool
     if (track.codec_kind == CodecKind::AC4) return first ? check_first_ac4_sample(track, sample) : 0;
     return check_ec3_sample(track, sample, first);
 }
+
+}  // namespace quorlin

@@ -5,9 +5,13 @@
 
 #include "isobmff/track_record.h"
 
+namespace quorlin {
+
 // Whether the samples of the track are analysed.
 bool is_analyzed_audio(const TrackRecord& track);
 
 // Hands a sample to the analyzer of its format; `first` marks the track's first sample of the segment, which is
 // compared with the sample description. Returns 0, or SEGMENT_FINDING.
 [[nodiscard]] int check_audio_sample(TrackRecord& track, std::span<const uint8_t> sample, bool first);
+
+}  // namespace quorlin

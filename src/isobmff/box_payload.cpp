@@ -4,6 +4,8 @@
 
 #include "isobmff/box_report.h"
 
+namespace quorlin {
+
 namespace {
 
 // Of each byte of table entries that is read on after a payload: in memory an entry takes more than in the file.
@@ -48,3 +50,5 @@ int read_payload(const ReadLimits& limits, FileReader& reader, const Box& box, s
     read_payload_start(reader, box.payload_size, payload);
     return 0;
 }
+
+}  // namespace quorlin

@@ -8,6 +8,8 @@
 #include "isobmff/box_walk.h"
 #include "isobmff/read_limits.h"
 
+namespace quorlin {
+
 // Reading the payload of a box.
 
 // Reads the fields that a box begins with into `bytes`. Those of a payload that is too short for them are taken from
@@ -35,3 +37,5 @@ struct EntryTable {
 // Copies a whole payload; 0, or SEGMENT_REFUSED when it runs past the file.
 [[nodiscard]] int read_payload(const ReadLimits& limits, FileReader& reader, const Box& box,
                                std::vector<uint8_t>& payload);
+
+}  // namespace quorlin

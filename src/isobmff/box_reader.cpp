@@ -7,6 +7,8 @@
 #include "isobmff/box_report.h"
 #include "isobmff/media_context.h"
 
+namespace quorlin {
+
 namespace {
 
 constexpr uint32_t SIZE_TO_THE_END = 0;
@@ -104,3 +106,5 @@ Box children_after(const Box& container, size_t size) {
     rest.payload_size -= static_cast<int64_t>(size);
     return rest;
 }
+
+}  // namespace quorlin

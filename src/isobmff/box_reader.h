@@ -5,6 +5,8 @@
 #include "bits/file_reader.h"
 #include "isobmff/box_walk.h"
 
+namespace quorlin {
+
 // The walk over the boxes of ISO/IEC 14496-12, 4.2. No tree is kept: each box is handled as it is met.
 
 // Walks the payload of a container, from the reader's position, with the context's table of boxes. Returns 0,
@@ -13,3 +15,5 @@
 
 // The part of a container that holds its children, after fields of `size` bytes that are read.
 Box children_after(const Box& container, size_t size);
+
+}  // namespace quorlin

@@ -9,6 +9,8 @@
 #include "isobmff/fourcc.h"
 #include "isobmff/segment_status.h"
 
+namespace quorlin {
+
 namespace {
 
 // In quotes, or as a number when it cannot be printed.
@@ -42,3 +44,5 @@ int end_work_at_box(const FileReader& reader, const Box& box, const char* id, co
     report_box(ReasonEffect::FAILS_UNVALIDATED, reader, box, id, rule);
     return SEGMENT_FINDING;
 }
+
+}  // namespace quorlin

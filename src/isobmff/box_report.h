@@ -3,6 +3,8 @@
 #include "bits/file_reader.h"
 #include "isobmff/box_walk.h"
 
+namespace quorlin {
+
 // Which box breaks which rule, on standard error. `rule` is a plain text.
 
 // Where the walk goes on and leaves something out.
@@ -13,3 +15,5 @@ void note_box(const FileReader& reader, const Box& box, const char* id, const ch
 
 // Where the limit of work ends it: returns SEGMENT_FINDING.
 [[nodiscard]] int end_work_at_box(const FileReader& reader, const Box& box, const char* id, const char* rule);
+
+}  // namespace quorlin

@@ -9,6 +9,8 @@
 #include "isobmff/sample_table_boxes.h"
 #include "isobmff/track_boxes.h"
 
+namespace quorlin {
+
 namespace {
 
 constexpr BoxHandler SKIP = nullptr;
@@ -87,3 +89,5 @@ constexpr BoxType BOX_TABLE[] = {
 std::span<const BoxType> box_table() {
     return BOX_TABLE;
 }
+
+}  // namespace quorlin

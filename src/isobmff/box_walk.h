@@ -5,6 +5,8 @@
 
 #include "bits/file_reader.h"
 
+namespace quorlin {
+
 struct MediaContext;
 struct TrackRecord;
 
@@ -49,3 +51,5 @@ struct BoxWalk {
     uint32_t fragment_sequence_number = 0;
     bool unknown_track_reported = false;
 };
+
+}  // namespace quorlin

@@ -4,6 +4,8 @@
 
 #include "bits/place.h"
 
+namespace quorlin {
+
 // A box whose contents are checked for every segment.
 struct CheckedBox {
     Place place;
@@ -16,3 +18,5 @@ inline Place place_of_check(CheckedBox& box) {
     place.repeated = std::exchange(box.checked, true);
     return place;
 }
+
+}  // namespace quorlin

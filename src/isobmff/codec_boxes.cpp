@@ -10,6 +10,8 @@
 #include "isobmff/media_context.h"
 #include "isobmff/segment_status.h"
 
+namespace quorlin {
+
 namespace {
 
 void note_cut_parameter_set(const FileReader& reader, const Box& box) {
@@ -105,3 +107,5 @@ int read_lumora_configuration(MediaContext&, FileReader& reader, const Box& box,
     track.lumora = parse_lumora_configuration(payload);
     return 0;
 }
+
+}  // namespace quorlin

@@ -2,6 +2,8 @@
 
 #include "isobmff/box_walk.h"
 
+namespace quorlin {
+
 // Handlers (see TrackBoxHandler) of the codec configuration boxes inside a sample entry. They keep what the validation
 // compares later; bytes past the end of a payload read as zero.
 
@@ -21,3 +23,5 @@ int read_hvcC(MediaContext& context, FileReader& reader, const Box& box, TrackRe
 int read_hvcE(MediaContext& context, FileReader& reader, const Box& box, TrackRecord& track);
 // lmcC, lmvC.
 int read_lumora_configuration(MediaContext& context, FileReader& reader, const Box& box, TrackRecord& track);
+
+}  // namespace quorlin

@@ -5,6 +5,8 @@
 #include "bits/byte_order.h"
 #include "ztpinfo/channel_locations.h"
 
+namespace quorlin {
+
 namespace {
 
 constexpr uint32_t CHAN_LOC_BITS = 9;
@@ -75,3 +77,5 @@ uint32_t count_channels(uint32_t acmod, bool lfeon, uint32_t chanmap) {
 uint32_t count_channels(const Ec3IndependentSubstream& substream) {
     return count_channels(substream.acmod, substream.lfeon != 0, chan_loc_to_chanmap(substream.chan_loc));
 }
+
+}  // namespace quorlin

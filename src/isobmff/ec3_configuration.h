@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <span>
 
+namespace quorlin {
+
 // ETSI TS 102 366, F.6: one independent substream of a dec3 box.
 struct Ec3IndependentSubstream {
     uint32_t fscod = 0;
@@ -38,3 +40,5 @@ uint32_t count_channels(uint32_t acmod, bool lfeon, uint32_t chanmap);
 
 // The channels of an independent substream together with its dependent ones.
 uint32_t count_channels(const Ec3IndependentSubstream& substream);
+
+}  // namespace quorlin

@@ -2,6 +2,8 @@
 
 #include <cctype>
 
+namespace quorlin {
+
 std::array<char, 5> printable_fourcc(uint32_t code) {
     std::array<char, 5> text{};
     for (uint32_t i = 0; i < 4; ++i) {
@@ -10,3 +12,5 @@ std::array<char, 5> printable_fourcc(uint32_t code) {
     }
     return text;
 }
+
+}  // namespace quorlin

@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
+namespace quorlin {
+
 // A four-character code as the number that its bytes make, first character most significant.
 constexpr uint32_t fourcc(const char (&text)[5]) {
     uint32_t value = 0;
@@ -13,3 +15,5 @@ constexpr uint32_t fourcc(const char (&text)[5]) {
 
 // A four-character code as text, "?" for what cannot be printed.
 std::array<char, 5> printable_fourcc(uint32_t code);
+
+}  // namespace quorlin

@@ -13,6 +13,8 @@
 #include "isobmff/box_report.h"
 #include "isobmff/media_context.h"
 
+namespace quorlin {
+
 namespace {
 
 // ISO/IEC 14496-12, 8.8.7.1.
@@ -213,3 +215,5 @@ int read_trun(MediaContext& context, FileReader& reader, const Box& box, TrackRe
     append_run(track, reader, run, entry_size);
     return 0;
 }
+
+}  // namespace quorlin

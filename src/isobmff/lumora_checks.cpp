@@ -8,6 +8,8 @@
 #include "isobmff/segment_status.h"
 #include "playlist/codecs.h"
 
+namespace quorlin {
+
 namespace {
 
 constexpr uint32_t MAX_PROFILE = 9;
@@ -138,3 +140,5 @@ int check_lumora_layers(const TrackRecord& track) {
     if (rpu) return 0;
     return fail(SEGMENT_FINDING, "mp4-lumora-layers-rpu", "[SV]   : ERROR: lumora stream, RPU must be present!\n");
 }
+
+}  // namespace quorlin

@@ -4,6 +4,8 @@
 
 #include "isobmff/track_record.h"
 
+namespace quorlin {
+
 // Both do nothing for tracks that are not H.264 or H.265 with a Lumora configuration, and return 0, or
 // SEGMENT_FINDING.
 
@@ -14,3 +16,5 @@
 
 // Which layers are present, after the segment's samples.
 [[nodiscard]] int check_lumora_layers(const TrackRecord& track);
+
+}  // namespace quorlin

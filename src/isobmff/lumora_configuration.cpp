@@ -1,5 +1,7 @@
 #include "isobmff/lumora_configuration.h"
 
+namespace quorlin {
+
 LumoraConfiguration parse_lumora_configuration(std::span<const uint8_t, LUMORA_CONFIGURATION_SIZE> payload) {
     LumoraConfiguration lumora;
     lumora.version_major = payload[0];
@@ -12,3 +14,5 @@ LumoraConfiguration parse_lumora_configuration(std::span<const uint8_t, LUMORA_C
     lumora.compatibility_id = payload[4] >> 4;
     return lumora;
 }
+
+}  // namespace quorlin

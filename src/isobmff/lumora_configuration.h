@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <span>
 
+namespace quorlin {
+
 // lmcC and lmvC.
 struct LumoraConfiguration {
     uint32_t version_major = 0;
@@ -19,3 +21,5 @@ struct LumoraConfiguration {
 constexpr size_t LUMORA_CONFIGURATION_SIZE = 5;
 
 LumoraConfiguration parse_lumora_configuration(std::span<const uint8_t, LUMORA_CONFIGURATION_SIZE> payload);
+
+}  // namespace quorlin

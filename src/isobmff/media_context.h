@@ -11,6 +11,8 @@
 #include "isobmff/track_record.h"
 #include "playlist/playlist_attributes.h"
 
+namespace quorlin {
+
 // An init section and the segments that belong to it.
 struct MediaContext {
     // Given by the playlist.
@@ -31,3 +33,5 @@ struct MediaContext {
 
     std::vector<uint8_t> sample_buffer;  // kept for its memory
 };
+
+}  // namespace quorlin

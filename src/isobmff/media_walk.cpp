@@ -6,6 +6,8 @@
 #include "isobmff/box_reader.h"
 #include "isobmff/box_table.h"
 
+namespace quorlin {
+
 int parse_media(MediaContext& context, FileReader& reader) {
     const PlaceScope scope;
     const uint64_t number = context.walk.number + 1;
@@ -23,3 +25,5 @@ int parse_media(MediaContext& context, FileReader& reader) {
     context.walk.current_track = nullptr;
     return status;
 }
+
+}  // namespace quorlin

@@ -12,6 +12,8 @@
 #include "isobmff/box_report.h"
 #include "isobmff/media_context.h"
 
+namespace quorlin {
+
 namespace {
 
 constexpr size_t FULL_BOX_HEADER_SIZE = 4;  // version and flags
@@ -81,3 +83,5 @@ int read_uuid(MediaContext& context, FileReader& reader, const Box& box) {
     context.metadata_length = static_cast<uint64_t>(box.payload_size) - UUID_SIZE;
     return 0;
 }
+
+}  // namespace quorlin

@@ -4,6 +4,8 @@
 
 #include "bits/file_reader.h"
 
+namespace quorlin {
+
 // What a segment may read: no byte outside its file or byte range, and no byte without end. Tables that name the same
 // data again and again, entries that lie in several boxes and empty samples by the million cost work; other content
 // stays far below the limit.
@@ -36,3 +38,5 @@ inline bool can_deliver(const ReadLimits& limits, const FileReader& reader, uint
     if (reader.position >= limits.file_size || size > limits.file_size - reader.position) return false;
     return !reader.limited || (reader.remaining > 0 && size <= static_cast<uint64_t>(reader.remaining));
 }
+
+}  // namespace quorlin

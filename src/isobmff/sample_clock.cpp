@@ -2,6 +2,8 @@
 
 #include <limits>
 
+namespace quorlin {
+
 void settle_clock(const SampleTables& tables, SampleClock& clock) {
     const auto& times = tables.decode_times;
     while (clock.decode_time < times.size() && times[clock.decode_time].sample <= clock.sample)
@@ -22,3 +24,5 @@ bool advance_clock(const SampleTables& tables, SampleClock& clock) {
     if (clock.time) *clock.time += delta;
     return true;
 }
+
+}  // namespace quorlin

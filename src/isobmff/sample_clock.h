@@ -6,6 +6,8 @@
 
 #include "isobmff/sample_tables.h"
 
+namespace quorlin {
+
 // Steps through the decoding times of a track's samples: that of the tfdt box before the sample and the durations since
 // (ISO/IEC 14496-12, 8.8.12 and 8.6.1.2).
 struct SampleClock {
@@ -21,3 +23,5 @@ void settle_clock(const SampleTables& tables, SampleClock& clock);
 
 // Moves the settled clock past its sample. False when the sample has no duration.
 [[nodiscard]] bool advance_clock(const SampleTables& tables, SampleClock& clock);
+
+}  // namespace quorlin

@@ -2,6 +2,8 @@
 
 #include <vector>
 
+namespace quorlin {
+
 uint32_t samples_in_chunk(const SampleTables& tables, SampleCursor& cursor) {
     const std::vector<SampleToChunk>& rows = tables.sample_to_chunk;
     const size_t number = cursor.chunk + 1;
@@ -21,3 +23,5 @@ void next_sample(const SampleTables& tables, SampleCursor& cursor) {
     ++cursor.run;
     cursor.used = 0;
 }
+
+}  // namespace quorlin

@@ -5,6 +5,8 @@
 
 #include "isobmff/sample_tables.h"
 
+namespace quorlin {
+
 // Steps through the chunks of a track and through the sizes of its samples.
 struct SampleCursor {
     size_t chunk = 0;   // index of the current chunk
@@ -21,3 +23,5 @@ uint32_t samples_in_chunk(const SampleTables& tables, SampleCursor& cursor);
 
 // Moves to the next sample.
 void next_sample(const SampleTables& tables, SampleCursor& cursor);
+
+}  // namespace quorlin

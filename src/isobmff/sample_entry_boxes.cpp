@@ -13,6 +13,8 @@
 #include "isobmff/fourcc.h"
 #include "isobmff/media_context.h"
 
+namespace quorlin {
+
 namespace {
 
 constexpr size_t STSD_HEADER_SIZE = 8;
@@ -146,3 +148,5 @@ int read_metx(MediaContext&, FileReader& reader, const Box& box, TrackRecord& tr
     track.codec_kind = take_string(strings) == METADATA_NAMESPACE ? CodecKind::TIMED_METADATA : CodecKind::UNKNOWN;
     return 0;
 }
+
+}  // namespace quorlin

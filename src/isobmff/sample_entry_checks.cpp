@@ -9,6 +9,8 @@
 #include "isobmff/segment_status.h"
 #include "playlist/codecs.h"
 
+namespace quorlin {
+
 namespace {
 
 // The search runs from the short text to the long one, deliberately: a CODECS value that lists more is not found in it.
@@ -117,3 +119,5 @@ int check_sample_entry(const TrackRecord& track, const PlaylistAttributes& attrs
             return 0;
     }
 }
+
+}  // namespace quorlin

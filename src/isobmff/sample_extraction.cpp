@@ -17,6 +17,8 @@
 #include "isobmff/track_output.h"
 #include "isobmff/video_samples.h"
 
+namespace quorlin {
+
 namespace {
 
 // Samples of a chunk are read together up to this size; a larger sample alone.
@@ -194,3 +196,5 @@ int extract_samples(MediaContext& context, FileReader& reader, TrackRecord& trac
     report_left_over(extraction);
     return status;
 }
+
+}  // namespace quorlin

@@ -8,6 +8,8 @@
 #include "isobmff/box_payload.h"
 #include "isobmff/media_context.h"
 
+namespace quorlin {
+
 namespace {
 
 // Entries are read in pieces: a multiple of every entry size.
@@ -102,3 +104,5 @@ int read_co64(MediaContext& context, FileReader& reader, const Box& box, TrackRe
     return read_table(context.limits, reader, box, 8,
                       [&offsets](Entry entry) { offsets.push_back(load_be64(entry, 0)); });
 }
+
+}  // namespace quorlin

@@ -2,6 +2,8 @@
 
 #include "isobmff/box_walk.h"
 
+namespace quorlin {
+
 // Handlers (see TrackBoxHandler) of the sample tables of a track, ISO/IEC 14496-12, 8.6 and 8.7. A table replaces the
 // one that the track had.
 
@@ -12,3 +14,5 @@ int read_ctts(MediaContext& context, FileReader& reader, const Box& box, TrackRe
 int read_stsc(MediaContext& context, FileReader& reader, const Box& box, TrackRecord& track);
 int read_stco(MediaContext& context, FileReader& reader, const Box& box, TrackRecord& track);
 int read_co64(MediaContext& context, FileReader& reader, const Box& box, TrackRecord& track);
+
+}  // namespace quorlin

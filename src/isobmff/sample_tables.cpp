@@ -2,6 +2,8 @@
 
 #include <limits>
 
+namespace quorlin {
+
 void clear_sample_tables(SampleTables& tables) {
     tables.sizes.clear();
     tables.sample_count = 0;
@@ -26,3 +28,5 @@ void append_samples(SampleTables& tables, uint32_t count, uint32_t size) {
     }
     tables.sizes.push_back({count, size});
 }
+
+}  // namespace quorlin

@@ -4,6 +4,8 @@
 #include <optional>
 #include <vector>
 
+namespace quorlin {
+
 // Consecutive samples of one size: stsz entries, a constant sample_size, or the samples of a trun.
 struct SizeRun {
     uint32_t count = 0;
@@ -51,3 +53,5 @@ void clear_sample_tables(SampleTables& tables);
 
 // Appends `count` samples of `size` bytes.
 void append_samples(SampleTables& tables, uint32_t count, uint32_t size);
+
+}  // namespace quorlin

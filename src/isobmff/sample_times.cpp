@@ -6,6 +6,8 @@
 #include "bits/recorder.h"
 #include "isobmff/sample_clock.h"
 
+namespace quorlin {
+
 namespace {
 
 constexpr uint64_t TICKS_PER_SECOND = 90000;
@@ -41,3 +43,5 @@ void enter_sample(TrackRecord& track, uint64_t offset, uint32_t size) {
     seen.end_time =
         advance_clock(track.samples, seen.clock) ? to_90khz(seen.clock.time, track.media_timescale) : NO_TIME;
 }
+
+}  // namespace quorlin

@@ -4,6 +4,8 @@
 
 #include "isobmff/track_record.h"
 
+namespace quorlin {
+
 // Where a track's samples lie in its file and in time, for places and facts. Times are decoding times on the media's
 // timeline (see SampleClock). Composition offsets and edit lists are left out.
 
@@ -13,3 +15,5 @@ void place_next_sample(const TrackRecord& track, uint64_t offset);
 
 // The same, and counts the sample, of `size` bytes, as read.
 void enter_sample(TrackRecord& track, uint64_t offset, uint32_t size);
+
+}  // namespace quorlin

@@ -5,6 +5,8 @@
 #include "bits/place.h"
 #include "isobmff/sample_clock.h"
 
+namespace quorlin {
+
 // What was met in a track's samples of one segment. What comes after `clock` is for the facts of the segment, and is
 // kept only while a recorder is set.
 struct SeenSamples {
@@ -21,3 +23,5 @@ struct SeenSamples {
     uint32_t channels = 0;  // of analysed audio
     uint32_t data_rate_kbps = 0;
 };
+
+}  // namespace quorlin

@@ -14,6 +14,8 @@
 #include "isobmff/track_output.h"
 #include "isobmff/unvalidated_samples.h"
 
+namespace quorlin {
+
 namespace {
 
 // What the sample entry says, at the place of its box.
@@ -122,3 +124,5 @@ int validate_mp4_segment(FileReader& reader, const SegmentEntry& segment, MediaC
     if (status == 0) report_empty_segment(*context, segment, reader.path);
     return status;
 }
+
+}  // namespace quorlin

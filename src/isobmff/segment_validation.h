@@ -9,6 +9,8 @@
 #include "playlist/playlist.h"
 #include "playlist/playlist_attributes.h"
 
+namespace quorlin {
+
 // Lives from one EXT-X-MAP to the next: the tracks, their output files and what the playlist says about them.
 struct MediaContext;
 
@@ -29,3 +31,5 @@ using MediaContextPtr = std::unique_ptr<MediaContext, MediaContextDeleter>;
 // is null when no init section came first. Returns 0, SEGMENT_FINDING, or SEGMENT_REFUSED without an init section or
 // when the boxes cannot be walked.
 [[nodiscard]] int validate_mp4_segment(FileReader& reader, const SegmentEntry& segment, MediaContext* context);
+
+}  // namespace quorlin

@@ -10,6 +10,8 @@
 #include "isobmff/fourcc.h"
 #include "isobmff/media_context.h"
 
+namespace quorlin {
+
 namespace {
 
 constexpr size_t FULL_BOX_HEADER_SIZE = 4;  // version and flags
@@ -123,3 +125,5 @@ int read_hdlr(MediaContext&, FileReader& reader, const Box&, TrackRecord& track)
     track.handler_kind = kind;
     return 0;
 }
+
+}  // namespace quorlin

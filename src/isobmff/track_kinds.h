@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+namespace quorlin {
+
 // What the media of a track is.
 
 enum class HandlerKind : uint32_t {
@@ -35,3 +37,5 @@ enum class HdrVideoKind : uint32_t {
     LMHE = 3,
     LMH1 = 4,
 };
+
+}  // namespace quorlin

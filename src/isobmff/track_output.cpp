@@ -8,6 +8,8 @@
 #include "bits/report.h"
 #include "isobmff/segment_status.h"
 
+namespace quorlin {
+
 namespace {
 
 const char* codec_extension(CodecKind kind) {
@@ -77,3 +79,5 @@ int close_track_output(TrackOutput& output) {
                       "data could not be written when the file was closed: %s", std::strerror(errno));
     return SEGMENT_FINDING;
 }
+
+}  // namespace quorlin

@@ -9,6 +9,8 @@
 #include "isobmff/track_kinds.h"
 #include "ztpinfo/ztpinfo.h"
 
+namespace quorlin {
+
 // The elementary-stream file of a track.
 
 // What the files of all tracks of an init section are named by.
@@ -44,3 +46,5 @@ enum WriteResult {
 
 // Closes the file; 0, or SEGMENT_FINDING when data that was still buffered could not be written.
 [[nodiscard]] int close_track_output(TrackOutput& output);
+
+}  // namespace quorlin

@@ -15,6 +15,8 @@
 #include "isobmff/track_output.h"
 #include "isobmff/video_configuration.h"
 
+namespace quorlin {
+
 // What a trak box says, and what the segments of its init section add. Multi-byte values are in host order.
 struct TrackRecord {
     HandlerKind handler_kind = HandlerKind::OTHER;
@@ -65,3 +67,5 @@ inline bool is_avc(const TrackRecord& track) {
 inline bool is_hevc(const TrackRecord& track) {
     return track.codec_kind == CodecKind::HEV1 || track.codec_kind == CodecKind::HVC1;
 }
+
+}  // namespace quorlin

@@ -11,6 +11,8 @@
 #include "bits/place.h"
 #include "bits/report.h"
 
+namespace quorlin {
+
 namespace {
 
 constexpr uint32_t AC4_DSI_NEWEST_VERSION = 2;  // of the presentations that are compared
@@ -112,3 +114,5 @@ void report_unvalidated_samples(TrackRecord& track, const std::string& path) {
                       "track %d: its sample entry '%s' has no %s: its samples are read as if it held zeros", id,
                       track.format.data(), box);
 }
+
+}  // namespace quorlin

@@ -6,6 +6,8 @@
 
 #include "bits/byte_order.h"
 
+namespace quorlin {
+
 namespace {
 
 // `count` parameter sets, each after a 16-bit length; false at the first one that runs past the payload.
@@ -92,3 +94,5 @@ std::optional<UnitOverrun> parse_hevc_configuration(VideoConfiguration& video) {
     }
     return std::nullopt;
 }
+
+}  // namespace quorlin

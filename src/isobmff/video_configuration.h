@@ -6,6 +6,8 @@
 #include <optional>
 #include <vector>
 
+namespace quorlin {
+
 // ISO/IEC 14496-10 and 23008-2, annex B: what each NAL unit of a byte stream begins with.
 constexpr std::array<uint8_t, 4> START_CODE = {0, 0, 0, 1};
 
@@ -45,3 +47,5 @@ struct UnitOverrun {
 
 // ISO/IEC 14496-15, 8.3.3.1.2: HEVCDecoderConfigurationRecord. Returns the unit that runs past the payload, if any.
 [[nodiscard]] std::optional<UnitOverrun> parse_hevc_configuration(VideoConfiguration& video);
+
+}  // namespace quorlin

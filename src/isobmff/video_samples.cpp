@@ -9,6 +9,8 @@
 #include "isobmff/segment_status.h"
 #include "isobmff/track_output.h"
 
+namespace quorlin {
+
 namespace {
 
 // ISO/IEC 14496-10, table 7-1.
@@ -135,3 +137,5 @@ int write_video_samples(ReadLimits& limits, TrackRecord& track, const AdjacentSa
     flush_piece(writer);
     return writer.status;
 }
+
+}  // namespace quorlin

@@ -4,6 +4,8 @@
 
 #include "json/json_writer.h"
 
+namespace quorlin {
+
 namespace {
 
 // Its line keeps its room from event to event.
@@ -196,3 +198,5 @@ const Recorder& event_recorder() {
 void write_end(int exit_code) {
     if (!verdict_written) write_verdict("", nullptr, exit_code);
 }
+
+}  // namespace quorlin

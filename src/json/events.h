@@ -2,6 +2,8 @@
 
 #include "bits/recorder.h"
 
+namespace quorlin {
+
 // The events of a run as JSON Lines on standard output, by docs/events.schema.json.
 
 // Version of the schema: it grows with what is added, and nothing is ever taken away.
@@ -15,3 +17,5 @@ const Recorder& event_recorder();
 
 // Writes the last event of a run without a verdict, unless a verdict was written.
 void write_end(int exit_code);
+
+}  // namespace quorlin

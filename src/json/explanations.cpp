@@ -6,6 +6,8 @@
 
 #include "json/findings_page.h"
 
+namespace quorlin {
+
 namespace {
 
 // On the page, each entry is a heading that holds its id, a line with marks and the text in backquotes, and paragraphs
@@ -179,3 +181,5 @@ void print_ids() {
         if (line.starts_with(ENTRY_HEADING)) print_line(line.substr(ENTRY_HEADING.size()));
     }
 }
+
+}  // namespace quorlin

@@ -3,6 +3,8 @@
 #include <charconv>
 #include <cstddef>
 
+namespace quorlin {
+
 namespace {
 
 constexpr char HEX_DIGITS[] = "0123456789abcdef";
@@ -172,3 +174,5 @@ void put_decimal(JsonWriter& json, std::string_view name, const char* value) {
     put_name(json, name);
     json.line += value;
 }
+
+}  // namespace quorlin

@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+namespace quorlin {
+
 // One JSON object (RFC 8259) on one line, written member by member into `line`.
 struct JsonWriter {
     std::string line;
@@ -34,3 +36,5 @@ void put_optional_text(JsonWriter& json, std::string_view name, const char* valu
 // A text from the input that should be a decimal number, such as 4.004: the number where it is one by the syntax of
 // JSON, else null.
 void put_decimal(JsonWriter& json, std::string_view name, const char* value);
+
+}  // namespace quorlin

@@ -8,6 +8,8 @@
 #include "json/events.h"
 #include "json/explanations.h"
 
+using namespace quorlin;
+
 namespace {
 
 constexpr int EXIT_USAGE = 64;

@@ -14,6 +14,8 @@
 #include "bits/report.h"
 #include "playlist/codecs.h"
 
+namespace quorlin {
+
 namespace {
 
 constexpr uint32_t AC4_SHORT_SIZE_BYTES = 2;
@@ -148,3 +150,5 @@ int check_ac4_frames(OutputFile& output, FileReader& reader, const PlaylistAttri
     record_stream(facts);
     return status;
 }
+
+}  // namespace quorlin

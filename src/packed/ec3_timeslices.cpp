@@ -17,6 +17,8 @@
 #include "ztpinfo/syncframe.h"
 #include "ztpinfo/ztpinfo.h"
 
+namespace quorlin {
+
 namespace {
 
 constexpr uint32_t FRAME_HEADER_SIZE = 4;
@@ -256,3 +258,5 @@ int check_ec3_timeslices(OutputFile& output, FileReader& reader, const PlaylistA
     record_facts(loop);
     return status;
 }
+
+}  // namespace quorlin

@@ -11,6 +11,8 @@
 #include "bits/report.h"
 #include "bits/stream_clock.h"
 
+namespace quorlin {
+
 namespace {
 
 using namespace std::string_view_literals;
@@ -126,3 +128,5 @@ int read_id3_timestamp(FileReader& reader, const std::string& path, int64_t& tim
     remark_timestamp(path, timestamp);
     return 0;
 }
+
+}  // namespace quorlin

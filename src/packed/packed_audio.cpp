@@ -18,6 +18,8 @@
 #include "playlist/codecs.h"
 #include "ztpinfo/syncframe.h"
 
+namespace quorlin {
+
 namespace {
 
 enum class PackedFormat {
@@ -196,3 +198,5 @@ int validate_packed_audio(FileReader& reader, const SegmentEntry& entry, const s
     }
     return status;
 }
+
+}  // namespace quorlin

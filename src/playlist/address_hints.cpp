@@ -6,6 +6,8 @@
 #include "bits/file_reader.h"
 #include "bits/report.h"
 
+namespace quorlin {
+
 namespace {
 
 // RFC 3986, 2.1: "%" and two hexadecimal digits stand for a byte.
@@ -49,3 +51,5 @@ void report_unreadable(const std::string& path, const char* cause) {
             "it is decoded or cut off",
             cause, meant.c_str());
 }
+
+}  // namespace quorlin

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <string>
 
+namespace quorlin {
+
 namespace {
 
 // The value of a CODECS attribute is complete when something that ends with a double quote follows its opening one.
@@ -67,3 +69,5 @@ void parse_attribute_list(std::string_view list, std::span<const AttributeSlot> 
             *slot->value = strip_quotes(trimmed_piece(list, value, end), slot->form);
     }
 }
+
+}  // namespace quorlin

@@ -5,6 +5,8 @@
 
 #include "playlist/playlist.h"
 
+namespace quorlin {
+
 // How an attribute's value is stored.
 enum class AttributeForm {
     RAW,     // as it stands, quotes included
@@ -26,3 +28,5 @@ std::string_view trim_right(std::string_view text);
 // also inside quotes (CODECS excepted); pieces without "=" and unknown names are ignored, a repeated name replaces the
 // earlier value.
 void parse_attribute_list(std::string_view list, std::span<const AttributeSlot> slots);
+
+}  // namespace quorlin

@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <limits>
 
+namespace quorlin {
+
 namespace {
 
 // Longer than any file: keeps every place that is seeked to inside what a file system takes.
@@ -52,3 +54,5 @@ void start_on_range(FileReader& reader, const ByteSpan& range) {
     reader.limited = range.length != 0;
     reader_restart(reader, static_cast<int64_t>(std::min(range.length, MAX_RANGE_LENGTH)));
 }
+
+}  // namespace quorlin

@@ -7,6 +7,8 @@
 #include "bits/file_reader.h"
 #include "playlist/playlist.h"
 
+namespace quorlin {
+
 // Where a byte range lies in its file. A length of 0 stands for the whole file.
 struct ByteSpan {
     uint64_t offset = 0;
@@ -27,3 +29,5 @@ struct ByteRangeEnds {
 
 // Starts the reader, confined to `range` of its file; the buffer is kept when it holds the start of the range.
 void start_on_range(FileReader& reader, const ByteSpan& range);
+
+}  // namespace quorlin

@@ -4,6 +4,8 @@
 #include <initializer_list>
 #include <string_view>
 
+namespace quorlin {
+
 namespace {
 
 // The entries of a CODECS value that contain one of `names`, joined with commas in their order.
@@ -39,3 +41,5 @@ int lumora_codecs_entry(const std::string& codecs, std::string& out) {
     out = join_entries(codecs, {"lma", "lmh"});
     return out.size() == SINGLE_ENTRY_LENGTH ? 1 : 0;
 }
+
+}  // namespace quorlin

@@ -1,5 +1,7 @@
 #include "playlist/group_index.h"
 
+namespace quorlin {
+
 GroupIndex index_groups(const Playlist& playlist, Text VariantStream::*group) {
     GroupIndex index;
     for (const VariantStream& variant : playlist.variants) {
@@ -13,3 +15,5 @@ const VariantStream* find_group(const GroupIndex& index, const Text& group_id) {
     const auto found = index.find(*group_id);
     return found != index.end() ? found->second : nullptr;
 }
+
+}  // namespace quorlin

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+namespace quorlin {
+
 // An attribute or tag value as the playlist writes it; absent when the playlist does not carry it.
 using Text = std::optional<std::string>;
 
@@ -93,3 +95,5 @@ struct Playlist {
     std::vector<std::string> key_methods;  // METHOD of each EXT-X-KEY
     PlaylistLosses losses;
 };
+
+}  // namespace quorlin

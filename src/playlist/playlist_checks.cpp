@@ -11,6 +11,8 @@
 #include "playlist/codecs.h"
 #include "playlist/group_index.h"
 
+namespace quorlin {
+
 namespace {
 
 int check_language(const Text& language) {
@@ -149,3 +151,5 @@ int check_master_playlist(Playlist& playlist) {
     unselect_duplicates(playlist);
     return status;
 }
+
+}  // namespace quorlin

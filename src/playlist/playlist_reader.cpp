@@ -13,6 +13,8 @@
 #include "playlist/address_hints.h"
 #include "playlist/attribute_list.h"
 
+namespace quorlin {
+
 namespace {
 
 // 4095 characters and the terminator: a longer line is read in pieces.
@@ -311,3 +313,5 @@ std::string playlist_directory(const std::string& path) {
     if (separator == std::string::npos || separator == 0) return "";
     return path.substr(0, separator + 1);
 }
+
+}  // namespace quorlin

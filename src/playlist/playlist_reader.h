@@ -4,6 +4,8 @@
 
 #include "playlist/playlist.h"
 
+namespace quorlin {
+
 // Results of reading a playlist.
 constexpr int PLAYLIST_READ = 0;
 constexpr int PLAYLIST_REFUSED = 1;     // not opened, or of no kind
@@ -18,3 +20,5 @@ void report_playlist_losses(const std::string& path, const PlaylistLosses& losse
 
 // The prefix that relative addresses of the playlist at `path` are joined to; may be empty.
 std::string playlist_directory(const std::string& path);
+
+}  // namespace quorlin

@@ -3,6 +3,8 @@
 #include <limits>
 #include <string_view>
 
+namespace quorlin {
+
 namespace {
 
 // -1 when `character` is no hexadecimal digit.
@@ -32,3 +34,5 @@ int parse_ztp_program(const std::string& text, uint32_t& value) {
     value = static_cast<uint32_t>(number);
     return 0;
 }
+
+}  // namespace quorlin

@@ -9,6 +9,8 @@
 #include <cstdio>
 #include <cstring>
 
+namespace quorlin {
+
 namespace {
 
 constexpr size_t FIRST_READ = size_t{1} << 20;
@@ -63,3 +65,5 @@ int read_whole_file(const std::string& path, std::vector<uint8_t>& bytes) {
     bytes.resize(filled);
     return 0;
 }
+
+}  // namespace quorlin

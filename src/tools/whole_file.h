@@ -4,9 +4,13 @@
 #include <string>
 #include <vector>
 
+namespace quorlin {
+
 // Analyzer calls count bytes in 32 bits: a file must stay below this size.
 inline constexpr uint64_t FILE_SIZE_LIMIT = uint64_t{1} << 32;
 
 // Reads the file, or standard input for "-", whole into `bytes`. Returns 0, or -1 after a message on standard error
 // when it cannot be opened or read (a directory cannot) or holds FILE_SIZE_LIMIT bytes or more.
 [[nodiscard]] int read_whole_file(const std::string& path, std::vector<uint8_t>& bytes);
+
+}  // namespace quorlin

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <system_error>
 
+namespace quorlin {
+
 namespace {
 
 enum LongOption : int {
@@ -131,3 +133,5 @@ void print_ztpinfo_help() {
         "  255  standard output cannot be written, or memory has run out\n",
         stdout);
 }
+
+}  // namespace quorlin

@@ -5,6 +5,8 @@
 
 #include "ztpinfo/ztpinfo.h"
 
+namespace quorlin {
+
 // What the arguments of `ztpinfo` ask for.
 struct ZtpInfoCommand {
     ZtpSettings settings;
@@ -19,3 +21,5 @@ struct ZtpInfoCommand {
 
 // Writes the help text to standard output.
 void print_ztpinfo_help();
+
+}  // namespace quorlin

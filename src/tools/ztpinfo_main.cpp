@@ -16,6 +16,8 @@
 #include "tools/ztpinfo_command_line.h"
 #include "ztpinfo/ztpinfo.h"
 
+using namespace quorlin;
+
 namespace {
 
 constexpr int EXIT_UNREADABLE = 2;  // the status of an analysis that could not be made

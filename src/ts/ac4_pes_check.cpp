@@ -10,6 +10,8 @@
 #include "ts/pes_checks.h"
 #include "ts/ts_status.h"
 
+namespace quorlin {
+
 namespace {
 
 // The part of the frame that is there; `usable` is the payload without a CRC word at its end.
@@ -86,3 +88,5 @@ int check_ac4_pes(const PesCheckInput& pes, const TsStreamTable& table, const Pl
         }
     }
 }
+
+}  // namespace quorlin

@@ -10,6 +10,8 @@
 #include "ts/lumora_descriptor.h"
 #include "ts/ts_status.h"
 
+namespace quorlin {
+
 namespace {
 
 constexpr uint32_t HEADER_BYTES = 2;  // descriptor_tag, descriptor_length
@@ -179,3 +181,5 @@ int parse_descriptor(std::span<const uint8_t> bytes, StreamDescriptor& descripto
             return 0;
     }
 }
+
+}  // namespace quorlin

@@ -5,6 +5,8 @@
 #include <span>
 #include <string>
 
+namespace quorlin {
+
 // Descriptor tags that the reader knows (ISO/IEC 13818-1, table 2-45; ETSI EN 300 468, table 12; ATSC A/52, annex G).
 enum DescriptorTag : uint32_t {
     DESCRIPTOR_REGISTRATION = 0x05,
@@ -80,3 +82,5 @@ std::string descriptor_name(uint32_t tag);
 // The fields of a descriptor, tag and length byte included; what lies after its end is 0.
 Eac3DescriptorFields read_eac3_descriptor(std::span<const uint8_t> raw);
 Ac4DescriptorFields read_ac4_descriptor(std::span<const uint8_t> raw);
+
+}  // namespace quorlin

@@ -4,6 +4,8 @@
 #include "ts/ts_status.h"
 #include "ztpinfo/channel_locations.h"
 
+namespace quorlin {
+
 namespace {
 
 // A further independent substream must be announced by its flag. 0 or 11.
@@ -156,3 +158,5 @@ int check_eac3_pes(const Eac3DescriptorFields& descriptor, const PesCheckInput& 
     }
     return compare_eac3_descriptor(descriptor, summary);
 }
+
+}  // namespace quorlin

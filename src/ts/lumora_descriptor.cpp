@@ -7,6 +7,8 @@
 #include "bits/finding.h"
 #include "ts/ts_status.h"
 
+namespace quorlin {
+
 namespace {
 
 constexpr uint8_t PROFILE_COUNT = 10;
@@ -89,3 +91,5 @@ int list_lumora_descriptor(const LmraDescriptorFields& fields) {
     announce("\n");
     return 0;
 }
+
+}  // namespace quorlin

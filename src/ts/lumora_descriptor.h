@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <span>
 
+namespace quorlin {
+
 // Lumora HDR video, descriptor tag 0xB0.
 struct LmraDescriptorFields {
     uint8_t version_major = 0;
@@ -22,3 +24,5 @@ LmraDescriptorFields read_lumora_descriptor(std::span<const uint8_t> raw);
 
 // Prints what the descriptor announces. Returns 0, or 11 after a finding (printed).
 [[nodiscard]] int list_lumora_descriptor(const LmraDescriptorFields& fields);
+
+}  // namespace quorlin

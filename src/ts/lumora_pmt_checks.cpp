@@ -9,6 +9,8 @@
 #include "playlist/codecs.h"
 #include "ts/ts_status.h"
 
+namespace quorlin {
+
 namespace {
 
 // The length of ".08.06".
@@ -127,3 +129,5 @@ int check_lumora_codecs_profile(const std::string& codecs, const LmraDescriptorF
     }
     return status;
 }
+
+}  // namespace quorlin

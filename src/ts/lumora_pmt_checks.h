@@ -4,6 +4,8 @@
 
 #include "ts/lumora_descriptor.h"
 
+namespace quorlin {
+
 // The rules for a Lumora descriptor, alone and against a CODECS value of the playlist. Each prints its findings and
 // returns 0 or 11.
 
@@ -20,3 +22,5 @@
 // enhancement layer.
 [[nodiscard]] int check_lumora_codecs_profile(const std::string& codecs, const LmraDescriptorFields& fields,
                                               int el_profile);
+
+}  // namespace quorlin

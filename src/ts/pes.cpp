@@ -10,6 +10,8 @@
 #include "bits/stream_clock.h"
 #include "ts/ts_status.h"
 
+namespace quorlin {
+
 namespace {
 
 constexpr size_t TIMESTAMPS_END = 19;   // PTS and DTS follow the fixed header
@@ -210,3 +212,5 @@ int flush_pes(PesStream& stream, TsStreamTable& table) {
     stream.times.pts = -1;
     return status;
 }
+
+}  // namespace quorlin

@@ -11,6 +11,8 @@
 #include "ts/stream_table.h"
 #include "ts/timestamp_log.h"
 
+namespace quorlin {
+
 // Payload bytes that a slot holds at most; also what a PES packet of unknown length may collect. A longer one is cut
 // here, and the rest up to the next unit start is dropped.
 constexpr uint32_t PES_MAX_PAYLOAD = 1000000;
@@ -92,3 +94,5 @@ Place pes_place(const PesStream& stream);
 // Writes the payload held to the stream's file, notes the packet's times in `table` and empties the slot. Returns 0, or
 // 3 when the payload could not be written (printed once per file).
 [[nodiscard]] int flush_pes(PesStream& stream, TsStreamTable& table);
+
+}  // namespace quorlin

@@ -5,6 +5,8 @@
 #include "bits/finding.h"
 #include "ts/ts_status.h"
 
+namespace quorlin {
+
 namespace {
 
 bool selects_eac3(uint8_t stream_type, uint32_t tag) {
@@ -52,3 +54,5 @@ int check_audio_pes(const PesCheckInput& pes, const ListedStream& listed, const 
     for (const EsRecord* es : listed.records) status |= check_by_descriptors(*es, pes, table, attrs);
     return status;
 }
+
+}  // namespace quorlin

@@ -7,6 +7,8 @@
 #include "ts/psi.h"
 #include "ts/stream_table.h"
 
+namespace quorlin {
+
 // A completed PES packet of an audio stream; `payload` is what follows its header.
 struct PesCheckInput {
     TsAudioStream& stream;
@@ -33,3 +35,5 @@ bool has_audio_check(const ListedStream& listed);
 // AC-4: walks the sync frames of the payload (ETSI TS 103 190-2, annex C) and compares their tables of contents with
 // the playlist. Returns 0, 5 when a frame cannot be read (the reason goes to standard error), 11 after a finding.
 [[nodiscard]] int check_ac4_pes(const PesCheckInput& pes, const TsStreamTable& table, const PlaylistAttributes* attrs);
+
+}  // namespace quorlin

@@ -6,6 +6,8 @@
 #include "bits/byte_order.h"
 #include "bits/finding.h"
 
+namespace quorlin {
+
 namespace {
 
 constexpr size_t PMT_HEADER_SIZE = 12;
@@ -81,3 +83,5 @@ int parse_pmt(PsiTables& tables, uint16_t pid, std::span<const uint8_t> section)
     if (status == 0) add_program(tables, pid, std::move(program));
     return status;
 }
+
+}  // namespace quorlin

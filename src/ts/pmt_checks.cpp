@@ -11,6 +11,8 @@
 #include "ts/lumora_pmt_checks.h"
 #include "ts/ts_status.h"
 
+namespace quorlin {
+
 namespace {
 
 // What the elementary streams of the program turned out to be.
@@ -305,3 +307,5 @@ int check_pmt_against_playlist(const ProgramRecord& program, const PlaylistAttri
     if (!attrs->audio_in_media_group) status |= require_audio_codecs(attrs->codecs, seen);
     return status | require_video_codecs(attrs->codecs, seen);
 }
+
+}  // namespace quorlin

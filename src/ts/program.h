@@ -5,6 +5,8 @@
 
 #include "ts/descriptors.h"
 
+namespace quorlin {
+
 // ISO/IEC 13818-1, table 2-34: values of stream_type that the reader treats by themselves.
 enum StreamType : uint8_t {
     STREAM_TYPE_MPEG1_VIDEO = 0x01,
@@ -60,3 +62,5 @@ struct ProgramRecord {
     std::vector<EsRecord> streams;
     bool compared = false;  // with the playlist
 };
+
+}  // namespace quorlin

@@ -7,6 +7,8 @@
 #include "bits/place.h"
 #include "bits/report.h"
 
+namespace quorlin {
+
 namespace {
 
 // A record adds what it asks of the stream_id.
@@ -114,3 +116,5 @@ void select_program(PsiTables& tables) {
         report_reason(ReasonEffect::UNVALIDATED, "reason-ts-several-programs", tables.path,
                       "%zu programs; the first, number %d, is followed", count, tables.selected_program);
 }
+
+}  // namespace quorlin

@@ -11,6 +11,8 @@
 #include "ts/program.h"
 #include "ts/ts_packet.h"
 
+namespace quorlin {
+
 // One section being collected (ISO/IEC 13818-1, 2.4.4). `data` begins with the table_id.
 struct SectionBuffer {
     uint16_t section_length = 0;
@@ -80,3 +82,5 @@ void add_program(PsiTables& tables, uint16_t pid, ProgramRecord program);
 
 // Chooses the program to follow from the PAT: its only one, or the first of several (said on standard error).
 void select_program(PsiTables& tables);
+
+}  // namespace quorlin

@@ -7,6 +7,8 @@
 #include "bits/report.h"
 #include "ts/ts_status.h"
 
+namespace quorlin {
+
 namespace {
 
 // What the descriptors of a private data stream (stream type 0x06) say that it carries.
@@ -174,3 +176,5 @@ int register_streams(TsDemuxContext& context, const ProgramRecord& program) {
     }
     return status;
 }
+
+}  // namespace quorlin

@@ -7,6 +7,8 @@
 #include "ac4/ac4_toc.h"
 #include "ztpinfo/ztpinfo.h"
 
+namespace quorlin {
+
 constexpr uint32_t TS_MAX_AUDIO_STREAMS = 10;
 
 // One registered audio stream of a segment. Times in 90 kHz ticks, -1 = unset.
@@ -41,3 +43,5 @@ inline TsAudioStream* find_audio_stream(TsStreamTable& table, uint16_t pid) {
         if (table.audio[i].pid == pid) return &table.audio[i];
     return nullptr;
 }
+
+}  // namespace quorlin

@@ -2,6 +2,8 @@
 
 #include <cinttypes>
 
+namespace quorlin {
+
 namespace {
 
 // The time of the PES packet in decoding order: its DTS, or its PTS when it carries none.
@@ -38,3 +40,5 @@ void log_timestamps(TimestampLog& log, const PesTimestamps& times, uint32_t payl
             std::fprintf(log.file, "Warning: regression timestamp was found at packet %" PRId64 "\n", packets_read);
     }
 }
+
+}  // namespace quorlin

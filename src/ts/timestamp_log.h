@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <cstdio>
 
+namespace quorlin {
+
 // Values of PTS_DTS_flags (ISO/IEC 13818-1, 2.4.3.7); any other: no time stamps.
 constexpr uint8_t PTS_ONLY = 2;
 constexpr uint8_t PTS_AND_DTS = 3;
@@ -26,3 +28,5 @@ struct TimestampLog {
 // rise. One line a packet: "PTS;DTS;byte offset of the payload;hh:mm:ss:ms since the first", times in 90 kHz ticks.
 // `packets_read` numbers the transport packet.
 void log_timestamps(TimestampLog& log, const PesTimestamps& times, uint32_t payload_offset, int64_t packets_read);
+
+}  // namespace quorlin

@@ -10,6 +10,8 @@
 #include "ts/psi.h"
 #include "ts/stream_table.h"
 
+namespace quorlin {
+
 constexpr size_t TS_VIDEO_SLOT = TS_MAX_AUDIO_STREAMS;
 constexpr size_t TS_SLOT_COUNT = TS_MAX_AUDIO_STREAMS + 1;
 constexpr uint8_t TS_NO_SLOT = 0xFF;
@@ -45,3 +47,5 @@ void for_each_stream(TsDemuxContext& context, Use use) {
     for (size_t slot = 0; slot < context.stream_table.audio_count; ++slot) use(context.pes[slot]);
     if (context.video_pid) use(context.pes[TS_VIDEO_SLOT]);
 }
+
+}  // namespace quorlin

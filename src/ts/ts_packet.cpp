@@ -4,6 +4,8 @@
 
 #include "bits/byte_order.h"
 
+namespace quorlin {
+
 namespace {
 
 constexpr uint8_t ADAPTATION_FIELD_AND_PAYLOAD = 3;
@@ -22,3 +24,5 @@ TsPacket parse_ts_packet(std::span<const uint8_t> bytes) {
     packet.payload = bytes.subspan(std::min(start, bytes.size()));
     return packet;
 }
+
+}  // namespace quorlin

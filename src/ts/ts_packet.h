@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <span>
 
+namespace quorlin {
+
 constexpr uint32_t TS_PACKET_SIZE = 188;
 constexpr uint8_t TS_SYNC_BYTE = 0x47;
 constexpr uint32_t TS_PID_COUNT = 8192;
@@ -22,3 +24,5 @@ struct TsPacket {
 // Parses the header of one packet of TS_PACKET_SIZE bytes. adaptation_field_control 0 is treated as payload only. An
 // adaptation field that reaches past the packet leaves no payload.
 TsPacket parse_ts_packet(std::span<const uint8_t> bytes);
+
+}  // namespace quorlin

@@ -14,6 +14,8 @@
 #include "ts/ts_status.h"
 #include "ts/unread_content.h"
 
+namespace quorlin {
+
 namespace {
 
 // Routes the PIDs that a program association section lists to section handling, those of the earlier one back to their
@@ -235,3 +237,5 @@ int ts_process_segment(FileReader& reader, const std::optional<std::string>& out
     status |= close_outputs(*context);
     return status;
 }
+
+}  // namespace quorlin

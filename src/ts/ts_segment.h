@@ -9,6 +9,8 @@
 #include "playlist/playlist_attributes.h"
 #include "ts/stream_table.h"
 
+namespace quorlin {
+
 struct TsStreamTiming {
     uint32_t stream_type = 0;
     int64_t first_pts = 0;  // smallest PTS
@@ -31,3 +33,5 @@ struct TsSegmentTiming {
 [[nodiscard]] int ts_process_segment(FileReader& reader, const std::optional<std::string>& output_dir,
                                      const std::string& base_name, bool truncate, const PlaylistAttributes* stream_info,
                                      TsSegmentTiming* timing);
+
+}  // namespace quorlin

@@ -6,6 +6,8 @@
 #include "bits/place.h"
 #include "bits/report.h"
 
+namespace quorlin {
+
 namespace {
 
 // Everything that the checks of a stream have passed over. The reasons have the place where it happened first.
@@ -111,3 +113,5 @@ void report_unread_content(TsDemuxContext& context, int status) {
     else
         report_nothing_followed(context.psi);
 }
+
+}  // namespace quorlin

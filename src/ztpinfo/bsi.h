@@ -7,6 +7,8 @@
 #include "ztpinfo/syncframe.h"
 #include "ztpinfo/ztpinfo.h"
 
+namespace quorlin {
+
 // Bit stream information as carried by a syncframe. A field that the frame does not carry is 0; whether it is there
 // follows from its ...e flag or from the condition of the syntax (the has_... functions below). Every field is 16 bits
 // wide so that the records have no padding and can be compared as one block.
@@ -200,3 +202,5 @@ constexpr bool has_center_mix(uint32_t acmod) {
 constexpr bool has_surround(uint32_t acmod) {
     return (acmod & 4) != 0;
 }
+
+}  // namespace quorlin

@@ -3,6 +3,8 @@
 #include "ztpinfo/messages.h"
 #include "ztpinfo/word_cursor.h"
 
+namespace quorlin {
+
 namespace {
 
 constexpr const char* SOURCE = "bsid_dd";
@@ -114,3 +116,5 @@ int unpack_ac3_bsi(std::span<const uint16_t> words, Ac3Bsi& bsi) {
     }
     return 0;
 }
+
+}  // namespace quorlin

@@ -4,6 +4,8 @@
 #include "ztpinfo/messages.h"
 #include "ztpinfo/word_cursor.h"
 
+namespace quorlin {
+
 namespace {
 
 constexpr const char* SOURCE = "bsid_ztp";
@@ -243,3 +245,5 @@ int unpack_eac3_bsi(std::span<const uint16_t> words, Eac3Bsi& bsi) {
     }
     return 0;
 }
+
+}  // namespace quorlin

@@ -5,6 +5,8 @@
 
 #include "ztpinfo/bsi.h"
 
+namespace quorlin {
+
 // The E-AC-3 side of the unpackers, and what a frame of either format begins with.
 
 // Learns the frame length in words from the first FRAME_HEADER_WORDS words of an AC-3 or E-AC-3 frame. Returns 0, or
@@ -16,3 +18,5 @@
 
 // Audio blocks of a frame by its numblkscod (ETSI TS 102 366, E.1.3.1).
 uint16_t eac3_blocks(uint32_t numblkscod);
+
+}  // namespace quorlin

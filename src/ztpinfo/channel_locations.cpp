@@ -2,6 +2,8 @@
 
 #include <bit>
 
+namespace quorlin {
+
 namespace {
 
 uint32_t substream_locations(const ZtpSubstreamSummary& substream) {
@@ -36,3 +38,5 @@ uint32_t ztpinfo_channel_count(const ZtpProgramSummary& program) {
         if (dependent.bsid != 0) locations |= substream_locations(dependent);
     return chanmap_channels(static_cast<uint16_t>(locations));
 }
+
+}  // namespace quorlin

@@ -4,6 +4,8 @@
 
 #include "ztpinfo/ztpinfo.h"
 
+namespace quorlin {
+
 // Channel locations in the form of a chanmap (ETSI TS 102 366, E.1.3.1.8): the first location in the most significant
 // of 16 bits.
 
@@ -17,3 +19,5 @@ uint32_t chanmap_channels(uint16_t chanmap);
 
 // Channels that the substreams of a program present together, LFE included.
 uint32_t ztpinfo_channel_count(const ZtpProgramSummary& program);
+
+}  // namespace quorlin

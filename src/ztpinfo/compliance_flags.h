@@ -3,6 +3,8 @@
 #include <bitset>
 #include <cstdint>
 
+namespace quorlin {
+
 constexpr uint32_t COMPLIANCE_NUMBERS = 192;
 
 // Broken rules by message number. No number is in both sets.
@@ -10,3 +12,5 @@ struct ComplianceFlags {
     std::bitset<COMPLIANCE_NUMBERS> failures;
     std::bitset<COMPLIANCE_NUMBERS> warnings;
 };
+
+}  // namespace quorlin

@@ -7,6 +7,8 @@
 #include <immintrin.h>
 #endif
 
+namespace quorlin {
+
 namespace {
 
 constexpr uint32_t POLYNOMIAL = 0x8005;  // x^16 + x^15 + x^2 + 1 without its top bit
@@ -181,3 +183,5 @@ uint16_t crc16_clmul(uint16_t crc, std::span<const uint16_t> words) {
 uint16_t crc16(uint16_t crc, std::span<const uint16_t> words) {
     return crc16_clmul(crc, words);
 }
+
+}  // namespace quorlin

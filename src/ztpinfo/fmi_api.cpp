@@ -7,6 +7,8 @@
 #include "ztpinfo/messages.h"
 #include "ztpinfo/word_cursor.h"
 
+namespace quorlin {
+
 namespace {
 
 constexpr const char* SOURCE = "fmi_api";
@@ -119,3 +121,5 @@ void unpack_frame_tail(std::span<const uint16_t> words, uint32_t bsid, FrameTail
         left -= width;
     }
 }
+
+}  // namespace quorlin

@@ -6,6 +6,8 @@
 
 #include "ztpinfo/bsi.h"
 
+namespace quorlin {
+
 // Frame information: a syncframe of either format, unpacked.
 
 // Result of the CRC check of a frame.
@@ -59,3 +61,5 @@ struct FrameTail {
 // Auxiliary data and encoder information of the frame in `words`. An auxdatal that reaches beyond the frame's begin
 // counts as no auxiliary data.
 void unpack_frame_tail(std::span<const uint16_t> words, uint32_t bsid, FrameTail& tail);
+
+}  // namespace quorlin

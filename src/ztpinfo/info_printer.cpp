@@ -7,6 +7,8 @@
 #include "ztpinfo/info_printer_lines.h"
 #include "ztpinfo/info_printer_substream.h"
 
+namespace quorlin {
+
 namespace {
 
 void print_program_summary(const ZtpProgramRecord& program) {
@@ -62,3 +64,5 @@ void print_totals(const ZtpStreamTotals& totals) {
     std::printf("Overall data rate: %2.1f kbps%s", overall_data_rate_kbps(totals), end);
     std::printf("Overall bitstream status: %s%s", crc_status_name(totals.crc_status), end);
 }
+
+}  // namespace quorlin

@@ -4,6 +4,8 @@
 
 #include "ztpinfo/tsi.h"
 
+namespace quorlin {
+
 // The readable report of a stream on standard output, as the bits of the options word (ZtpOption) ask.
 
 // Program summaries and substream sections of a timeslice: ZTP_OPTION_PROGRAMS, _INDEPENDENT, _DEPENDENT, _BSI,
@@ -12,3 +14,5 @@ void print_timeslice(const TimesliceRecord& timeslice, const TimesliceTails* tai
 
 // The totals of a handle, which end a call under ZTP_OPTION_TOTALS.
 void print_totals(const ZtpStreamTotals& totals);
+
+}  // namespace quorlin

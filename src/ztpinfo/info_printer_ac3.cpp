@@ -5,6 +5,8 @@
 #include "ztpinfo/info_printer_fields.h"
 #include "ztpinfo/info_printer_lines.h"
 
+namespace quorlin {
+
 // ETSI TS 102 366, 4.3.1, 4.3.2 and D.2.2.
 
 namespace {
@@ -101,3 +103,5 @@ void print_ac3_fields(const Ac3Bsi& bsi, const char* end) {
         print_timecodes(bsi, end);
     }
 }
+
+}  // namespace quorlin

@@ -7,6 +7,8 @@
 #include "ztpinfo/info_printer_eac3.h"
 #include "ztpinfo/info_printer_lines.h"
 
+namespace quorlin {
+
 void print_bsi_listing(const ZtpFrameInfo& frame) {
     const char* end = line_end(frame.crc_status);
     if (is_ac3_bsid(frame.bsid)) {
@@ -21,3 +23,5 @@ void print_bsi_listing(const ZtpFrameInfo& frame) {
         std::printf("            BSID not supported, bit stream information not available.\n");
     }
 }
+
+}  // namespace quorlin

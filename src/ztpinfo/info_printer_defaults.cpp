@@ -4,6 +4,8 @@
 
 #include "ztpinfo/info_printer_names.h"
 
+namespace quorlin {
+
 namespace {
 
 constexpr uint16_t MIX_LEVEL_MINUS_3_DB = 4;  // of ltrtcmixlev, ltrtsurmixlev and their Lo/Ro forms
@@ -112,3 +114,5 @@ void print_eac3_defaults(const Eac3Bsi& bsi) {
     carried.headphone_and_ex = bsi.infomdate != 0;
     print_defaults(carried);
 }
+
+}  // namespace quorlin

@@ -7,6 +7,8 @@
 #include "ztpinfo/info_printer_fields.h"
 #include "ztpinfo/info_printer_lines.h"
 
+namespace quorlin {
+
 // ETSI TS 102 366, E.1.2.1 and E.1.2.2. fscod2 has no line: frames that carry it are refused.
 
 namespace {
@@ -251,3 +253,5 @@ void print_eac3_fields(const Eac3Bsi& bsi, const char* end) {
     print_conversion(bsi, end);
     print_addbsi(bsi.addbsie, bsi.addbsil, bsi.addbsi, end);
 }
+
+}  // namespace quorlin

@@ -5,6 +5,8 @@
 
 #include "ztpinfo/info_printer_lines.h"
 
+namespace quorlin {
+
 namespace {
 
 constexpr uint32_t ADDBSI_BYTES_PER_ROW = 16;
@@ -47,3 +49,5 @@ void print_addbsi(uint16_t addbsie, uint16_t addbsil, const std::array<uint8_t, 
     }
     std::fputs(end, stdout);
 }
+
+}  // namespace quorlin

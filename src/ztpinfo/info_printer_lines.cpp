@@ -2,6 +2,8 @@
 
 #include <cstdio>
 
+namespace quorlin {
+
 namespace {
 
 void print_field_start(const char* name, uint16_t value) {
@@ -37,3 +39,5 @@ void print_number(const char* name, uint16_t value, const char* words, int numbe
     print_field_start(name, value);
     std::printf(" (%s%d%s)%s", words, number, unit, end);
 }
+
+}  // namespace quorlin

@@ -5,6 +5,8 @@
 
 #include "ztpinfo/info_printer_names.h"
 
+namespace quorlin {
+
 // The lines that a report is made of. Those of a frame with a CRC error are marked, since their values may be corrupt;
 // texts that do not come from the frame (headings, defaults) end with a plain line end.
 
@@ -22,3 +24,5 @@ void print_field(const char* name, uint16_t value, const char* end);
 void print_explained(const char* name, uint16_t value, const char* words, const char* text, const char* end);
 void print_named(const char* name, uint16_t value, const char* words, ValueNames names, const char* end);
 void print_number(const char* name, uint16_t value, const char* words, int number, const char* unit, const char* end);
+
+}  // namespace quorlin

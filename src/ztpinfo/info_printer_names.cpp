@@ -1,5 +1,7 @@
 #include "ztpinfo/info_printer_names.h"
 
+namespace quorlin {
+
 namespace {
 
 constexpr const char* BSMOD_NAMES[] = {"complete main", "music and effects", "visually impaired", "hearing impaired",
@@ -23,3 +25,5 @@ const char* crc_status_name(CrcStatus crc_status) {
     }
     return "Unknown";
 }
+
+}  // namespace quorlin

@@ -5,6 +5,8 @@
 
 #include "ztpinfo/fmi_api.h"
 
+namespace quorlin {
+
 // The names of field values as the printer writes them, in the order of the values (ETSI TS 102 366, 4.4.2, D.2.3 and
 // E.1.3.1). Every table of a field covers all of its values.
 
@@ -67,3 +69,5 @@ const char* bsmod_name(uint32_t bsmod, uint32_t acmod);
 
 // The text of a CRC status: of a frame, a program or a whole stream.
 const char* crc_status_name(CrcStatus crc_status);
+
+}  // namespace quorlin

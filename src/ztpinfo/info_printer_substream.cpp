@@ -6,6 +6,8 @@
 
 #include "ztpinfo/info_printer_lines.h"
 
+namespace quorlin {
+
 namespace {
 
 const char* yes_no(bool yes) {
@@ -78,3 +80,5 @@ void print_encoder_info(const ZtpFrameInfo& frame, const FrameTail* tail) {
     }
     std::printf("Encinfo: %04hX%s", *encinfo, line_end(frame.crc_status));
 }
+
+}  // namespace quorlin

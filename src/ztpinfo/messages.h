@@ -2,6 +2,8 @@
 
 #include "bits/report.h"
 
+namespace quorlin {
+
 // The analyzer's messages on standard error, after everything that standard output holds so far. A recorder gets them
 // under `id` at the current place.
 
@@ -12,3 +14,5 @@ void report_fatal(const char* id, const char* message, const char* source, int l
 
 // Warning line.
 void report_warning(const char* id, const char* message);
+
+}  // namespace quorlin

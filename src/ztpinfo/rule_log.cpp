@@ -1,5 +1,7 @@
 #include "ztpinfo/rule_log.h"
 
+namespace quorlin {
+
 namespace {
 
 BrokenRule* find_rule(RuleLog& log, uint32_t number) {
@@ -45,3 +47,5 @@ Place place_of_failure(const RuleLog& log) {
     if (log.failure_in_call) return *log.failure_in_call;
     return repeated(log.first_failure ? *log.first_failure : current_place);
 }
+
+}  // namespace quorlin

@@ -6,6 +6,8 @@
 #include "bits/place.h"
 #include "ztpinfo/compliance_flags.h"
 
+namespace quorlin {
+
 // Where rules were broken. The flags tell only that they were: they last for the life of a handle and are listed again
 // at every call.
 
@@ -38,3 +40,5 @@ RulePlace place_of_listed_rule(RuleLog& log, uint32_t number);
 
 // The place of the first failure of the current call or, marked as repeated, of an earlier one.
 Place place_of_failure(const RuleLog& log);
+
+}  // namespace quorlin

@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+namespace quorlin {
+
 // How AC-3 and E-AC-3 syncframes begin: ETSI TS 102 366, 4.3.1 and E.1.2.1.
 
 constexpr uint16_t FRAME_SYNCWORD = 0x0B77;
@@ -30,3 +32,5 @@ constexpr Eac3FrameStart eac3_frame_start(uint16_t word) {
 constexpr uint32_t eac3_frame_words(uint32_t frmsiz) {
     return frmsiz + 1;
 }
+
+}  // namespace quorlin

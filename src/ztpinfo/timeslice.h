@@ -9,6 +9,8 @@
 #include "ztpinfo/fmi_api.h"
 #include "ztpinfo/ztpinfo.h"
 
+namespace quorlin {
+
 // Timeslices: the frames that all substreams of a stream carry for the same span of audio. A program is one independent
 // substream with its dependent ones.
 
@@ -47,3 +49,5 @@ inline std::span<const ZtpProgramRecord> used_programs(const TimesliceRecord& ti
 inline std::span<ZtpProgramRecord> used_programs(TimesliceRecord& timeslice) {
     return std::span(timeslice.programs).first(timeslice.program_slots);
 }
+
+}  // namespace quorlin

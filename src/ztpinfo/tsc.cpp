@@ -5,6 +5,8 @@
 #include "ztpinfo/tsc_generic.h"
 #include "ztpinfo/tsc_hd_dvd.h"
 
+namespace quorlin {
+
 namespace {
 
 constexpr const char* SOURCE = "tsc";
@@ -89,3 +91,5 @@ void check_end_of_data(TimesliceRecord& timeslice, ZtpRuleSet rule_set, RuleLog&
     check_generic_end_of_data(found, timeslice);
     add_flags(timeslice, found, timeslice.programs[0].independent.place, log);
 }
+
+}  // namespace quorlin

@@ -3,6 +3,8 @@
 #include "ztpinfo/rule_log.h"
 #include "ztpinfo/timeslice.h"
 
+namespace quorlin {
+
 // Compliance rules over a completed timeslice. Findings are flags by message number (tsc_messages);
 // `log` keeps their places.
 
@@ -18,3 +20,5 @@ void check_programs(TimesliceRecord& timeslice, const TimesliceRecord& previous,
 
 // Applies the rule for the last timeslice of a buffer.
 void check_end_of_data(TimesliceRecord& timeslice, ZtpRuleSet rule_set, RuleLog& log);
+
+}  // namespace quorlin

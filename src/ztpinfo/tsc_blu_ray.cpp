@@ -2,6 +2,8 @@
 
 #include "ztpinfo/tsc_rules.h"
 
+namespace quorlin {
+
 namespace {
 
 constexpr uint32_t AC3_MAX_BYTES = 2560;
@@ -117,3 +119,5 @@ void check_blu_ray_secondary_programs(ComplianceFlags& compliance, const Timesli
     fail_if(compliance, programs.i0.acmod != programs.previous_i0.acmod, 145);
     fail_if(compliance, programs.current.num_dep_substreams != 0, 177);
 }
+
+}  // namespace quorlin

@@ -2,6 +2,8 @@
 
 #include "ztpinfo/timeslice.h"
 
+namespace quorlin {
+
 // Rule sets 2 and 4: Blu-ray primary and secondary audio; each has rules for one substream and for the programs of a
 // timeslice beside the one before.
 void check_blu_ray_primary_substream(ComplianceFlags& compliance, const ZtpFrameInfo& frame);
@@ -10,3 +12,5 @@ void check_blu_ray_primary_programs(ComplianceFlags& compliance, const Timeslice
 void check_blu_ray_secondary_substream(ComplianceFlags& compliance, const ZtpFrameInfo& frame);
 void check_blu_ray_secondary_programs(ComplianceFlags& compliance, const TimesliceRecord& timeslice,
                                       const TimesliceRecord& previous);
+
+}  // namespace quorlin

@@ -2,6 +2,8 @@
 
 #include "ztpinfo/tsc_rules.h"
 
+namespace quorlin {
+
 namespace {
 
 constexpr float MAX_DATA_RATE_KBPS = 3024.0f;
@@ -111,3 +113,5 @@ void check_generic_end_of_data(ComplianceFlags& compliance, const TimesliceRecor
     if (blocks == FRAMESET_BLOCKS) return;
     fail_if(compliance, i0.convsync_counter != FRAMESET_BLOCKS / blocks - 1, 172);
 }
+
+}  // namespace quorlin

@@ -2,6 +2,8 @@
 
 #include "ztpinfo/timeslice.h"
 
+namespace quorlin {
+
 // Rule set 1: generic Zentra Plus programs.
 
 // The rules for one substream.
@@ -17,3 +19,5 @@ bool check_generic_program_form(ComplianceFlags& compliance, const TimesliceReco
 
 // The rule for the last timeslice of a buffer.
 void check_generic_end_of_data(ComplianceFlags& compliance, const TimesliceRecord& timeslice);
+
+}  // namespace quorlin

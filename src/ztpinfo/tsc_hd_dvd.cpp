@@ -3,6 +3,8 @@
 #include "ztpinfo/tsc_generic.h"
 #include "ztpinfo/tsc_rules.h"
 
+namespace quorlin {
+
 namespace {
 
 constexpr uint32_t MAX_BYTES = 2016;
@@ -51,3 +53,5 @@ void check_hd_dvd_secondary_programs(ComplianceFlags& compliance, const Timeslic
     fail_if(compliance, programs.i0.acmod != programs.previous_i0.acmod, 104);
     fail_if(compliance, programs.i0.frame_words != programs.previous_i0.frame_words, 109);
 }
+
+}  // namespace quorlin

@@ -7,6 +7,8 @@
 #include "ztpinfo/tsi.h"
 #include "ztpinfo/ztpinfo.h"
 
+namespace quorlin {
+
 namespace {
 
 constexpr uint32_t FIRST_MESSAGE = 51;
@@ -221,3 +223,5 @@ void print_compliance_list(const ComplianceFlags& compliance, bool with_warnings
             print_rule(i, compliance.failures[i]);
     }
 }
+
+}  // namespace quorlin

@@ -1,5 +1,7 @@
 #include "ztpinfo/tsc_rules.h"
 
+namespace quorlin {
+
 namespace {
 
 const ZtpFrameInfo& frame_or_cleared(const ZtpSubstreamRecord& substream) {
@@ -38,3 +40,5 @@ bool has_surplus_substreams(const ZtpProgramRecord& program) {
     if (!program.independent.present) return true;
     return program.num_dep_substreams > (program.dependent[0].present ? 1 : 0);
 }
+
+}  // namespace quorlin

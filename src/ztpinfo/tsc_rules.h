@@ -3,6 +3,8 @@
 #include "ztpinfo/channel_locations.h"
 #include "ztpinfo/timeslice.h"
 
+namespace quorlin {
+
 // What the rule sets share. A rule is one line: its condition and the number of its message.
 
 constexpr uint16_t BSID_AC3 = 8;
@@ -41,3 +43,5 @@ bool program_channels_differ(const ZtpProgramRecord& a, const ZtpProgramRecord& 
 
 // True when the program is anything but I0 alone or I0 with D0.
 bool has_surplus_substreams(const ZtpProgramRecord& program);
+
+}  // namespace quorlin

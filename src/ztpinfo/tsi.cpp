@@ -9,6 +9,8 @@
 #include "ztpinfo/tsc.h"
 #include "ztpinfo/tsi_compare.h"
 
+namespace quorlin {
+
 namespace {
 
 constexpr const char* SOURCE = "tsi";
@@ -263,3 +265,5 @@ int finish_timeslice(TimesliceAccumulator& accumulator, ZtpRuleSet rule_set) {
     count_timeslice(accumulator);
     return 0;
 }
+
+}  // namespace quorlin

@@ -8,6 +8,8 @@
 #include "ztpinfo/rule_log.h"
 #include "ztpinfo/timeslice.h"
 
+namespace quorlin {
+
 // The timeslices of a stream: assembled from its frames, checked, counted.
 
 // Frame ends of one program; filled only when the options ask for auxiliary data or encoder information.
@@ -79,3 +81,5 @@ bool starts_timeslice(const TimesliceAccumulator& accumulator, const ZtpFrameInf
 inline const TimesliceRecord& last_completed(const TimesliceAccumulator& accumulator) {
     return accumulator.records[accumulator.completed];
 }
+
+}  // namespace quorlin

@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+namespace quorlin {
+
 namespace {
 
 // The records have no padding, so that equal bytes are equal fields.
@@ -99,3 +101,5 @@ bool same_timeslice(const TimesliceRecord& a, const TimesliceRecord& b) {
 bool same_layout(const TimesliceRecord& a, const TimesliceRecord& b) {
     return same_programs(a, b, same_layout_program);
 }
+
+}  // namespace quorlin

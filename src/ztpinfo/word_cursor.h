@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <span>
 
+namespace quorlin {
+
 // Reads a frame's words most significant bit first. Bits after the last word read as zero.
 struct WordCursor {
     std::span<const uint16_t> words;
@@ -22,3 +24,5 @@ struct WordCursor {
  private:
     uint32_t word(uint32_t index) const { return index < words.size() ? words[index] : 0; }
 };
+
+}  // namespace quorlin

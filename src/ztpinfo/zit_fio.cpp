@@ -5,6 +5,8 @@
 
 #include "ztpinfo/messages.h"
 
+namespace quorlin {
+
 namespace {
 
 // Words as first and second byte in normal order; the sync word of a frame tells which order its words have.
@@ -87,3 +89,5 @@ int read_words(WordInput& input, std::span<uint16_t> words) {
     input.position += words.size_bytes();
     return 0;
 }
+
+}  // namespace quorlin

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <span>
 
+namespace quorlin {
+
 // Input of the analyzer: a byte buffer taken as 16-bit words, in the order that the sync word of each frame tells.
 
 enum ZtpByteOrder : int16_t {
@@ -36,3 +38,5 @@ enum InputStatus : int {
 inline size_t bytes_left(const WordInput& input) {
     return input.bytes.size() - input.position;
 }
+
+}  // namespace quorlin

@@ -7,6 +7,8 @@
 
 #include "bits/place.h"
 
+namespace quorlin {
+
 // The E-AC-3 / AC-3 analyzer: walks elementary-stream bytes syncframe by syncframe, checks the programs that they form
 // and reports what it finds on standard output; fatal conditions go to standard error.
 
@@ -129,3 +131,5 @@ Place ztpinfo_failure_place(const ZtpInfoContext* handle);
 
 // Playing time of the timeslices that were completed on this handle, in 90 kHz ticks.
 int64_t ztpinfo_playing_time(const ZtpInfoContext* handle);
+
+}  // namespace quorlin

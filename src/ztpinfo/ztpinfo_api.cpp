@@ -11,6 +11,8 @@
 #include "ztpinfo/zit_fio.h"
 #include "ztpinfo/ztpinfo.h"
 
+namespace quorlin {
+
 namespace {
 
 // How the walk over a buffer, or one step of it, came out.
@@ -248,3 +250,5 @@ int ztpinfo_process(std::span<const uint8_t> bytes, ZtpStreamSummary& summary, Z
     ztpinfo_summarise(handle, summary);
     return result;
 }
+
+}  // namespace quorlin

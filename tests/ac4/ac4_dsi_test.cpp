@@ -13,6 +13,8 @@
 #include "support/golden.h"
 #include "support/named_texts.h"
 
+namespace quorlin {
+
 namespace {
 
 struct SampleEntry {
@@ -175,3 +177,5 @@ TEST(Ac4Dsi, PresentationsThatDoNotMeet) {
 }
 
 }  // namespace
+
+}  // namespace quorlin

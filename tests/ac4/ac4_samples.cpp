@@ -4,6 +4,8 @@
 
 #include "support/named_texts.h"
 
+namespace quorlin {
+
 // "[name toc]" and "[name dsi]" take turns in the file.
 const std::vector<Ac4Sample>& ac4_samples() {
     static const std::vector<Ac4Sample> samples = [] {
@@ -23,3 +25,5 @@ const Ac4Sample& ac4_sample(const std::string& name) {
         if (sample.name == name) return sample;
     std::abort();
 }
+
+}  // namespace quorlin

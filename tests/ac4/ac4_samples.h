@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+namespace quorlin {
+
 // A table of contents and the decoder-specific information that belongs to it, as texts for write_fields.
 struct Ac4Sample {
     std::string name;
@@ -11,3 +13,5 @@ struct Ac4Sample {
 };
 const std::vector<Ac4Sample>& ac4_samples();
 const Ac4Sample& ac4_sample(const std::string& name);
+
+}  // namespace quorlin

@@ -11,6 +11,8 @@
 #include "support/golden.h"
 #include "support/named_texts.h"
 
+namespace quorlin {
+
 namespace {
 
 int parse(std::span<const uint8_t> frame, ac4_toc& toc) {
@@ -192,3 +194,5 @@ TEST(Ac4Toc, NestingHasALimit) {
 }
 
 }  // namespace
+
+}  // namespace quorlin

@@ -8,6 +8,8 @@
 
 #include "support/bit_writer.h"
 
+namespace quorlin {
+
 TEST(BitReader, FieldsOfEveryWidthAtEveryPositionComeBack) {
     for (uint32_t lead = 0; lead < 8; ++lead) {
         for (uint32_t width = 1; width <= 32; ++width) {
@@ -56,3 +58,5 @@ TEST(BitReader, VariableBits) {
     variable_bits(2, position, escapes);  // ends with the data
     EXPECT_LE(position, escapes.size() * 8 + 3);
 }
+
+}  // namespace quorlin

@@ -13,6 +13,8 @@
 #include "support/files.h"
 #include "support/golden.h"
 
+namespace quorlin {
+
 namespace {
 
 using Bytes = std::vector<uint8_t>;
@@ -127,3 +129,5 @@ TEST(FileReader, OnlyRegularFilesAreInputs) {
     EXPECT_FALSE(open_input_stream(testing::TempDir()));
     std::filesystem::remove(pipe);
 }
+
+}  // namespace quorlin

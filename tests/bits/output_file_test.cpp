@@ -8,6 +8,8 @@
 #include "support/files.h"
 #include "support/golden.h"
 
+namespace quorlin {
+
 // Many bytes fail when they are written, few when the file is closed.
 TEST(OutputFile, AFullDiskIsReportedOncePerFile) {
     for (const size_t size : {1000000u, 3u}) {
@@ -44,3 +46,5 @@ TEST(OutputFile, AFileThatCannotBeCreated) {
     EXPECT_EQ(printed, "ERROR: Failed to create elementary stream path: " + path + "\n");
     EXPECT_EQ(elementary_stream_write(output, std::vector<uint8_t>(9)), 0);  // nothing is open, nothing is lost
 }
+
+}  // namespace quorlin

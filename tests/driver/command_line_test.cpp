@@ -9,6 +9,8 @@
 #include "driver/name_template.h"
 #include "support/golden.h"
 
+namespace quorlin {
+
 TEST(CommandLine, OptionsAndKindsOfInput) {
     const std::vector<const char*> cases[] = {
         {"-i", "a.m3u8"},
@@ -95,3 +97,5 @@ TEST(NameTemplate, EverythingElseIsText) {
     EXPECT_EQ(expand_template("%4096d", 5, name), TemplateKind::NUMBERED);
     EXPECT_EQ(name.size(), 4096u);
 }
+
+}  // namespace quorlin

@@ -7,6 +7,8 @@
 
 #include "support/files.h"
 
+namespace quorlin {
+
 TEST(Paths, FileStem) {
     const char* const cases[][2] = {
         {"a.ts", "a"},   {"dir/a.b.ts", "a.b"}, {"C:\\seg\\a_1.ts", "a_1"}, {"x\\y/a.ts", "a"}, {"x/y\\a.ts", "a"},
@@ -34,3 +36,5 @@ TEST(Paths, OutputDirectoriesAreCreatedAtBackslashesOnly) {
     }
     std::remove(base.c_str());
 }
+
+}  // namespace quorlin

@@ -4,6 +4,8 @@
 
 #include "support/golden.h"
 
+namespace quorlin {
+
 namespace {
 
 TsSegmentTiming timing(uint32_t stream_type, int64_t first_pts, int64_t end_pts, int64_t video_first,
@@ -45,3 +47,5 @@ TEST(TimingChecks, OffsetsBetweenAudioAndVideo) {
             printed += transcript_entry(c.name, [&] { return check_segment_timing(c.current, c.previous, caller); });
     expect_golden("golden/timing_checks.txt", printed);
 }
+
+}  // namespace quorlin

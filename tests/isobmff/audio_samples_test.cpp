@@ -4,6 +4,8 @@
 #include "segment_run.h"
 #include "support/syncframe_writer.h"
 
+namespace quorlin {
+
 namespace {
 
 // A 5.1 frame as "I" with additional BSI.
@@ -51,3 +53,5 @@ TEST(AudioSamples, AgainstTheSampleDescription) {
 }
 
 }  // namespace
+
+}  // namespace quorlin

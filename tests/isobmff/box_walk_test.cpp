@@ -1,6 +1,8 @@
 // The walk over boxes and the rules of the movie's boxes: what ends it, what it passes over.
 #include "segment_run.h"
 
+namespace quorlin {
+
 namespace {
 
 Bytes nested(uint32_t levels) {
@@ -47,3 +49,5 @@ TEST(BoxWalk, EndsWhereTheRulesSay) {
 }
 
 }  // namespace
+
+}  // namespace quorlin

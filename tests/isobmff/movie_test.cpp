@@ -2,6 +2,8 @@
 #include "isobmff/media_walk.h"
 #include "segment_run.h"
 
+namespace quorlin {
+
 namespace {
 
 void print_ec3(const TrackRecord& t) {
@@ -133,3 +135,5 @@ TEST(Movie, VideoConfigurations) {
 }
 
 }  // namespace
+
+}  // namespace quorlin

@@ -3,6 +3,8 @@
 #include "segment_run.h"
 #include "support/syncframe_writer.h"
 
+namespace quorlin {
+
 namespace {
 
 std::string described(const Place& place) {
@@ -109,3 +111,5 @@ TEST(Places, OfFindingsAndFacts) {
 }
 
 }  // namespace
+
+}  // namespace quorlin

@@ -4,6 +4,8 @@
 
 #include "segment_run.h"
 
+namespace quorlin {
+
 namespace {
 
 std::optional<PlaylistAttributes> attributes(const std::string& codecs, std::optional<std::string> channels = {}) {
@@ -63,3 +65,5 @@ TEST(SampleEntry, Lumora) {
 }
 
 }  // namespace
+
+}  // namespace quorlin

@@ -1,6 +1,8 @@
 // From the sample tables and fragments to the bytes of a track.
 #include "segment_run.h"
 
+namespace quorlin {
+
 namespace {
 
 const Bytes DATA_ENTRY = box("wvtt", {});
@@ -46,3 +48,5 @@ TEST(MovieFragments, RunsBecomeTheBytesOfTheTrack) {
 }
 
 }  // namespace
+
+}  // namespace quorlin

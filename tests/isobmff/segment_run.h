@@ -17,6 +17,8 @@
 #include "support/golden.h"
 #include "support/named_texts.h"
 
+namespace quorlin {
+
 // An init section and the segments that belong to it, with their ranges, and what the playlist says.
 struct SegmentCase {
     std::string name;
@@ -119,3 +121,5 @@ inline Bytes fragment(const std::string& boxes, const std::string& data) {
 inline Bytes init_with_entry(const Bytes& entry) {
     return init_section({{.entry = entry}});
 }
+
+}  // namespace quorlin

@@ -1,6 +1,8 @@
 // Whole segments: ranges, several tracks, and state from one segment to the next.
 #include "segment_run.h"
 
+namespace quorlin {
+
 namespace {
 
 const Bytes DATA_ENTRY = box("wvtt", {});
@@ -104,3 +106,5 @@ TEST(Segment, OutputThatCannotBeWritten) {
 }
 
 }  // namespace
+
+}  // namespace quorlin

@@ -1,6 +1,8 @@
 // H.264 and H.265 samples as byte streams.
 #include "segment_run.h"
 
+namespace quorlin {
+
 namespace {
 
 Bytes unit(uint32_t length_size, const char* text, std::optional<uint64_t> length = {}) {
@@ -69,3 +71,5 @@ TEST(VideoSamples, SampleLargerThanAGroup) {
 }
 
 }  // namespace
+
+}  // namespace quorlin

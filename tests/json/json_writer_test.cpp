@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+namespace quorlin {
+
 namespace {
 
 TEST(JsonWriter, TextsKeepEveryByte) {
@@ -60,3 +62,5 @@ TEST(JsonWriter, DecimalsOfThePlaylistAreNumbersOnlyWhenTheyAre) {
 }
 
 }  // namespace
+
+}  // namespace quorlin

@@ -12,6 +12,8 @@
 #include "support/place_recorder.h"
 #include "ztpinfo/ztpinfo.h"
 
+namespace quorlin {
+
 // Stands in for the analyzer: a test sees how the payload was cut into timeslices and says what each call returns.
 struct ZtpInfoContext {
     bool opens = true;
@@ -246,3 +248,5 @@ TEST(PackedAudio, SegmentsAppendAndPrefixesFail) {
 }
 
 }  // namespace
+
+}  // namespace quorlin

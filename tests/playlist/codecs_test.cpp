@@ -5,6 +5,8 @@
 #include "playlist/byte_range.h"
 #include "playlist/ztp_program.h"
 
+namespace quorlin {
+
 namespace {
 
 TEST(Codecs, Filter) {
@@ -87,3 +89,5 @@ TEST(ZtpProgram, Numbers) {
 }
 
 }  // namespace
+
+}  // namespace quorlin

@@ -3,6 +3,8 @@
 #include "playlist/playlist_writer.h"
 #include "support/golden.h"
 
+namespace quorlin {
+
 namespace {
 
 std::string media(const std::string& attributes) {
@@ -58,3 +60,5 @@ TEST(PlaylistChecks, FindingsAndMarks) {
 }
 
 }  // namespace
+
+}  // namespace quorlin

@@ -3,6 +3,8 @@
 #include "playlist/playlist_writer.h"
 #include "support/golden.h"
 
+namespace quorlin {
+
 namespace {
 
 // A text with the playlist's directory shown as "@/", "-" when it is absent.
@@ -112,3 +114,5 @@ TEST(PlaylistDirectory, Separators) {
 }
 
 }  // namespace
+
+}  // namespace quorlin

@@ -7,6 +7,8 @@
 #include "playlist/playlist_reader.h"
 #include "support/files.h"
 
+namespace quorlin {
+
 inline std::string test_playlist_path() {
     return scratch_path("test.m3u8");
 }
@@ -18,3 +20,5 @@ inline int read_playlist_text(const std::string& text, Playlist& playlist) {
     file.reset();
     return read_playlist(test_playlist_path(), playlist);
 }
+
+}  // namespace quorlin

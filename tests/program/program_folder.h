@@ -12,6 +12,8 @@
 #include "support/run_program.h"
 #include "support/ts_writer.h"
 
+namespace quorlin {
+
 // Files by their names; a name that ends in '/' is a folder.
 using Files = std::map<std::string, Bytes>;
 
@@ -72,3 +74,5 @@ inline std::string entries(const std::vector<std::string>& names) {
     for (const std::string& name : names) lines += "#EXTINF:4,\n" + name + "\n";
     return lines;
 }
+
+}  // namespace quorlin

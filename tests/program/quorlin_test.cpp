@@ -5,6 +5,8 @@
 #include "program/program_folder.h"
 #include "support/syncframe_writer.h"
 
+namespace quorlin {
+
 namespace {
 
 constexpr uint8_t AAC = 0x0F, AVC = 0x1B, EAC3 = 0x87;
@@ -233,3 +235,5 @@ TEST(Program, ASeriesReportsItsTimingAndPasses) {
     EXPECT_NE(events.find("\"ts-av-offset-change\""), std::string::npos);
     EXPECT_EQ(events.find("\"fails\":true"), std::string::npos) << events;
 }
+
+}  // namespace quorlin

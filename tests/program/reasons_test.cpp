@@ -6,6 +6,8 @@
 #include "program/program_folder.h"
 #include "support/id3_writer.h"
 
+namespace quorlin {
+
 namespace {
 
 struct Case {
@@ -254,3 +256,5 @@ TEST(Program, Reasons) {
         }
     expect_golden("golden/reasons.txt", transcripts);
 }
+
+}  // namespace quorlin

@@ -7,6 +7,8 @@
 #include "support/files.h"
 #include "support/run_program.h"
 
+namespace quorlin {
+
 namespace {
 
 const std::string STREAMS = "../ztpinfo/golden/";
@@ -110,3 +112,5 @@ TEST(ZtpInfoCommand, RefusesFourGigabytes) {
 }
 
 }  // namespace
+
+}  // namespace quorlin

@@ -8,6 +8,8 @@
 
 #include "support/bit_writer.h"
 
+namespace quorlin {
+
 namespace {
 
 const std::map<std::string, std::string> PIECES = {
@@ -106,3 +108,5 @@ std::string change_field(const std::string& text, const std::string& from, const
     EXPECT_NE(place, std::string::npos) << from;
     return place == std::string::npos ? line : line.replace(place, from.size(), to);
 }
+
+}  // namespace quorlin

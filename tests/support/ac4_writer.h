@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+namespace quorlin {
+
 // Writes AC-4 tables of contents and dac4 payloads from a text that reads like the standard's syntax tables:
 // "name:width=value" per field. Widths: bits ("3"), an escape-coded integer in groups of bits ("v2"), a field that is
 // extended by one when all of its bits are 1 ("e3.2"). Several values in a row: "language_tag_bytes:8=0x65,0x6e".
@@ -14,3 +16,5 @@ std::vector<uint8_t> write_fields(const std::string& text);
 
 // `text`, on one line, with the first `from` replaced by `to`; a test failure when there is none.
 std::string change_field(const std::string& text, const std::string& from, const std::string& to);
+
+}  // namespace quorlin

@@ -1,5 +1,7 @@
 #include "support/bit_writer.h"
 
+namespace quorlin {
+
 void BitWriter::put(uint32_t n, uint64_t value) {
     for (uint32_t i = n; i-- > 0;) {
         if (bit_count % 8 == 0) bytes.push_back(0);
@@ -20,3 +22,5 @@ void BitWriter::put_text(std::string_view text) {
 void BitWriter::align() {
     bit_count = bytes.size() * 8;
 }
+
+}  // namespace quorlin

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+namespace quorlin {
+
 // Writes bit fields most significant bit first: the mirror of read_bits.
 struct BitWriter {
     std::vector<uint8_t> bytes;
@@ -17,3 +19,5 @@ struct BitWriter {
     void put_text(std::string_view text);
     void align();
 };
+
+}  // namespace quorlin

@@ -4,6 +4,8 @@
 
 #include "support/bit_writer.h"
 
+namespace quorlin {
+
 namespace {
 
 void append(Bytes& to, const Bytes& from) {
@@ -136,3 +138,5 @@ Bytes hvcC(uint8_t length_size, const std::vector<HevcArray>& arrays) {
     }
     return box("hvcC", {payload});
 }
+
+}  // namespace quorlin

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+namespace quorlin {
+
 // Writes ISO base media files: the mirror of src/isobmff. Sizes, counts and offsets are filled in; what is to be
 // wrong is written with `size` or from a text.
 using Bytes = std::vector<uint8_t>;
@@ -60,3 +62,5 @@ struct HevcArray {
     std::vector<Bytes> units = {};
 };
 Bytes hvcC(uint8_t length_size, const std::vector<HevcArray>& arrays);
+
+}  // namespace quorlin

@@ -13,6 +13,8 @@
 
 #include "bits/file_reader.h"
 
+namespace quorlin {
+
 // A place for the files of a test that no other run of the tests uses; gone when the test program ends.
 inline std::string scratch_path(const std::string& name) {
     struct Scratch {
@@ -54,3 +56,5 @@ inline std::map<std::string, std::string> take_files(const std::string& director
     std::filesystem::remove_all(directory);
     return files;
 }
+
+}  // namespace quorlin

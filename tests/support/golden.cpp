@@ -9,6 +9,8 @@
 #include "bits/recorder.h"
 #include "support/files.h"
 
+namespace quorlin {
+
 namespace {
 
 void print_text(std::string_view text) {
@@ -49,3 +51,5 @@ void expect_golden(const std::string& path, const std::string& text) {
     }
     EXPECT_EQ(file_text(path), text) << path;
 }
+
+}  // namespace quorlin

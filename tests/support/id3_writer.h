@@ -8,6 +8,8 @@
 
 #include "support/bit_writer.h"
 
+namespace quorlin {
+
 // The ID3 tag before packed audio; what a test sets wrong stands as it is.
 struct Id3Tag {
     uint64_t timestamp = 1;
@@ -33,3 +35,5 @@ inline std::vector<uint8_t> packed_segment(const Id3Tag& tag, std::span<const ui
     segment.put_bytes(payload);
     return segment.bytes;
 }
+
+}  // namespace quorlin

@@ -5,6 +5,8 @@
 #include <utility>
 #include <vector>
 
+namespace quorlin {
+
 using NamedTexts = std::vector<std::pair<std::string, std::string>>;
 
 // The texts of a file by their names: "[name]" on a line begins one, "#" a comment.
@@ -19,3 +21,5 @@ inline NamedTexts read_texts(const std::string& path) {
     }
     return texts;
 }
+
+}  // namespace quorlin

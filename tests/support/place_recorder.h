@@ -5,6 +5,8 @@
 
 #include "bits/recorder.h"
 
+namespace quorlin {
+
 // A recorder that prints ids, places and the facts of streams, instead of texts.
 
 inline std::string known(int64_t value, int64_t none) {
@@ -35,3 +37,5 @@ inline constexpr Recorder PLACE_RECORDER = {
             for (const StreamFacts& stream : segment.streams) print_stream(stream);
         },
 };
+
+}  // namespace quorlin

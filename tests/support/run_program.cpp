@@ -7,6 +7,8 @@
 
 #include "support/files.h"
 
+namespace quorlin {
+
 ProgramResult run_program(const std::string& command) {
     const std::string base = scratch_path("run");
     const int status = std::system(("{ " + command + "\n} >'" + base + ".out' 2>'" + base + ".err'").c_str());
@@ -17,3 +19,5 @@ ProgramResult run_program(const std::string& command) {
     for (const char* file : {".out", ".err"}) unlink((base + file).c_str());
     return result;
 }
+
+}  // namespace quorlin

@@ -7,6 +7,8 @@
 #include <sstream>
 #include <string>
 
+namespace quorlin {
+
 namespace {
 
 void put_optional(BitWriter& writer, uint16_t present, uint32_t n, uint16_t value) {
@@ -387,3 +389,5 @@ std::vector<uint8_t> syncframes(std::string_view description) {
     }
     return stream;
 }
+
+}  // namespace quorlin

@@ -8,6 +8,8 @@
 #include "support/bit_writer.h"
 #include "ztpinfo/bsi.h"
 
+namespace quorlin {
+
 // AC-3 and E-AC-3 syncframes (ETSI TS 102 366) with any BSI, right or wrong check words, in either byte order.
 
 // Appends the BSI as the syntax has it, from the sync word on. Fields that the syntax leaves out are not looked at.
@@ -40,3 +42,5 @@ std::vector<uint16_t> to_words(std::span<const uint8_t> bytes);
 //   cut=N                only the first N bytes
 // "x:HEX" stands for bytes as they are, "b:HEX" for a frame that begins with this BSI.
 std::vector<uint8_t> syncframes(std::string_view description);
+
+}  // namespace quorlin

@@ -4,6 +4,8 @@
 
 #include "support/bit_writer.h"
 
+namespace quorlin {
+
 namespace {
 
 constexpr size_t PAYLOAD_MAX = 184;
@@ -107,3 +109,5 @@ void TsWriter::pmt(const PmtSpec& spec, uint16_t pid, uint8_t pointer_field) {
     }
     payload(pid, psi_payload(0x02, spec.program_number, w.bytes, pointer_field));
 }
+
+}  // namespace quorlin

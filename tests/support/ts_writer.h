@@ -5,6 +5,8 @@
 #include <utility>
 #include <vector>
 
+namespace quorlin {
+
 // Writes transport streams field by field: the mirror of src/ts. Lengths and stuffing are filled in; an optional field
 // that is set is written as it is, right or wrong. What no reader looks at is zero: continuity counters, versions,
 // CRC_32.
@@ -64,3 +66,5 @@ struct TsWriter {
     // A unit that starts in a packet of its own and takes as many as it needs.
     void payload(uint16_t pid, const Bytes& unit);
 };
+
+}  // namespace quorlin

@@ -5,6 +5,8 @@
 #include "support/golden.h"
 #include "support/ts_writer.h"
 
+namespace quorlin {
+
 namespace {
 
 struct DescriptorCase {
@@ -95,3 +97,5 @@ TEST(Descriptors, AClaimBeyondTheLoopIsCutToTheLoop) {
 }
 
 }  // namespace
+
+}  // namespace quorlin

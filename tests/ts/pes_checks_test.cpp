@@ -5,6 +5,8 @@
 #include "support/golden.h"
 #include "support/ts_writer.h"
 
+namespace quorlin {
+
 namespace {
 
 constexpr uint16_t PID = 0x101;
@@ -184,3 +186,5 @@ TEST(PesChecks, TheDescriptorsChooseTheCheck) {
 }
 
 }  // namespace
+
+}  // namespace quorlin

@@ -8,6 +8,8 @@
 #include "support/golden.h"
 #include "support/ts_writer.h"
 
+namespace quorlin {
+
 namespace {
 
 struct Stamp {
@@ -55,3 +57,5 @@ TEST(Pes, TimestampLog) {
             log_of(false,
                    {{100, 200}, {BIT_32 - 1, 2 * BIT_32 - 1}, {BIT_32, BIT_32}, {BIT_32, BIT_32 + 1}, {BIT_32}}));
 }
+
+}  // namespace quorlin

@@ -5,6 +5,8 @@
 #include "support/golden.h"
 #include "support/ts_writer.h"
 
+namespace quorlin {
+
 namespace {
 
 Bytes eac3(uint8_t tag, uint8_t extension = 0) {
@@ -117,3 +119,5 @@ TEST(PmtChecks, Findings) {
 }
 
 }  // namespace
+
+}  // namespace quorlin

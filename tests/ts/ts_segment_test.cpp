@@ -12,6 +12,8 @@
 #include "support/place_recorder.h"
 #include "support/ts_writer.h"
 
+namespace quorlin {
+
 namespace {
 
 using Streams = std::vector<PmtSpec::Stream>;
@@ -301,3 +303,5 @@ TEST(TsSegment, PlacesOfFindingsAndFactsOfStreams) {
     set_recorder(nullptr);
     expect_golden("golden/places.txt", report);
 }
+
+}  // namespace quorlin

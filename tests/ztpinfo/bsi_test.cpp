@@ -10,6 +10,8 @@
 #include "ztpinfo/bsid_dd.h"
 #include "ztpinfo/bsid_ztp.h"
 
+namespace quorlin {
+
 namespace {
 
 int unpack(std::span<const uint16_t> words, Ac3Bsi& bsi) {
@@ -84,3 +86,5 @@ TEST(Bsi, Ac3FrameLengths) {
 }
 
 }  // namespace
+
+}  // namespace quorlin

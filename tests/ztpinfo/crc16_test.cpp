@@ -8,6 +8,8 @@
 #include "support/syncframe_writer.h"
 #include "ztpinfo/fmi_api.h"
 
+namespace quorlin {
+
 namespace {
 
 // Every form against the bit-by-bit register, from any register, at all lengths around the sizes of their steps.
@@ -48,3 +50,5 @@ TEST(Crc16, EveryWrongBitOfAFrameIsFound) {
 }
 
 }  // namespace
+
+}  // namespace quorlin

@@ -17,6 +17,8 @@
 #include "support/syncframe_writer.h"
 #include "ztpinfo/info_printer_bsi.h"
 
+namespace quorlin {
+
 namespace {
 
 struct Outcome {
@@ -197,3 +199,5 @@ TEST(Ztpinfo, ListingOfAnUnknownBsid) {
 }
 
 }  // namespace
+
+}  // namespace quorlin
