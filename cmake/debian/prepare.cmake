@@ -1,6 +1,5 @@
 # Run by CPack over the installed tree: what Debian wants of it beyond what every installation has. Manual pages and
-# changelogs are compressed (without names and times, so that the package can be reproduced), there is a copyright file,
-# and scripts take the system's interpreter, not the first of the caller's path.
+# changelogs are compressed (without names and times, so that the package can be reproduced), and there is a copyright file.
 set(share ${CPACK_TEMPORARY_INSTALL_DIRECTORY}/usr/share)
 set(documents ${share}/doc/${CPACK_PACKAGE_NAME})
 set(source ${CMAKE_CURRENT_LIST_DIR}/../..)
@@ -21,11 +20,3 @@ file(GLOB pages ${share}/man/man*/*.[1-9])
 execute_process(
   COMMAND gzip -9nf ${pages} ${documents}/changelog ${documents}/changelog.Debian
   COMMAND_ERROR_IS_FATAL ANY)
-
-file(GLOB programs ${CPACK_TEMPORARY_INSTALL_DIRECTORY}/usr/bin/*)
-foreach(program ${programs})
-  file(READ ${program} shebang LIMIT 22)
-  if(shebang STREQUAL "#!/usr/bin/env python3")
-    execute_process(COMMAND sed -i "1s|/usr/bin/env python3|/usr/bin/python3|" ${program} COMMAND_ERROR_IS_FATAL ANY)
-  endif()
-endforeach()
