@@ -17,7 +17,7 @@ endwhile()
 file(WRITE ${CMAKE_BINARY_DIR}/installed/README.md "${readme}")
 install(FILES ${CMAKE_BINARY_DIR}/installed/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} PATTERN expected EXCLUDE PATTERN check EXCLUDE PATTERN list EXCLUDE)
-install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} OPTIONAL FILES_MATCHING PATTERN "*.md" PATTERN "*.json")
+install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} OPTIONAL FILES_MATCHING PATTERN "*.md" PATTERN "*.json" PATTERN "*.png")
 
 set(QUORLIN_MAINTAINER "quorlin developers <developers@quorlin.example>" CACHE STRING "Maintainer of the Debian package")
 

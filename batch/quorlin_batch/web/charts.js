@@ -24,7 +24,9 @@ function drawAxis(y, width, x, scale, left) {
   for (let now = Math.max(0, Math.floor(left / scale / step) * step); x(now) < width; now += step) {
     const clock = [Math.floor(now / 3600), Math.floor(now / 60) % 60, now % 60];
     const text = clock.map((part, index) => index ? String(part).padStart(2, "0") : String(part)).join(":");
-    group.append(svg("line", {x1: x(now), x2: x(now), y1: y, y2: y + 5}), svg("text", {x: x(now) + 3, y: y + 15}, text));
+    // At the right edge the time stands before its tick.
+    const place = x(now) + 50 < width ? {x: x(now) + 3} : {x: x(now) - 3, "text-anchor": "end"};
+    group.append(svg("line", {x1: x(now), x2: x(now), y1: y, y2: y + 5}), svg("text", {...place, y: y + 15}, text));
   }
   return group;
 }
