@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,11 @@ using Files = std::map<std::string, Bytes>;
 // code and written files out.
 class ProgramFolder {
     std::filesystem::path folder = scratch_path("program");
+
+    // The analyzer's blocks name a line of the sources, which moves.
+    static std::string without_source_lines(const std::string& text) {
+        return std::regex_replace(text, std::regex(" \\(line [0-9]+\\)"), " (line …)");
+    }
 
     std::string written_files() const {
         std::string list;
@@ -58,7 +64,7 @@ class ProgramFolder {
     std::string transcript(const std::string& title, const std::string& arguments) const {
         const ProgramResult result = run(arguments);
         std::string text = "==== " + title + "\n" + result.out;
-        if (!result.err.empty()) text += "-- standard error:\n" + result.err;
+        if (!result.err.empty()) text += "-- standard error:\n" + without_source_lines(result.err);
         return text + written_files() + "-- exit code " + std::to_string(result.exit_code) + "\n";
     }
 };

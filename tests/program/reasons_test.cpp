@@ -55,7 +55,7 @@ std::vector<Case> transport_streams() {
         ts("no association table", FRAME),
         ts("a stream without PES packets", sound_and_pictures + FRAME),
         ts("no PES packet at all", sound_and_pictures),
-        ts("an unknown stream type", tables({{0x15, 300}, {0x0F, 0x101}}) + FRAME),
+        ts("streams that are not followed", tables({{0x15, 300}, {0x03, 301}, {0x0F, 0x101}}) + FRAME),
         ts("Opus", opus + FRAME + opus),
         ts("a packet before the tables", FRAME + GOOD),
         ts("audio without a length", eac3 + pes({.pts = 0, .payload = {0x0B, 0x77}, .PES_packet_length = 0})),
