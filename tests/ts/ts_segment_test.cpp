@@ -121,7 +121,7 @@ TEST(TsSegment, EveryCutOfAHeaderGivesTheSameResult) {
     const Demuxed whole = demux_cut(50, 1);
     EXPECT_EQ(whole.files.at("s_pid_257.adts"), text_of(numbered(300)));
     for (size_t first = 1; first < 21; ++first)
-        for (const size_t second : {1, 8}) {
+        for (const size_t second : {size_t{1}, size_t{8}}) {
             const Demuxed cut = demux_cut(first, second);
             EXPECT_EQ(cut.report, whole.report) << first << " " << second;
             EXPECT_EQ(cut.files, whole.files) << first << " " << second;
