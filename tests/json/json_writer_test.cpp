@@ -15,7 +15,7 @@ TEST(JsonWriter, TextsKeepEveryByte) {
     const Case cases[] = {
         {"quotes and backslashes", "\"\\/", R"("\"\\/")"},
         {"control characters", std::string_view("\0\n\t\x1b\x7f", 5), R"("\u0000\n\t\u001b\u007f")"},
-        {"UTF-8 of two, three and four bytes", "\u00e9\u20ac\U0001f600", "\"\u00e9\u20ac\U0001f600\""},
+        {"UTF-8 of two, three and four bytes", "\u00e9\u20ac\uffe6\U0001f600", "\"\u00e9\u20ac\uffe6\U0001f600\""},
         {"a stray continuation byte", "a\x80z", R"("a\udc80z")"},
         {"a sequence cut at the end", "\xe2\x82", R"("\udce2\udc82")"},
         {"a sequence cut by another character", "\xe2\x82z", R"("\udce2\udc82z")"},

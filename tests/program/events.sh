@@ -40,9 +40,10 @@ both bytes-that-are-no-utf8 -i $'odd\xff\xc3\x28"name.m3u8'
 [ $? = 255 ] || fail "a full disk: exit code"
 grep -qxF "quorlin: standard output: cannot be written" "$folder/full" || fail "a full disk: nothing says so"
 
-# Every id can be explained, in words.
+# Every id can be explained, in words, which are indented and fit into 80 columns.
 "$json" --ids | while read -r id; do
-    [ "$("$json" --explain "$id" | wc -w)" -gt 8 ] || echo "$id"
+    "$json" --explain "$id" >"$folder/explanation"
+    [ "$(wc -w <"$folder/explanation")" -gt 8 ] && ! tail -n +3 "$folder/explanation" | grep -qvE '^$|^    [^ ].{0,75}$' || echo "$id"
 done >"$folder/unexplained"
 [ ! -s "$folder/unexplained" ] || fail "no explanation: $(tr '\n' ' ' <"$folder/unexplained")"
 "$json" --explain no-such-id >/dev/null 2>&1 && fail "an unknown id is explained"
