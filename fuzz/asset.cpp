@@ -101,6 +101,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     write_files({reinterpret_cast<const char*>(data) + 1, size - 1});
     const std::vector<std::string> options = command_line(data[0]);
     std::vector<const char*> arguments;
+    arguments.reserve(options.size());
     for (const std::string& option : options) arguments.push_back(option.c_str());
     // Half of the inputs run as quorlin-json does.
     set_recorder(size % 2 == 1 ? &event_recorder() : nullptr);

@@ -126,13 +126,19 @@ int validate_variant(const MasterPlaylist& master, const VariantStream& variant)
     return validate_media_playlist(job);
 }
 
-// A media playlist that an earlier variant names is validated once, with that one's CODECS.
-void report_repeated_uris(const MasterPlaylist& master) {
+// Variants whose media playlist is not validated for their own sake: without CODECS there is nothing to compare it
+// with, and one that an earlier variant names is validated once, with that one's CODECS.
+void report_passed_over_variants(const MasterPlaylist& master) {
     using enum ReasonEffect;
     std::map<std::string_view, const VariantStream*> first_variants;
     for (const VariantStream& variant : master.playlist.variants) {
         current_place.line = variant.line;
-        if (!variant.codecs || !variant.uri) continue;
+        if (!variant.uri) continue;
+        if (!variant.codecs) {
+            report_reason(UNVALIDATED, "reason-playlist-variant-without-codecs", *variant.uri,
+                          "a variant without CODECS: its playlist is not validated");
+            continue;
+        }
         const auto [first, is_first] = first_variants.try_emplace(*variant.uri, &variant);
         if (is_first) continue;
         if (compared_codecs(master, *first->second) == compared_codecs(master, variant))
@@ -162,7 +168,7 @@ int validate_master_playlist(const std::string& path, Playlist& playlist,
     int error_flag = check_master_playlist(playlist);
     const MasterPlaylist master = {path, playlist, output_dir, index_groups(playlist, &VariantStream::audio),
                                    collect_media_groups(playlist)};
-    report_repeated_uris(master);
+    report_passed_over_variants(master);
     report_iframe_playlists(playlist);
     for (const MediaEntry& entry : playlist.media)
         if (entry.selected && entry.uri) error_flag |= validate_rendition(master, entry);

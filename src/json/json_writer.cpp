@@ -84,8 +84,12 @@ size_t count_digits(std::string_view text) {
     return count;
 }
 
+// RFC 8216, 4.2: a decimal-integer is at most 2^64 - 1. What is far longer is no number that a reader could hold.
+constexpr size_t LONGEST_DECIMAL = 20;
+
 // RFC 8259, 6, without sign and exponent: what RFC 8216 calls a decimal-integer or decimal-floating-point.
 bool is_decimal(std::string_view text) {
+    if (text.size() > LONGEST_DECIMAL) return false;
     const size_t whole = count_digits(text);
     if (whole == 0 || (whole > 1 && text[0] == '0')) return false;
     text.remove_prefix(whole);

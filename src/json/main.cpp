@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <new>
 
 #include "bits/process.h"
 #include "driver/run.h"
@@ -36,7 +37,14 @@ const char* input_of(int argc, const char* const* argv) {
 int run_with_events(int argc, char** argv) {
     write_start(QUORLIN_VERSION, input_of(argc, argv));
     set_recorder(&event_recorder());
-    const int status = run(argc, argv);
+    int status = EXIT_NO_RESULT;
+    try {
+        status = run(argc, argv);
+    } catch (const std::bad_alloc&) {
+        // There is a last event without memory, too; how the program ends is its process's affair.
+        write_end(EXIT_NO_RESULT);
+        throw;
+    }
     set_recorder(nullptr);
     write_end(status == 0 ? 0 : EXIT_NO_RESULT);
     return status;

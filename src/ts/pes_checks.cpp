@@ -37,6 +37,9 @@ int check_by_descriptors(const EsRecord& es, const PesCheckInput& pes, const TsS
     const int status = descriptor != nullptr ? check_eac3_pes(read_eac3_descriptor(descriptor->raw), pes) : 0;
     // A failed check counts as a descriptor that was not found, with the ATSC stream type only: deliberate.
     if (es.stream_type != STREAM_TYPE_ATSC_EAC3 || (descriptor != nullptr && status == 0)) return status;
+    // What follows from a failed analysis stands where that failed.
+    const PlaceScope scope(status == TS_ANALYSIS_FAILED ? ztpinfo_failure_place(pes.stream.analyzer.get())
+                                                        : current_place);
     return status | fail(TS_CHECK_FAILED, "ts-eac3-pes", "ERROR: Cannot get the ec3 descriptor.\n");
 }
 
