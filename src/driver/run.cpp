@@ -42,6 +42,7 @@ int validate_file(FileReader& reader, const std::optional<std::string>& output_d
 int run_ts_file(const std::string& path, const std::string& stem, const std::optional<std::string>& output_dir) {
     const PlaceScope scope({.segment = path.c_str()});
     FileReader reader;
+    reset_stream_clock();
     if (is_http_address(path)) {
         note("run-segment-path", "ERROR: Invalid segment path: %s\n", path.c_str());
         return refuse_input(path);

@@ -22,7 +22,7 @@ void set_byte_order(WordInput& input, ZtpByteOrder order) {
 }
 
 // Eight words that the compiler treats as one value, whatever vector instructions the target has.
-typedef uint16_t WordVector __attribute__((vector_size(16)));
+using WordVector [[gnu::vector_size(16)]] = uint16_t;
 constexpr size_t VECTOR_WORDS = sizeof(WordVector) / sizeof(uint16_t);
 
 // Copies words.size() words, the two bytes of each exchanged.
