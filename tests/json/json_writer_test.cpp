@@ -54,7 +54,8 @@ TEST(JsonWriter, DecimalsOfThePlaylistAreNumbersOnlyWhenTheyAre) {
         put_decimal(json, "n", good);
         EXPECT_EQ(json.line, std::string("\"n\":") + good);
     }
-    for (const char* bad : {"", "4.", ".5", "04", "-1", "1e9", "4 ", " 4", "NaN", "0x10", "4.0.0", "123456789012345678901"}) {
+    for (const char* bad :
+         {"", "4.", ".5", "04", "-1", "1e9", "4 ", " 4", "NaN", "0x10", "4.0.0", "123456789012345678901"}) {
         JsonWriter json;
         put_decimal(json, "n", bad);
         EXPECT_EQ(json.line, "\"n\":null") << bad;
