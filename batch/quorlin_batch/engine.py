@@ -61,7 +61,7 @@ class Engine:
             command += ["--sshloginfile", file]
         reports = os.fsencode(settings.reports).hex()
         program = shlex.quote(os.path.abspath(sys.argv[0]))
-        return [*command, f"python3 -ES {program} --chunk {reports} {{}}"]
+        return [*command, f"{program} --chunk {reports} {{}}"]
 
     def run(self, settings: Settings, assets: list[str], largest: int = MAX_ASSETS) -> bool:
         """Validates the assets. False when the user interrupted it. `largest`: number of assets
