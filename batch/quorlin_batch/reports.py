@@ -79,6 +79,8 @@ def is_final(result: dict) -> bool:
 def remove_report(settings: Settings, asset: str) -> None:
     """Takes an old report away, its result first."""
     folder = report_folder(settings.reports, asset)
+    if not os.path.isdir(folder):
+        return
     for name in (RESULT, PAGE, STDOUT, STDERR):
         try:
             os.remove(os.path.join(folder, name))
