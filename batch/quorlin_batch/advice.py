@@ -1,6 +1,7 @@
 """Advice: what the times and sizes of the segments say against RFC 8216. Beside the findings, and
 no part of the verdict unless --advice=fail asks for it."""
 
+import os
 import re
 from collections.abc import Iterator
 
@@ -41,7 +42,7 @@ def on_playlist(facts: dict, media: list) -> Iterator[tuple]:
         if target and length is not None and int(length + 0.5) > target:
             yield ("advice-target-duration", event,
                    f"EXTINF {length} s, EXT-X-TARGETDURATION {target} s")
-        if event["container"] is None and NOT_A_PLAIN_NAME.search(event["uri"]):
+        if is_no_name(event):
             yield "advice-uri", event, f"the address is not the name of a file: {event['uri']}"
         if event["container"] is None and facts.get("key_method"):
             method = facts["key_method"]
@@ -53,6 +54,12 @@ def on_playlist(facts: dict, media: list) -> Iterator[tuple]:
     if promised and peak > promised * BANDWIDTH_TOLERANCE:
         yield ("advice-bandwidth", event,
                f"BANDWIDTH {promised} bit/s, peak segment bit rate {peak:.0f} bit/s")
+
+
+def is_no_name(event: dict) -> bool:
+    """True for an address that would have to be decoded to be the name of a file."""
+    return (event["container"] is None and NOT_A_PLAIN_NAME.search(event["uri"]) is not None
+            and not os.path.lexists(event["segment"]))
 
 
 def peak_rate(events: list[dict], target: float | None) -> tuple[float, dict | None]:

@@ -2,12 +2,15 @@
 
 import codecs
 import os
+from collections import Counter
 from collections.abc import Iterable
 
 from .playlists import read_playlist
+from .text import plural
 
 PLAYLIST_NAMES = (".m3u8", ".m3u")
-ASSET_NAMES = (*PLAYLIST_NAMES, ".ts", ".trp")
+STREAM_NAMES = (".ts", ".trp")
+ASSET_NAMES = (*PLAYLIST_NAMES, *STREAM_NAMES)
 FolderId = tuple[int, int]
 
 
@@ -16,11 +19,12 @@ class UsageError(Exception):
 
 
 class Found:
-    """Absolute paths in order, each once; and what could not be searched."""
+    """Absolute paths in order, each once; what could not be searched, and what was passed over."""
 
     def __init__(self) -> None:
         self.assets: dict[str, None] = {}
         self.problems: list[str] = []
+        self.notes: list[str] = []
 
 
 def find_assets(arguments: Iterable[str], null: bool, leave_out: Iterable[str]) -> Found:
@@ -67,26 +71,38 @@ def add_entry(found: Found, path: str, skipped: set[FolderId]) -> None:
     """A folder is searched. Anything else is an asset; when it is not there, its run says so."""
     path = os.path.abspath(path)
     if os.path.isdir(path):
-        found.assets.update(dict.fromkeys(search_folder(path, skipped, found.problems)))
+        found.assets.update(dict.fromkeys(search_folder(path, skipped, found)))
     else:
         found.assets[path] = None
 
 
-def search_folder(top: str, skipped: set[FolderId], problems: list[str]) -> list[str]:
-    """Every master playlist, and every media playlist that no master playlist found here names."""
+def search_folder(top: str, skipped: set[FolderId], found: Found) -> list[str]:
+    """Every master playlist, and every media playlist that no master playlist found here names.
+    Folders of transport streams that no playlist names are noted."""
     media, masters, named = set(), set(), set()
-    for path in walk_playlists(top, skipped, problems):
+    streams: Counter[str] = Counter()  # of a folder
+    with_segments = set()
+    for path in walk_files(top, skipped, found.problems):
+        if path.lower().endswith(STREAM_NAMES):
+            streams[os.path.dirname(path)] += 1
+            continue
+        if not os.path.isfile(path):
+            continue
         playlist = read_playlist(path)
+        with_segments.update(map(os.path.dirname, playlist.segments))
         if playlist.is_master:
             masters.add(path)
             named.update(playlist.playlists, playlist.others)
         else:
             media.add(path)
+    found.notes += [f"{folder}: not validated: {plural(streams[folder], 'transport stream')} that no playlist names"
+                    for folder in sorted(streams.keys() - with_segments)]
     return sorted(masters | (media - named))
 
 
-def walk_playlists(top: str, skipped: set[FolderId], problems: list[str]) -> Iterable[str]:
-    """Playlists below a folder. Symbolic links are followed, a folder is entered once."""
+def walk_files(top: str, skipped: set[FolderId], problems: list[str]) -> Iterable[str]:
+    """What has the name of an asset below a folder. Symbolic links are followed, a folder is
+    entered once."""
     seen = set(skipped)
     folders = [top]
     while folders:
@@ -103,9 +119,7 @@ def walk_playlists(top: str, skipped: set[FolderId], problems: list[str]) -> Ite
             problems.append(f"{folder}: cannot be searched: {error.strerror}")
             continue
         folders += sorted(subfolders, reverse=True)
-        for path in files:
-            if path.lower().endswith(PLAYLIST_NAMES) and os.path.isfile(path):
-                yield path
+        yield from filter(is_asset_name, files)
 
 
 def split_entries(entries: Iterable[os.DirEntry]) -> tuple[list[str], list[str]]:

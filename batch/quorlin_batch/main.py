@@ -71,7 +71,7 @@ def run_batch(options: argparse.Namespace) -> int:
     found = find_assets(options.inputs, options.null, [reports, *([streams] if streams else [])])
     if not found.assets:
         raise UsageError("\n".join(["no playlist found in " + " ".join(options.inputs),
-                                    *found.problems]))
+                                    *found.problems, *found.notes]))
     program = find_quorlin(options.quorlin)
     if (version := version_of(program)) is None:
         raise UsageError(f"{os.path.dirname(program)}/quorlin: -v prints no version")
@@ -81,6 +81,7 @@ def run_batch(options: argparse.Namespace) -> int:
     check_parallel(options.jobs)
     batch = Batch(settings, list(found.assets), started)
     batch.problems = found.problems
+    batch.notes = found.notes
     batch.advice_fails = options.advice == "fail"
     if options.accept:
         batch.accept_file = options.accept
@@ -93,8 +94,8 @@ def dry_run(settings: Settings, found: Found, options: argparse.Namespace) -> in
     assets = list(found.assets)
     to_do, _, _ = still_to_do(settings, assets, options.force, options.retry)
     print_lines(assets[index] for index in to_do)
-    for problem in found.problems:
-        print("quorlin-batch:", printable(problem), file=sys.stderr)
+    for text in found.problems + found.notes:
+        print("quorlin-batch:", printable(text), file=sys.stderr)
     print(f"{plural(len(assets), 'asset')}, {len(to_do):,} to validate", file=sys.stderr)
     return EXIT_NOT_ENDED if found.problems else 0
 

@@ -88,7 +88,7 @@ def index_data(summary: dict, explanations: dict) -> dict:
     frequent, advice = ([[ids.number(each["id"]), each["count"], each["assets"]] for each in part]
                         for part in (summary["frequent_findings"], summary["frequent_advice"]))
     keys = ("root", "quorlin", "host", "started", "seconds", "validated_now", "interrupted",
-            "problems", "totals", "since", "accepted")
+            "problems", "notes", "totals", "since", "accepted")
     return {key: summary.get(key) for key in keys} | {
         "states": STATES, "sets": sets, "frequent": frequent, "advice": advice,
         "assets": assets,

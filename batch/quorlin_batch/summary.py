@@ -35,6 +35,7 @@ class Batch:
         self.to_do: list[int] = []  # numbers of the assets that it was to validate
         self.interrupted = False
         self.problems: list[str] = []  # what could not be searched
+        self.notes: list[str] = []  # what was passed over on purpose
         self.refused: list[str] = []  # hosts with another version
         self.accepted: list[Entry] = []
         self.accept_file = ""
@@ -61,6 +62,7 @@ def summarize(batch: Batch, results: list[dict | None]) -> dict:
         "validated_now": sum(results[index] is not None for index in batch.to_do),
         "interrupted": batch.interrupted,
         "problems": [printable(problem) for problem in batch.problems + batch.refused],
+        "notes": [printable(note) for note in batch.notes],
         "exit_code": 2 if batch.problems or batch.interrupted else exit_code,
         "totals": {"assets": len(records)} | {state: totals[state] for state in STATES},
         "advice": "fail" if batch.advice_fails else "show",
@@ -114,7 +116,8 @@ def frequent_findings(records: list[dict], test: Callable[[dict], bool]) -> list
             group = groups.get(name)
             if group is None:
                 group = groups[name] = {"id": name, "kind": finding["kind"],
-                                        "text": finding["text"], "assets": 0, "count": 0}
+                                        "text": finding["text"], "first_asset": record["name"],
+                                        "assets": 0, "count": 0}
             group["count"] += finding["count"]
             if name not in seen:
                 seen.add(name)

@@ -21,6 +21,10 @@ def summary_lines(summary: dict) -> Iterable[str]:
     yield from frequent_lines("Advice, no part of the verdicts", summary["frequent_advice"])
     yield from accepted_lines(summary["accepted"])
     yield from since_lines(summary["since"])
+    notes = summary["notes"]
+    yield from (f"NOTE: {note}" for note in notes[:MAX_LISTED])
+    if len(notes) > MAX_LISTED:
+        yield f"NOTE: and {plural(len(notes) - MAX_LISTED, 'more folder')}: see summary.json"
     for problem in summary["problems"]:
         yield f"PROBLEM: {problem}"
     took = f"{summary['validated_now']:,} validated in {duration(summary['seconds'])}"
@@ -37,7 +41,9 @@ def frequent_lines(title: str, findings: list[dict]) -> Iterable[str]:
     yield f"{title} (assets, times):"
     for finding in findings[:10]:
         text = textwrap.shorten(finding["text"], MAX_TEXT, placeholder=" …")
-        yield f"  {finding['assets']:6,} {finding['count']:8,}  {finding['id']}: {text}"
+        # Of advice nothing was said above.
+        where = f" (first in {finding['first_asset']})" if finding["kind"] == "advice" else ""
+        yield f"  {finding['assets']:6,} {finding['count']:8,}  {finding['id']}: {text}{where}"
     yield ""
 
 

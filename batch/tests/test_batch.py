@@ -173,9 +173,13 @@ class Names(BatchTest):
         (self.catalogue / "t" / "loop").symlink_to(self.catalogue)
         for name in ("a", "sub/v", "i", "nobody", "sub/a"):
             (self.catalogue / "t" / f"{name}.m3u8").write_text(MEDIA)
+        (self.catalogue / "loose").mkdir()
+        (self.catalogue / "loose" / "0.ts").touch()
         self.reports = self.catalogue / "reports"
         for _ in range(2):  # the reports in the catalogue are not searched
-            listed = self.batch(self.catalogue, "--dry-run").stdout.decode().splitlines()
+            done = self.batch(self.catalogue, "--dry-run")
+            self.assertEqual(re.findall("(?<=catalogue/)(.*): not validated: 1 ", done.stderr.decode()), ["loose"])
+            listed = done.stdout.decode().splitlines()
             self.assertEqual([line.removeprefix(f"{self.catalogue}/t/") for line in listed],
                              ["list.m3u8", "nobody.m3u8", "sub/a.m3u8"])
             (self.reports / "assets").mkdir(parents=True, exist_ok=True)

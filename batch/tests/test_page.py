@@ -98,7 +98,7 @@ class Page(BatchTest):
         self.browser.open(self.browser.evaluate("document.querySelector('#rows a').href"))
         self.assertEqual(self.browser.evaluate("document.querySelectorAll('img').length"), 0)
         self.assertIn("7.ts", self.text("#segment h3"))
-        self.assertIn("7.ts, byte 188, stream 256, 1.000 s", self.text("#segment .findings"))
+        self.assertIn("7.ts, byte 188, stream 256, time stamp 1.000 s", self.text("#segment .findings"))
         # Drawn is what is in sight, and a click leads to the findings of a segment.
         shown = "document.querySelectorAll('#timeline rect.cell').length"
         all_cells = self.browser.evaluate(shown)

@@ -21,7 +21,7 @@ const bits = value => value >= 1e6 ? (value / 1e6).toFixed(2) + " Mbit/s" : (val
 // File, byte, stream and time of a finding, as far as they are known.
 function placeText({line, segment, file, offset, stream, time}) {
   return [line ? `line ${line}` : "", segment || file || "", offset !== undefined && offset !== null ? `byte ${number(offset)}` : "",
-    stream !== undefined && stream !== null ? `stream ${stream}` : "", time !== undefined && time !== null ? seconds(time) : ""].filter(Boolean).join(", ");
+    stream !== undefined && stream !== null ? `stream ${stream}` : "", time !== undefined && time !== null ? "time stamp " + seconds(time) : ""].filter(Boolean).join(", ");
 }
 
 function levelMark(level) {

@@ -155,6 +155,8 @@ function showHead() {
   const problems = [...(data.interrupted ? ["The batch was interrupted: start it again with the same folder, it goes on where it ended."] : []), ...data.problems];
   at("problems").hidden = problems.length === 0;
   at("problems").append(...problems.map(problem => element("p", {}, problem)));
+  at("notes").hidden = data.notes.length === 0;
+  at("notes").append(...data.notes.map(note => element("p", {}, note)));
 }
 
 function filterButton(key, label, action) {
