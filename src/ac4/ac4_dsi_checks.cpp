@@ -61,14 +61,14 @@ void report_stop(const Ac4Dsi& dsi, size_t payload_size) {
 }
 
 // The first rule that the sample entry breaks is reported, the others are not.
-void check_sample_entry(const Ac4Dsi& dsi, uint32_t sample_size, uint32_t sample_rate, uint32_t channel_count) {
+void check_sample_entry(const Ac4Dsi& dsi, const Ac4TrackClaims& claims) {
     const uint32_t dsi_channel_count = ac4_dsi_channel_count(dsi);
-    if (sample_size != AC4_SAMPLE_SIZE) {
+    if (claims.sample_size != AC4_SAMPLE_SIZE) {
         note("ac4-dac4-samplesize",
              "[SV]   : ERROR: The SampleSize value in the AC4SampleEntry box is not set to 16.\n");
-    } else if (sample_rate != SAMPLE_RATES[dsi.fs_index]) {
+    } else if (claims.sample_rate != SAMPLE_RATES[dsi.fs_index]) {
         note("ac4-dac4-samplerate", "[SV]   : ERROR: The SampleRate value in the AC4SampleEntry box is incorrect.\n");
-    } else if (dsi_channel_count != 0 && channel_count != dsi_channel_count) {
+    } else if (dsi_channel_count != 0 && claims.channel_count != dsi_channel_count) {
         note("ac4-dac4-channelcount",
              "[SV]   : ERROR: The ChannelCount value in the AC4SampleEntry box is incorrect.\n");
     }
@@ -76,16 +76,15 @@ void check_sample_entry(const Ac4Dsi& dsi, uint32_t sample_size, uint32_t sample
 
 }  // namespace
 
-int parse_dac4(std::span<const uint8_t> payload, uint32_t media_timescale, uint32_t sample_size, uint32_t sample_rate,
-               uint32_t channel_count, Ac4Dsi& dsi) {
+int parse_dac4(std::span<const uint8_t> payload, const Ac4TrackClaims& claims, Ac4Dsi& dsi) {
     ac4_dsi_parse(payload, dsi);
-    if (!timescale_matches(dsi, media_timescale)) {
+    if (!timescale_matches(dsi, claims.media_timescale)) {
         note("ac4-dac4-timescale",
              "[SV]   : ERROR: The timescale parameter in the Media Header Box mismatches the media time scale which "
              "depends on frame_rate and base_samp_freq in dsi.\n");
     }
     report_stop(dsi, payload.size());
-    if (dsi.stop == Ac4DsiStop::COMPLETE) check_sample_entry(dsi, sample_size, sample_rate, channel_count);
+    if (dsi.stop == Ac4DsiStop::COMPLETE) check_sample_entry(dsi, claims);
     return 0;
 }
 

@@ -84,7 +84,7 @@ int validate_rendition(const MasterPlaylist& master, const MediaEntry& entry) {
     attrs.codecs = filter_codecs(variant->codecs.value_or(""), CodecsFilter::AUDIO);
     attrs.channels = entry.channels;
     attrs.programs = program_attributes(entry);
-    MediaPlaylistJob job = {*entry.uri, stem, master.output_dir, &attrs};
+    MediaPlaylistJob job = {*entry.uri, {master.output_dir, stem, &attrs}};
     job.facts.group_id = text_or_null(entry.group_id);
     job.facts.name = text_or_null(entry.name);
     job.facts.language = text_or_null(entry.language);
@@ -118,7 +118,7 @@ int validate_variant(const MasterPlaylist& master, const VariantStream& variant)
     PlaylistAttributes attrs;
     attrs.audio_in_media_group = has_audio_rendition(master, variant);
     attrs.codecs = compared_codecs(master, variant);
-    MediaPlaylistJob job = {*variant.uri, stem, master.output_dir, &attrs};
+    MediaPlaylistJob job = {*variant.uri, {master.output_dir, stem, &attrs}};
     job.facts.codecs = text_or_null(variant.codecs);
     job.facts.bandwidth = text_or_null(variant.bandwidth);
     job.facts.average_bandwidth = text_or_null(variant.average_bandwidth);

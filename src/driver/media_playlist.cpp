@@ -23,12 +23,13 @@ namespace quorlin {
 namespace {
 
 // Of an entry that is not handed to the validation of its container.
-constexpr int SEGMENT_REFUSED = -1;
+constexpr int SEGMENT_SKIPPED = -1;
 
 // What lives across the segments of one media playlist.
 struct SegmentLoop {
     const MediaPlaylistJob& job;
     const Playlist& playlist;
+    SegmentJob segment_job;
     std::string directory;
     SegmentSource source = {};
     MediaContextPtr init_context = {};
@@ -40,10 +41,9 @@ struct SegmentLoop {
     bool codecs_missed = false;
 };
 
-int validate_transport_stream(SegmentLoop& loop, bool first_segment) {
-    const MediaPlaylistJob& job = loop.job;
+int validate_transport_stream(SegmentLoop& loop) {
     TsSegmentTiming timing;
-    int status = ts_process_segment(loop.source.reader, job.output_dir, job.stem, first_segment, job.attrs, &timing);
+    int status = ts_process_segment(loop.source.reader, loop.segment_job, &timing);
     if (loop.previous_timing.video_first_pts != -1 && timing.audio_count > 0)
         status |= check_segment_timing(timing, loop.previous_timing, TimingCaller::PLAYLIST);
     loop.previous_timing = timing;
@@ -51,13 +51,11 @@ int validate_transport_stream(SegmentLoop& loop, bool first_segment) {
 }
 
 // Without a master playlist there is no CODECS to compare with, and that is a finding.
-int validate_packed_segment(SegmentLoop& loop, const SegmentEntry& entry, bool first_segment) {
-    const MediaPlaylistJob& job = loop.job;
-    const int status =
-        validate_packed_audio(loop.source.reader, entry, job.output_dir, job.stem, first_segment, job.attrs);
-    if (status != 0 && job.attrs == nullptr && !std::exchange(loop.codecs_missed, true))
+int validate_packed_segment(SegmentLoop& loop, const SegmentEntry& entry) {
+    const int status = validate_packed_audio(loop.source.reader, entry, loop.segment_job);
+    if (status != 0 && loop.segment_job.attrs == nullptr && !std::exchange(loop.codecs_missed, true))
         report_reason(
-            ReasonEffect::REMARK, "reason-playlist-packed-no-codecs", job.path,
+            ReasonEffect::REMARK, "reason-playlist-packed-no-codecs", loop.job.path,
             "packed audio is compared with CODECS, which only a master playlist has: validate it through that");
     return status;
 }
@@ -83,7 +81,7 @@ int change_init_context(SegmentLoop& loop, const std::string& path) {
     if (file_stem(path, init_stem) != 0)
         report_reason(ReasonEffect::REMARK, "reason-init-no-stem", path,
                       "the init section's name has no extension to take a stem from");
-    loop.init_context = create_init_context(loop.job.output_dir, loop.job.stem, init_stem, loop.job.attrs);
+    loop.init_context = create_init_context(loop.segment_job, init_stem);
     return status;
 }
 
@@ -91,11 +89,11 @@ int refuse_malformed_range(const ByteRange& range, const std::string& path) {
     report_reason(ReasonEffect::FAILS_UNVALIDATED, "reason-playlist-byte-range", path,
                   "the byte range \"%s%s%s\" is not a length and an offset; the segment is not read",
                   range.length.c_str(), range.offset ? "@" : "", range.offset.value_or("").c_str());
-    return SEGMENT_REFUSED;
+    return SEGMENT_SKIPPED;
 }
 
 // The segment whose file is open. `range` is null when its texts are none.
-int validate_content(SegmentLoop& loop, const SegmentEntry& entry, const ByteSpan* range, bool first_segment) {
+int validate_content(SegmentLoop& loop, const SegmentEntry& entry, const ByteSpan* range) {
     SegmentSource& source = loop.source;
     int status = 0;
     if (source.format == SegmentFormat::ISO_MEDIA && entry.kind == SegmentKind::INIT)
@@ -104,27 +102,27 @@ int validate_content(SegmentLoop& loop, const SegmentEntry& entry, const ByteSpa
     start_on_range(source.reader, *range);
     switch (source.format) {
         case SegmentFormat::TRANSPORT_STREAM:
-            return validate_transport_stream(loop, first_segment);
+            return validate_transport_stream(loop);
         case SegmentFormat::PACKED_AUDIO:
-            return validate_packed_segment(loop, entry, first_segment);
+            return validate_packed_segment(loop, entry);
         case SegmentFormat::ISO_MEDIA:
             remark_init_as_segment(loop, entry);
             return status | validate_mp4_segment(source.reader, entry, loop.init_context.get());
         default:
-            return SEGMENT_REFUSED;
+            return SEGMENT_SKIPPED;
     }
 }
 
-int validate_opened_segment(SegmentLoop& loop, const SegmentEntry& entry, const ByteSpan* range, bool first_segment) {
+int validate_opened_segment(SegmentLoop& loop, const SegmentEntry& entry, const ByteSpan* range) {
     const SegmentFormat format = loop.source.format;
     if (format != SegmentFormat::UNKNOWN && format != SegmentFormat::PLAYLIST)
-        return validate_content(loop, entry, range, first_segment);
+        return validate_content(loop, entry, range);
     // Looked at again, and reported again, when the next entry names the same file.
     reader_close(loop.source.reader);
-    return SEGMENT_REFUSED;
+    return SEGMENT_SKIPPED;
 }
 
-int validate_segment(SegmentLoop& loop, const SegmentEntry& entry, bool first_segment) {
+int validate_segment(SegmentLoop& loop, const SegmentEntry& entry) {
     const std::string& path = *entry.uri;
     const char* address = path.c_str() + (path.starts_with(loop.directory) ? loop.directory.size() : 0);
     ++loop.segments_named;
@@ -136,20 +134,20 @@ int validate_segment(SegmentLoop& loop, const SegmentEntry& entry, bool first_se
     // A segment that cannot be opened does not touch the verdict, deliberately: its message is all.
     if (open_segment(loop.source, loop.playlist, entry, address) == SEGMENT_READABLE) {
         ++loop.segments_opened;
-        status = validate_opened_segment(loop, entry, well_formed ? &range : nullptr, first_segment);
+        status = validate_opened_segment(loop, entry, well_formed ? &range : nullptr);
     }
     record_segment_facts(loop.source, entry, address, range);
     return status;
 }
 
-int validate_entry(SegmentLoop& loop, const SegmentEntry& entry, bool first_segment) {
+int validate_entry(SegmentLoop& loop, const SegmentEntry& entry) {
     const PlaceScope scope;
     current_place.line = entry.line;
     switch (entry.kind) {
         case SegmentKind::MEDIA:
         case SegmentKind::BYTE_RANGE:
         case SegmentKind::INIT:
-            return validate_segment(loop, entry, first_segment);
+            return validate_segment(loop, entry);
         case SegmentKind::DISCONTINUITY:
             announce("#EXT-X-DISCONTINUITY\n");
             reset_stream_clock();
@@ -165,11 +163,10 @@ int validate_entry(SegmentLoop& loop, const SegmentEntry& entry, bool first_segm
 
 int validate_segments(SegmentLoop& loop) {
     int error_flag = 0;
-    bool first_entry = true;
     reset_stream_clock();
     for (const SegmentEntry& entry : loop.playlist.entries) {
-        error_flag |= validate_entry(loop, entry, first_entry);
-        first_entry = false;
+        error_flag |= validate_entry(loop, entry);
+        loop.segment_job.first_segment = false;
         if (std::ferror(stdout) != 0) break;
     }
     error_flag |= release_init_context(loop.init_context);
@@ -195,7 +192,7 @@ int validate_contents(const MediaPlaylistJob& job, const Playlist& playlist) {
             report_reason(ReasonEffect::UNVALIDATED, "reason-playlist-unexpected-master", job.path,
                           "a master playlist where a media playlist is expected");
         const PlaceScope scope({.playlist = job.path.c_str()});
-        SegmentLoop loop = {job, playlist, playlist_directory(job.path)};
+        SegmentLoop loop = {job, playlist, job.segments, playlist_directory(job.path)};
         status = validate_segments(loop);
     }
     announce("%s has been verified.\n", job.path.c_str());

@@ -1,21 +1,18 @@
 #pragma once
 
-#include <optional>
 #include <string>
 
 #include "bits/facts.h"
 #include "playlist/playlist.h"
-#include "playlist/playlist_attributes.h"
+#include "playlist/segment_job.h"
 
 namespace quorlin {
 
 // A media playlist to be validated.
 struct MediaPlaylistJob {
     const std::string& path;
-    const std::string& stem;  // of the names of its output files
-    const std::optional<std::string>& output_dir;
-    const PlaylistAttributes* attrs = nullptr;  // null for a playlist that no master playlist refers to
-    PlaylistFacts facts = {};                   // what the master playlist says of it
+    SegmentJob segments;       // of each of its segments
+    PlaylistFacts facts = {};  // what the master playlist says of it
 };
 
 // Validates one media playlist and all its segments. Returns the ORed results of the segments, or -1 when the playlist

@@ -31,15 +31,14 @@ int refuse_input(const std::string& path) {
 }
 
 // Validates the transport stream that the reader is open on, and gives what is known of it to the recorder.
-int validate_file(FileReader& reader, const std::optional<std::string>& output_dir, const std::string& stem,
-                  bool truncate, TsSegmentTiming* timing) {
+int validate_file(FileReader& reader, const SegmentJob& job, TsSegmentTiming* timing) {
     reader_start(reader);
-    const int status = ts_process_segment(reader, output_dir, stem, truncate, nullptr, timing);
+    const int status = ts_process_segment(reader, job, timing);
     record_file_facts(reader);
     return status;
 }
 
-int run_ts_file(const std::string& path, const std::string& stem, const std::optional<std::string>& output_dir) {
+int run_ts_file(const std::string& path, const SegmentJob& job) {
     const PlaceScope scope({.segment = path.c_str()});
     FileReader reader;
     reset_stream_clock();
@@ -48,26 +47,24 @@ int run_ts_file(const std::string& path, const std::string& stem, const std::opt
         return refuse_input(path);
     }
     if (set_segment(reader, open_input_stream(path), path) != SEGMENT_READABLE) return refuse_input(path);
-    announce_verdict(validate_file(reader, output_dir, stem, true, nullptr) == 0);
+    announce_verdict(validate_file(reader, job, nullptr) == 0);
     return 0;
 }
 
 // What lives across the segments of a numbered series.
 struct SeriesState {
+    SegmentJob job;
     int error_flag = 0;
-    uint64_t count = 0;
-    FileReader reader;  // its buffer serves all of them
-    TsSegmentTiming previous_timing;
+    FileReader reader = {};  // its buffer serves all of them
+    TsSegmentTiming previous_timing = {};
 };
 
 // The segment that the reader of the series is open on.
-void validate_series_segment(const std::string& stem, const std::optional<std::string>& output_dir,
-                             SeriesState& series) {
+void validate_series_segment(SeriesState& series) {
     const PlaceScope scope({.segment = series.reader.path.c_str()});
     TsSegmentTiming timing;
-    const bool first_segment = series.count == 0;
-    ++series.count;
-    series.error_flag |= validate_file(series.reader, output_dir, stem, first_segment, &timing);
+    series.error_flag |= validate_file(series.reader, series.job, &timing);
+    series.job.first_segment = false;
     if (series.error_flag == 0 && series.previous_timing.video_first_pts != -1) {
         // A series reports its timing findings but they leave the verdict alone, deliberately.
         const VerdictUntouched untouched;
@@ -98,9 +95,8 @@ int open_in_series(FileReader& reader, const std::string& name) {
 }
 
 // Takes the stem of the template itself, not of a segment's name.
-int run_template(const CommandLineOptions& options, const std::string& stem,
-                 const std::optional<std::string>& output_dir) {
-    SeriesState series;
+int run_template(const CommandLineOptions& options, const SegmentJob& job) {
+    SeriesState series = {.job = job};
     std::string name;
     reset_stream_clock();
     for (int64_t next = options.start_index; next <= std::numeric_limits<int32_t>::max(); ++next) {
@@ -111,10 +107,10 @@ int run_template(const CommandLineOptions& options, const std::string& stem,
             report_end_of_series(options.input_path, index, name);
             break;
         }
-        validate_series_segment(stem, output_dir, series);
+        validate_series_segment(series);
         if (kind == TemplateKind::FIXED || std::ferror(stdout) != 0) break;
     }
-    if (series.count == 0)
+    if (series.job.first_segment)  // none was found
         return fail(-1, "run-no-series-files",
                     "ERROR: No matching files have been found which follow the rules of the template:%s\n",
                     options.input_path);
@@ -122,7 +118,7 @@ int run_template(const CommandLineOptions& options, const std::string& stem,
     return 0;
 }
 
-int run_playlist(const std::string& path, const std::string& stem, const std::optional<std::string>& output_dir) {
+int run_playlist(const std::string& path, const SegmentJob& job) {
     Playlist playlist;
     int error_flag = 0;
     {
@@ -132,29 +128,28 @@ int run_playlist(const std::string& path, const std::string& stem, const std::op
     if (error_flag == PLAYLIST_REFUSED) return -1;
     if (playlist.is_master) {
         report_playlist_losses(path, playlist.losses);
-        error_flag |= validate_master_playlist(path, playlist, output_dir);
+        error_flag |= validate_master_playlist(path, playlist, job.output_dir);
     } else {
-        error_flag |= validate_read_playlist({path, stem, output_dir}, playlist);
+        error_flag |= validate_read_playlist({path, job}, playlist);
     }
     announce_verdict(error_flag == 0);
     return 0;
 }
 
 int run_input(const CommandLineOptions& options) {
-    std::optional<std::string> output_dir;
-    if (options.output_dir != nullptr) output_dir = options.output_dir;
-    if (output_dir && create_output_dir(*output_dir) != 0)
-        return fail(-1, "run-output-directory", "ERROR: create output folider (%s) failed.\n", output_dir->c_str());
+    SegmentJob job;
+    if (options.output_dir != nullptr) job.output_dir = options.output_dir;
+    if (job.output_dir && create_output_dir(*job.output_dir) != 0)
+        return fail(-1, "run-output-directory", "ERROR: create output folider (%s) failed.\n", job.output_dir->c_str());
     // It has one: an input of a known kind has an extension.
-    std::string stem;
-    (void)file_stem(options.input_path, stem);
+    (void)file_stem(options.input_path, job.stem);
     switch (options.input_kind) {
         case InputKind::TS_FILE:
-            return run_ts_file(options.input_path, stem, output_dir);
+            return run_ts_file(options.input_path, job);
         case InputKind::TS_TEMPLATE:
-            return run_template(options, stem, output_dir);
+            return run_template(options, job);
         case InputKind::PLAYLIST:
-            return run_playlist(options.input_path, stem, output_dir);
+            return run_playlist(options.input_path, job);
         default:
             return refuse_input(options.input_path);
     }

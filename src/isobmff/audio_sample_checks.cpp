@@ -171,7 +171,7 @@ int check_ec3_sample(TrackRecord& track, std::span<const uint8_t> sample, bool f
 Ac4Dsi check_dac4(TrackRecord& track) {
     const PlaceScope scope(place_of_check(track.config_box));
     Ac4Dsi dsi;
-    parse_dac4(*track.config, track.media_timescale, track.samplesize, track.samplerate, track.channel_count, dsi);
+    parse_dac4(*track.config, {track.media_timescale, track.samplesize, track.samplerate, track.channel_count}, dsi);
     track.seen.channels = ac4_dsi_channel_count(dsi);
     return dsi;
 }

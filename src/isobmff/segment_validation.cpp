@@ -84,11 +84,10 @@ void MediaContextDeleter::operator()(MediaContext* context) const {
     std::default_delete<MediaContext>()(context);
 }
 
-MediaContextPtr create_init_context(const std::optional<std::string>& output_dir, const std::string& stem,
-                                    const std::string& init_stem, const PlaylistAttributes* attrs) {
+MediaContextPtr create_init_context(const SegmentJob& job, const std::string& init_stem) {
     MediaContextPtr context(std::make_unique<MediaContext>().release());
-    context->output = {output_dir, stem, init_stem};
-    if (attrs != nullptr) context->attrs = *attrs;
+    context->output = {job.output_dir, job.stem, init_stem};
+    if (job.attrs != nullptr) context->attrs = *job.attrs;
     return context;
 }
 

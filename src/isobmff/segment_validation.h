@@ -1,13 +1,12 @@
 #pragma once
 
 #include <memory>
-#include <optional>
 #include <string>
 
 #include "bits/file_reader.h"
 #include "isobmff/segment_status.h"
 #include "playlist/playlist.h"
-#include "playlist/playlist_attributes.h"
+#include "playlist/segment_job.h"
 
 namespace quorlin {
 
@@ -19,9 +18,8 @@ struct MediaContextDeleter {
 };
 using MediaContextPtr = std::unique_ptr<MediaContext, MediaContextDeleter>;
 
-// Makes the init context of an EXT-X-MAP. `output_dir` absent: nothing is written. `attrs` may be null; it is copied.
-[[nodiscard]] MediaContextPtr create_init_context(const std::optional<std::string>& output_dir, const std::string& stem,
-                                                  const std::string& init_stem, const PlaylistAttributes* attrs);
+// Makes the init context of an EXT-X-MAP. `init_stem` is that of the init section's name.
+[[nodiscard]] MediaContextPtr create_init_context(const SegmentJob& job, const std::string& init_stem);
 
 // Closes the output files and frees the context; null is allowed. Returns 0, or SEGMENT_FINDING when data could not be
 // written.

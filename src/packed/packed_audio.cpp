@@ -160,8 +160,7 @@ int check_payload(PackedFormat format, OutputFile& output, FileReader& reader, c
     return copy_payload(format, output, reader);
 }
 
-int validate_segment(FileReader& reader, const std::string& uri, const std::optional<std::string>& output_dir,
-                     const std::string& stem, bool first_segment, const PlaylistAttributes* attrs) {
+int validate_tag_and_payload(FileReader& reader, const std::string& uri, const SegmentJob& job) {
     int64_t timestamp = 0;
     if (read_id3_timestamp(reader, uri, timestamp) != 0) return -1;
     announce("  %s (pts:%" PRId64 ")\n", uri.c_str(), timestamp);
@@ -169,18 +168,18 @@ int validate_segment(FileReader& reader, const std::string& uri, const std::opti
     current_place.time = unroll_90khz(timestamp & (CLOCK_WRAP - 1));
     const PackedFormat format = recognise_format(reader, uri);
     if (format == PackedFormat::NONE) return 0;
-    int status = check_codecs(format, attrs);
+    int status = check_codecs(format, job.attrs);
     OutputFile output;
-    if (output_dir)
-        status |= elementary_stream_open(output, output_path(*output_dir, stem, file_extension(format)), first_segment);
-    status |= check_payload(format, output, reader, attrs);
+    if (job.output_dir)
+        status |= elementary_stream_open(output, output_path(*job.output_dir, job.stem, file_extension(format)),
+                                         job.first_segment);
+    status |= check_payload(format, output, reader, job.attrs);
     return status | elementary_stream_close(output);
 }
 
 }  // namespace
 
-int validate_packed_audio(FileReader& reader, const SegmentEntry& entry, const std::optional<std::string>& output_dir,
-                          const std::string& stem, bool first_segment, const PlaylistAttributes* attrs) {
+int validate_packed_audio(FileReader& reader, const SegmentEntry& entry, const SegmentJob& job) {
     const std::string uri = entry.uri.value_or("");
     if (!reader.file) {
         report_reason(ReasonEffect::FAILS_UNVALIDATED, "reason-packed-not-open", uri,
@@ -189,7 +188,7 @@ int validate_packed_audio(FileReader& reader, const SegmentEntry& entry, const s
     }
     const PlaceScope scope;
     current_place.offset = static_cast<int64_t>(reader.position);
-    int status = validate_segment(reader, uri, output_dir, stem, first_segment, attrs);
+    int status = validate_tag_and_payload(reader, uri, job);
     if (reader.read_error) {
         current_place.offset = static_cast<int64_t>(reader.error_offset);
         report_reason(ReasonEffect::FAILS_UNVALIDATED, "reason-packed-read-error", uri, "read error at byte %" PRIu64,

@@ -86,10 +86,10 @@ StreamKind video_kind(const EsRecord& es, const DescriptorMarks& marks) {
 
 int open_stream(TsDemuxContext& context, size_t slot, const EsRecord& es, const StreamKind& kind) {
     PesStream& stream = context.pes[slot];
-    if (context.output_dir) {
+    if (context.job.output_dir) {
         const std::string name = "_pid_" + std::to_string(es.elementary_PID) + kind.suffix;
-        const std::string path = output_path(*context.output_dir, context.base_name, name);
-        if (elementary_stream_open(stream.output, path, context.truncate) != 0) return TS_OUTPUT_FAILED;
+        const std::string path = output_path(*context.job.output_dir, context.job.stem, name);
+        if (elementary_stream_open(stream.output, path, context.job.first_segment) != 0) return TS_OUTPUT_FAILED;
     }
     stream.pid = es.elementary_PID;
     stream.codec = kind.codec;

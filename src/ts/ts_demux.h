@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "playlist/playlist_attributes.h"
+#include "playlist/segment_job.h"
 #include "ts/pes.h"
 #include "ts/psi.h"
 #include "ts/stream_table.h"
@@ -28,10 +28,7 @@ struct PidRoute {
 
 // The state of one segment.
 struct TsDemuxContext {
-    std::optional<std::string> output_dir;
-    std::string base_name;
-    bool truncate = false;                            // create the output files anew
-    const PlaylistAttributes* stream_info = nullptr;  // null without a playlist
+    const SegmentJob& job;
 
     int64_t packets_read = 0;
     std::array<PidRoute, TS_PID_COUNT> routes;

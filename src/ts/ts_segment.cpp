@@ -43,7 +43,7 @@ int handle_pmt(TsDemuxContext& context, uint16_t pid, std::span<const uint8_t> s
     ProgramRecord* program = find_program(context.psi, pid);
     if (program == nullptr || program->program_number != context.psi.selected_program) return status;
     status |= register_streams(context, *program);
-    if (!std::exchange(program->compared, true)) status |= check_pmt_against_playlist(*program, context.stream_info);
+    if (!std::exchange(program->compared, true)) status |= check_pmt_against_playlist(*program, context.job.attrs);
     return status;
 }
 
@@ -78,7 +78,7 @@ int handle_complete_pes(TsDemuxContext& context, PesStream& stream) {
     int status = 0;
     if (stream.audio != nullptr && stream.stream_id == STREAM_ID_PRIVATE_STREAM_1) {
         const auto payload = std::span<const uint8_t>(stream.data).first(stream.length);
-        status = check_audio_pes({*stream.audio, payload}, *stream.listed, context.stream_table, context.stream_info);
+        status = check_audio_pes({*stream.audio, payload}, *stream.listed, context.stream_table, context.job.attrs);
     } else {
         note_unchecked(stream);
     }
@@ -218,13 +218,8 @@ int close_outputs(TsDemuxContext& context) {
 
 }  // namespace
 
-int ts_process_segment(FileReader& reader, const std::optional<std::string>& output_dir, const std::string& base_name,
-                       bool truncate, const PlaylistAttributes* stream_info, TsSegmentTiming* timing) {
-    const auto context = std::make_unique<TsDemuxContext>();
-    context->output_dir = output_dir;
-    context->base_name = base_name;
-    context->truncate = truncate;
-    context->stream_info = stream_info;
+int ts_process_segment(FileReader& reader, const SegmentJob& job, TsSegmentTiming* timing) {
+    const auto context = std::make_unique<TsDemuxContext>(job);
     context->psi.path = reader.path;
     context->stream_table.path = reader.path;
     context->routes[PAT_PID].kind = PidKind::PAT;

@@ -2,11 +2,9 @@
 
 #include <array>
 #include <cstdint>
-#include <optional>
-#include <string>
 
 #include "bits/file_reader.h"
-#include "playlist/playlist_attributes.h"
+#include "playlist/segment_job.h"
 #include "ts/stream_table.h"
 
 namespace quorlin {
@@ -26,12 +24,9 @@ struct TsSegmentTiming {
     int64_t video_end_pts = 0;
 };
 
-// Demultiplexes and checks one transport stream segment. `reader` is started on the segment. The elementary
-// streams go to "<output_dir>/<base_name><suffix>" (nowhere when `output_dir` is absent), created anew with
-// `truncate`, else appended to. `stream_info` may be null. `timing` may be null; it is filled only when nothing failed.
+// Demultiplexes and checks one transport stream segment. `reader` is started on the segment. The elementary streams go
+// to "<output_dir>/<stem><suffix>". `timing` may be null; it is filled only when nothing failed.
 // Returns 0; or ORed: 11 a check failed, 5 lost sync or a second video PID, 3 an output file that cannot be written.
-[[nodiscard]] int ts_process_segment(FileReader& reader, const std::optional<std::string>& output_dir,
-                                     const std::string& base_name, bool truncate, const PlaylistAttributes* stream_info,
-                                     TsSegmentTiming* timing);
+[[nodiscard]] int ts_process_segment(FileReader& reader, const SegmentJob& job, TsSegmentTiming* timing);
 
 }  // namespace quorlin
