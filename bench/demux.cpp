@@ -16,7 +16,7 @@ void BM_Demultiplex(benchmark::State& state) {
         FileReader reader;
         reader.memory = writer.bytes;
         reader_start(reader);
-        benchmark::DoNotOptimize(ts_process_segment(reader, std::nullopt, "bench", true, nullptr, nullptr));
+        benchmark::DoNotOptimize(ts_process_segment(reader, {}, nullptr));
     }
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * writer.bytes.size()));
 }

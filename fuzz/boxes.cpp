@@ -18,7 +18,7 @@ int validate(const uint8_t* data, size_t size, uint32_t chunk_size) {
     PlaylistAttributes attrs;
     attrs.codecs = "ec-3";
     attrs.channels = "16/JOC";
-    MediaContextPtr context = create_init_context(std::nullopt, "s", "i", &attrs);
+    MediaContextPtr context = create_init_context({.attrs = &attrs}, "i");
     const std::optional<ByteRange> ranges[] = {std::nullopt, ByteRange{std::to_string(size - size / 4), "0"},
                                                ByteRange{std::to_string(size), std::nullopt}};
     ByteRangeEnds ends;

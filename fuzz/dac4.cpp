@@ -24,7 +24,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::vector<uint8_t> payload(data + 2, data + 2 + payload_size);
     const std::vector<uint8_t> frame(data + 2 + payload_size, data + size);
     Ac4Dsi dsi;
-    if (parse_dac4(payload, 48000, 16, 48000, 2, dsi) != 0) std::abort();
+    if (parse_dac4(payload, {48000, 16, 48000, 2}, dsi) != 0) std::abort();
     if (dsi.stop == Ac4DsiStop::COMPLETE && dsi.position_bits != 8 * payload_size) std::abort();
     if (dsi.presentations.size() > dsi.n_presentations || ac4_dsi_codec_string(dsi).empty()) std::abort();
     ac4_toc toc;

@@ -18,7 +18,7 @@ int validate(const uint8_t* data, size_t size, uint32_t chunk_size, const Playli
     reader.file.reset(fmemopen(const_cast<uint8_t*>(data), size, "rb"));
     reader.chunk_size = chunk_size;
     reader_start(reader);
-    return validate_packed_audio(reader, SegmentEntry(), std::nullopt, "", true, attrs);
+    return validate_packed_audio(reader, SegmentEntry(), {.attrs = attrs});
 }
 
 }  // namespace

@@ -16,7 +16,7 @@ void demultiplex(const uint8_t* data, size_t size, const PlaylistAttributes* str
     reader.chunk_size = 100;
     reader_start(reader);
     TsSegmentTiming timing;
-    (void)ts_process_segment(reader, std::nullopt, "fuzz", true, stream_info, &timing);
+    (void)ts_process_segment(reader, {.attrs = stream_info}, &timing);
 }
 
 }  // namespace

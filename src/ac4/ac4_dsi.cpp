@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdio>
 
+#include "ac4/ac4_codec_string.h"
 #include "ac4/ac4_reader.h"
 
 namespace quorlin {
@@ -259,18 +259,15 @@ uint32_t ac4_dsi_channel_count(const Ac4Dsi& dsi) {
 }
 
 std::string ac4_dsi_codec_string(const Ac4Dsi& dsi) {
-    unsigned presentation_version = 0;
-    unsigned mdcompat = 0;
+    uint32_t presentation_version = 0;
+    uint32_t mdcompat = 0;
     if (!dsi.presentations.empty()) {
         const Ac4DsiPresentation& first = dsi.presentations[0];
         presentation_version = first.presentation_version;
         if (first.v0) mdcompat = first.v0->mdcompat;
         if (first.v1) mdcompat = first.v1->mdcompat;
     }
-    char text[16];
-    std::snprintf(text, sizeof text, "ac-4.%02x.%02x.%02x", unsigned{dsi.bitstream_version}, presentation_version,
-                  mdcompat);
-    return text;
+    return ac4_codec_string(dsi.bitstream_version, presentation_version, mdcompat);
 }
 
 }  // namespace quorlin

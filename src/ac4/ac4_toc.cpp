@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdio>
 #include <utility>
 
+#include "ac4/ac4_codec_string.h"
 #include "ac4/ac4_derived_channels.h"
 #include "ac4/ac4_presentations.h"
 #include "ac4/ac4_substreams.h"
@@ -143,11 +143,7 @@ uint8_t ac4_toc_mdcompat(const ac4_toc& toc) {
 }
 
 std::string ac4_toc_codec_string(const ac4_toc& toc) {
-    char text[16];
-    const unsigned presentation_version = toc.bitstream_version > 1 ? 1 : 0;
-    std::snprintf(text, sizeof text, "ac-4.%02x.%02x.%02x", unsigned{toc.bitstream_version}, presentation_version,
-                  unsigned{ac4_toc_mdcompat(toc)});
-    return text;
+    return ac4_codec_string(toc.bitstream_version, toc.bitstream_version > 1 ? 1 : 0, ac4_toc_mdcompat(toc));
 }
 
 }  // namespace quorlin

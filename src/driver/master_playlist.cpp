@@ -46,10 +46,6 @@ bool take_stem(const std::string& address, std::string& stem) {
     return false;
 }
 
-const char* text_or_null(const Text& text) {
-    return text ? text->c_str() : nullptr;
-}
-
 std::optional<std::array<uint32_t, 4>> program_attributes(const MediaEntry& entry) {
     std::optional<std::array<uint32_t, 4>> programs;
     for (size_t i = 0; i < 4; ++i) {

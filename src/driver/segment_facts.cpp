@@ -9,10 +9,6 @@ namespace quorlin {
 
 namespace {
 
-const char* text_or_null(const Text& text) {
-    return text ? text->c_str() : nullptr;
-}
-
 const char* key_method(const Playlist& playlist) {
     const auto& methods = playlist.key_methods;
     const auto found =

@@ -7,6 +7,11 @@
 
 namespace quorlin {
 
+// As the facts have a text that may be absent.
+inline const char* text_or_null(const Text& text) {
+    return text ? text->c_str() : nullptr;
+}
+
 // Gives what is known of a playlist to the recorder: `facts` holds what a master playlist says of it.
 void record_playlist_facts(const std::string& path, PlaylistFacts facts, const Playlist& playlist);
 

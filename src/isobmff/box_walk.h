@@ -11,6 +11,7 @@ struct MediaContext;
 struct TrackRecord;
 
 constexpr int64_t BOX_HEADER_SIZE = 8;
+constexpr size_t FULL_BOX_HEADER_SIZE = 4;  // version and flags, after the box header
 constexpr uint32_t MAX_BOX_DEPTH = 64;
 
 // A box may reach 8 bytes past its container (see walk_container), nested ones each by 8.

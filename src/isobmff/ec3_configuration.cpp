@@ -1,7 +1,5 @@
 #include "isobmff/ec3_configuration.h"
 
-#include <bit>
-
 #include "bits/byte_order.h"
 #include "ztpinfo/channel_locations.h"
 
@@ -10,8 +8,6 @@ namespace quorlin {
 namespace {
 
 constexpr uint32_t CHAN_LOC_BITS = 9;
-// The locations that stand for a pair: Lc/Rc, Lrs/Rrs, Lsd/Rsd, Lw/Rw, Lvh/Rvh, Lts/Rts.
-constexpr uint32_t CHANMAP_PAIRS = 0x0674;
 
 // chan_loc counts from the least significant bit and leaves out Lts/Rts: bits 0 to 7 are locations 5 to 12, bit 8 is
 // LFE2 (location 14).
@@ -70,8 +66,8 @@ uint32_t chanmap_to_chan_loc(uint32_t chanmap) {
 }
 
 uint32_t count_channels(uint32_t acmod, bool lfeon, uint32_t chanmap) {
-    const uint32_t mask = ztpinfo_acmod_locations(acmod) | chanmap | (lfeon ? CHANMAP_LFE : 0u);
-    return static_cast<uint32_t>(std::popcount(mask) + std::popcount(mask & CHANMAP_PAIRS));
+    const uint32_t locations = ztpinfo_acmod_locations(acmod) | chanmap | (lfeon ? CHANMAP_LFE : 0u);
+    return chanmap_channels(static_cast<uint16_t>(locations));
 }
 
 uint32_t count_channels(const Ec3IndependentSubstream& substream) {

@@ -16,7 +16,6 @@ namespace quorlin {
 
 namespace {
 
-constexpr size_t FULL_BOX_HEADER_SIZE = 4;  // version and flags
 constexpr size_t MAX_TRACKS = 256;
 constexpr size_t UUID_SIZE = 16;
 constexpr std::string_view METADATA_UUID = "VXRO-METADATA-00";

@@ -14,8 +14,6 @@ namespace quorlin {
 
 namespace {
 
-constexpr size_t FULL_BOX_HEADER_SIZE = 4;  // version and flags
-
 // ISO 639-2/T letters, 5 bits each.
 std::array<char, 4> unpack_language(uint16_t code) {
     if (code == 0) return {'u', 'n', 'd', 0};

@@ -15,8 +15,6 @@ namespace quorlin {
 
 namespace {
 
-constexpr uint32_t AC4_DSI_NEWEST_VERSION = 2;  // of the presentations that are compared
-
 // ISO/IEC 14496-1, table 1: tags of descriptors.
 constexpr uint8_t ES_DESCRIPTOR_TAG = 0x03;
 constexpr uint8_t DECODER_CONFIG_DESCRIPTOR_TAG = 0x04;

@@ -27,9 +27,8 @@ uint16_t ztpinfo_acmod_locations(uint32_t acmod) {
     return LOCATIONS[acmod & 7];
 }
 
-uint32_t chanmap_channels(uint16_t chanmap) {
-    constexpr uint32_t PAIRS = 0x0670;  // Lc/Rc, Lrs/Rrs, Lsd/Rsd, Lw/Rw, Lvh/Rvh
-    return static_cast<uint32_t>(std::popcount(chanmap) + std::popcount(chanmap & PAIRS));
+uint32_t chanmap_channels(uint16_t chanmap, uint16_t pairs) {
+    return static_cast<uint32_t>(std::popcount(chanmap) + std::popcount(uint32_t{chanmap} & pairs));
 }
 
 uint32_t ztpinfo_channel_count(const ZtpProgramSummary& program) {

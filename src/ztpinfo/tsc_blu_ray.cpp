@@ -25,7 +25,7 @@ void check_primary_ac3(ComplianceFlags& compliance, const ZtpFrameInfo& frame) {
 
 void check_primary_dependent(ComplianceFlags& compliance, const ZtpFrameInfo& frame) {
     fail_if(compliance, frame.substreamid != 0, 189);
-    fail_if(compliance, frame.total_channels != chanmap_channels(frame.chanmap), 133);
+    fail_if(compliance, frame.total_channels != chanmap_channels(frame.chanmap, CHANMAP_PAIRS_OF_RULES), 133);
     fail_if(compliance, frame.acmod == ACMOD_DUAL_MONO, 135);
     fail_if(compliance, frame.sample_rate != RATE_48000, 136);
     fail_if(compliance, frame.blocks_per_frame != FRAMESET_BLOCKS, 138);

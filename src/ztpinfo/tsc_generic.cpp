@@ -28,7 +28,7 @@ void check_independent(ComplianceFlags& compliance, const ZtpFrameInfo& frame) {
 
 void check_dependent(ComplianceFlags& compliance, const ZtpFrameInfo& frame) {
     fail_if(compliance, frame.substreamid != 0, 85);
-    fail_if(compliance, frame.total_channels != chanmap_channels(frame.chanmap), 88);
+    fail_if(compliance, frame.total_channels != chanmap_channels(frame.chanmap, CHANMAP_PAIRS_OF_RULES), 88);
     fail_if(compliance, frame.acmod == ACMOD_DUAL_MONO, 90);
     fail_if(compliance, frame.sample_rate != RATE_48000, 91);
 }

@@ -17,16 +17,7 @@ namespace quorlin {
 
 namespace {
 
-struct SampleEntry {
-    uint32_t timescale = 48000;
-    uint32_t sample_size = 16;
-    uint32_t sample_rate = 48000;
-    uint32_t channel_count = 2;
-};
-
-int parse(std::span<const uint8_t> payload, const SampleEntry& entry, Ac4Dsi& dsi) {
-    return parse_dac4(payload, entry.timescale, entry.sample_size, entry.sample_rate, entry.channel_count, dsi);
-}
+const Ac4TrackClaims RIGHT = {48000, 16, 48000, 2};
 
 int compare(const Ac4Dsi& dsi, const std::string& toc_text) {
     ac4_toc toc;
@@ -40,11 +31,12 @@ int parse_and_compare(const std::string& dsi_text, const std::string& toc_text) 
     const std::vector<uint8_t> payload = write_fields(dsi_text);
     Ac4Dsi dsi;
     ac4_dsi_parse(payload, dsi);
-    EXPECT_EQ(parse(payload,
-                    {.timescale = dsi.frame_rate_index == 11 ? 240000u : 48000u,
-                     .sample_rate = dsi.fs_index == 0 ? 44100u : 48000u,
-                     .channel_count = ac4_dsi_channel_count(dsi)},
-                    dsi),
+    EXPECT_EQ(parse_dac4(payload,
+                         {.media_timescale = dsi.frame_rate_index == 11 ? 240000u : 48000u,
+                          .sample_size = 16,
+                          .sample_rate = dsi.fs_index == 0 ? 44100u : 48000u,
+                          .channel_count = ac4_dsi_channel_count(dsi)},
+                         dsi),
               0);
     return compare(dsi, toc_text);
 }
@@ -81,7 +73,7 @@ TEST(Ac4Dsi, SampleEntryAndTimescale) {
     struct {
         int fs_index, frame_rate_index;
         const char* mask;
-        SampleEntry entry;
+        Ac4TrackClaims claims;
     } const cases[] = {
         {1, 0, "1", {48000, 16, 48000, 2}},
         {1, 3, "1", {240000, 16, 48000, 2}},
@@ -105,7 +97,7 @@ TEST(Ac4Dsi, SampleEntryAndTimescale) {
     };
     std::string report;
     for (const auto& c : cases) {
-        const auto& [timescale, size, rate, channels] = c.entry;
+        const auto& [timescale, size, rate, channels] = c.claims;
         const std::string stream =
             "fs:1=" + std::to_string(c.fs_index) + " rate:4=" + std::to_string(c.frame_rate_index);
         std::string text = change_field(ac4_sample("virtual").dsi, "fs_index:1=1 frame_rate_index:4=2", stream);
@@ -115,7 +107,7 @@ TEST(Ac4Dsi, SampleEntryAndTimescale) {
                                        std::to_string(channels) + " channels",
                                    [&] {
                                        Ac4Dsi dsi;
-                                       return parse(write_fields(text), c.entry, dsi);
+                                       return parse_dac4(write_fields(text), c.claims, dsi);
                                    });
     }
     expect_golden("golden/sample_entries.txt", report);
@@ -126,7 +118,7 @@ TEST(Ac4Dsi, RealObjectPayload) {
     const std::vector<uint8_t> payload = {0x20, 0xba, 0x01, 0x60, 0x00, 0x00, 0x00, 0x1f, 0xff, 0xff, 0xff, 0xe0,
                                           0x01, 0x0a, 0xfc, 0x80, 0x00, 0x00, 0x08, 0x02, 0x28, 0x3d, 0x00, 0x80};
     Ac4Dsi dsi;
-    EXPECT_EQ(printed_by([&] { EXPECT_EQ(parse(payload, {}, dsi), 0); }), "");
+    EXPECT_EQ(printed_by([&] { EXPECT_EQ(parse_dac4(payload, RIGHT, dsi), 0); }), "");
     EXPECT_EQ(ac4_dsi_codec_string(dsi), "ac-4.02.01.04");
     const ac4_group_substream_dsi& substream = dsi.presentations[0].v1->substream_groups[0].substreams[0];
     EXPECT_EQ(substream.n_dmx_objects_minus1, 8);
@@ -141,7 +133,8 @@ TEST(Ac4Dsi, EveryPrefixStopsWithAFinding) {
         for (size_t size = 0; size < payload.size(); ++size) {
             const std::vector<uint8_t> prefix(payload.begin(), payload.begin() + static_cast<std::ptrdiff_t>(size));
             Ac4Dsi dsi;
-            EXPECT_NE(printed_by([&] { EXPECT_EQ(parse(prefix, {}, dsi), 0); }), "") << sample.name << " " << size;
+            EXPECT_NE(printed_by([&] { EXPECT_EQ(parse_dac4(prefix, RIGHT, dsi), 0); }), "")
+                << sample.name << " " << size;
             EXPECT_NE(dsi.stop, Ac4DsiStop::COMPLETE) << sample.name << " " << size;
             printed_by([&] { compare(dsi, sample.toc); });
         }

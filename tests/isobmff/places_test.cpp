@@ -42,7 +42,7 @@ Recorder printing_recorder() {
 int validate(const SegmentCase& c) {
     static constexpr const char* NAMES[] = {"init", "first", "second"};
     int status = 0;
-    MediaContextPtr context = create_init_context(std::nullopt, "s", "i", c.attrs ? &*c.attrs : nullptr);
+    MediaContextPtr context = create_init_context({.attrs = c.attrs ? &*c.attrs : nullptr}, "i");
     for (size_t i = 0; i < c.sections.size(); ++i) {
         FileReader reader = open_bytes(c.sections[i], "segment");
         Place place;

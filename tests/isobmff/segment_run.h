@@ -48,7 +48,7 @@ inline SegmentRun run_over_files(const SegmentCase& c, uint32_t chunk_size = REA
     SegmentRun run;
     testing::internal::CaptureStderr();
     run.out = printed_by([&] {
-        MediaContextPtr context = create_init_context(output_directory(), "s", "i", c.attrs ? &*c.attrs : nullptr);
+        MediaContextPtr context = create_init_context({output_directory(), "s", c.attrs ? &*c.attrs : nullptr}, "i");
         ByteRangeEnds range_ends;
         for (size_t i = 0; i < c.sections.size(); ++i) {
             FileReader reader = open_bytes(c.sections[i], "segment", chunk_size);

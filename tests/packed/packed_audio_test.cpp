@@ -108,7 +108,7 @@ int validate(const Bytes& segment, const PlaylistAttributes* attrs, bool first_s
     FileReader reader = open_bytes(segment, "", 5);
     SegmentEntry entry;
     entry.uri = "%d.aac";
-    return validate_packed_audio(reader, entry, output_directory(), "s", first_segment, attrs);
+    return validate_packed_audio(reader, entry, {output_directory(), "s", attrs, first_segment});
 }
 
 // What was written, in hexadecimal digits, or the size of a long file.

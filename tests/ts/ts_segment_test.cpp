@@ -32,7 +32,7 @@ Demuxed demux(const Bytes& bytes, const char* name = "", uint32_t chunk = READER
     Demuxed result;
     result.report = transcript_entry(name, [&] {
         testing::internal::CaptureStderr();
-        const int status = ts_process_segment(reader, directory, "s", true, nullptr, &timing);
+        const int status = ts_process_segment(reader, {directory, "s"}, &timing);
         record_segment({});
         std::printf("%s", testing::internal::GetCapturedStderr().c_str());
         result.files = take_files(directory);
