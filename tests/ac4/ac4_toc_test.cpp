@@ -56,9 +56,10 @@ void print_group(const ac4_toc& toc, const ac4_substream_group_info& group) {
                     s.b_substream_contains_ISF_objects, s.substream_index, s.hsf_ext_substream_index);
 }
 
-int print_toc(const std::string& text) {
+int print_toc(std::span<const uint8_t> frame) {
     ac4_toc toc;
-    const int status = parse(write_fields(text), toc);
+    const int status = parse(frame, toc);
+    if (status != 0) return status;
     std::printf("%s iframe %d presentations %u groups %u of substreams %zu\n", ac4_toc_codec_string(toc).c_str(),
                 toc.b_iframe_global, toc.n_presentations, toc.n_substream_groups, toc.group_substreams.size());
     for (const ac4_presentation_info& presentation : toc.presentations_v0) print_version_0(presentation);
@@ -71,9 +72,15 @@ int print_toc(const std::string& text) {
 TEST(Ac4Toc, FieldsAndDerivedValues) {
     std::string report;
     for (const Ac4Sample& sample : ac4_samples())
-        report += transcript_entry(sample.name, [&] { return print_toc(sample.toc); });
+        report += transcript_entry(sample.name, [&] { return print_toc(write_fields(sample.toc)); });
     for (const auto& [name, text] : read_texts("data/tables_of_contents.txt"))
-        report += transcript_entry(name, [&toc = text] { return print_toc(toc); });
+        report += transcript_entry(name, [&toc = text] { return print_toc(write_fields(toc)); });
+    report += transcript_checksums("damaged", 2560, [](std::mt19937& random) {
+        const std::vector<Ac4Sample>& samples = ac4_samples();
+        std::vector<uint8_t> frame = with_faults(write_fields(samples[random() % samples.size()].toc), random);
+        for (int i = 0; i < 64; ++i) frame.push_back(static_cast<uint8_t>(random()));
+        return transcript_entry("", [&] { return print_toc(frame); });
+    });
     expect_golden("golden/tables_of_contents.txt", report);
 }
 

@@ -4,12 +4,14 @@
 #include <cctype>
 #include <filesystem>
 #include <optional>
+#include <random>
 #include <set>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "bits/recorder.h"
 #include "isobmff/segment_validation.h"
 #include "playlist/byte_range.h"
 #include "support/box_writer.h"
@@ -58,6 +60,7 @@ inline SegmentRun run_over_files(const SegmentCase& c, uint32_t chunk_size = REA
             (void)resolve_byte_range(entry, range_ends, range);
             start_on_range(reader, range);
             run.statuses.push_back(validate_mp4_segment(reader, entry, context.get()));
+            record_segment({});
         }
         run.statuses.push_back(release_init_context(context));
     });
@@ -93,7 +96,15 @@ inline std::string segment_report(const SegmentCase& c, uint32_t chunk_size = RE
     return report;
 }
 
-// Compares the reports of the cases, which are the same with a small buffer, with a golden file.
+// The case with faults in one of its sections.
+inline SegmentCase damaged(SegmentCase c, std::mt19937& random) {
+    Bytes& section = c.sections[random() % c.sections.size()];
+    section = with_faults(section, random);
+    return c;
+}
+
+// Compares the reports of the cases, which are the same with a small buffer, and those of damaged ones with a golden
+// file.
 inline void expect_golden_cases(const std::string& path, const std::vector<SegmentCase>& cases) {
     std::string report;
     for (const SegmentCase& c : cases) {
@@ -101,6 +112,9 @@ inline void expect_golden_cases(const std::string& path, const std::vector<Segme
         for (const uint32_t chunk_size : {1u, 7u}) EXPECT_EQ(segment_report(c, chunk_size), one) << chunk_size;
         report += one;
     }
+    report += transcript_checksums("damaged", 640, [&](std::mt19937& random) {
+        return segment_report(damaged(cases[random() % cases.size()], random));
+    });
     expect_golden(path, report);
 }
 

@@ -122,22 +122,28 @@ void print_files() {
     }
 }
 
+std::string report_of(const Case& test, const Bytes& segment) {
+    fake = test.analyzer;
+    PlaylistAttributes attrs;
+    attrs.codecs = test.codecs != nullptr ? test.codecs : "";
+    attrs.programs = test.programs;
+    return transcript_entry(test.name, [&] {
+        const int status = validate(segment, test.codecs != nullptr ? &attrs : nullptr);
+        record_segment({});
+        for (size_t size : fake.calls) std::printf("analysed: %zu\n", size);
+        print_files();
+        return status;
+    });
+}
+
 void expect_report(const std::string& golden, const std::vector<Case>& cases) {
     std::string report;
-    for (const Case& test : cases) {
-        fake = test.analyzer;
-        PlaylistAttributes attrs;
-        attrs.codecs = test.codecs != nullptr ? test.codecs : "";
-        attrs.programs = test.programs;
-        report += transcript_entry(test.name, [&] {
-            const int status =
-                validate(packed_segment(test.tag, test.payload), test.codecs != nullptr ? &attrs : nullptr);
-            record_segment({});
-            for (size_t size : fake.calls) std::printf("analysed: %zu\n", size);
-            print_files();
-            return status;
-        });
-    }
+    for (const Case& test : cases) report += report_of(test, packed_segment(test.tag, test.payload));
+    reset_stream_clock();
+    report += transcript_checksums("damaged", 640, [&](std::mt19937& random) {
+        const Case& test = cases[random() % cases.size()];
+        return report_of(test, with_faults(packed_segment(test.tag, test.payload), random));
+    });
     expect_golden(golden, report);
 }
 

@@ -45,17 +45,24 @@ TEST(PlaylistChecks, FindingsAndMarks) {
         "#EXT-X-STREAM-INF:BANDWIDTH=,CODECS=\"\",VIDEO=\"\"\n#\n",
         variant("x", "a", "u") + variant("x") + variant("x", "b", "u") + variant("x", "a", "u"),
     };
-    std::string report;
-    for (const std::string& text : playlists) {
+    const auto entry = [](const std::string& text) {
         Playlist playlist;
-        ASSERT_EQ(read_playlist_text(text, playlist), 0);
+        if (read_playlist_text(text, playlist) != 0) return std::string("not read");
         int status = 1;
-        report += text + printed_by([&] { status = check_master_playlist(playlist); });
+        std::string report = text + printed_by([&] { status = check_master_playlist(playlist); });
         report += std::to_string(status) + " ";
-        for (const MediaEntry& entry : playlist.media) report += entry.selected ? 'U' : '-';
+        for (const MediaEntry& media : playlist.media) report += media.selected ? 'U' : '-';
         for (const VariantStream& stream : playlist.variants) report += stream.selected ? 'S' : '-';
-        report += "\n\n";
-    }
+        return report + "\n\n";
+    };
+    std::string report;
+    for (const std::string& text : playlists) report += entry(text);
+    report += transcript_checksums("damaged", 2560, [&](std::mt19937& random) {
+        const std::string text =
+            playlists[random() % std::size(playlists)] + playlists[random() % std::size(playlists)];
+        const std::vector<uint8_t> damaged = with_faults({text.begin(), text.end()}, random);
+        return entry(std::string(damaged.begin(), damaged.end()));
+    });
     expect_golden("golden/master_checks.txt", report);
 }
 

@@ -76,12 +76,18 @@ TEST(PlaylistReader, Elements) {
         {"a swallowed rendition", stream + "X\n#EXT-X-MEDIA:URI=\"swallowed\"\n#EXT-X-MEDIA:URI=\"\"\n"},
         {"i-frame variant", "#EXT-X-I-FRAME-STREAM-INF:CODECS=\"a,b\",URI=\"i\"\nnot.its.address\n"},
     };
-    std::string transcript;
-    for (const auto& c : cases) {
+    const auto entry = [](const char* name, const std::string& text) {
         Playlist playlist;
-        transcript += transcript_entry(c.first, [&] { return read_playlist_text(c.second, playlist); });
-        transcript += show(playlist);
-    }
+        const std::string transcript = transcript_entry(name, [&] { return read_playlist_text(text, playlist); });
+        return transcript + show(playlist);
+    };
+    std::string transcript;
+    for (const auto& c : cases) transcript += entry(c.first, c.second);
+    transcript += transcript_checksums("damaged", 2560, [&](std::mt19937& random) {
+        const std::string text = cases[random() % std::size(cases)].second + cases[random() % std::size(cases)].second;
+        const std::vector<uint8_t> damaged = with_faults({text.begin(), text.end()}, random);
+        return entry("", std::string(damaged.begin(), damaged.end()));
+    });
     expect_golden("golden/elements.txt", transcript);
 }
 

@@ -140,14 +140,16 @@ void store_crc1(std::vector<uint8_t>& frame) {
     store_word(frame, 1, crc1);
 }
 
+bool is_ac3(const std::vector<uint8_t>& frame) {
+    return frame.at(5) >> 3 <= 8;
+}
+
 // The frame that begins with `bytes`, as long as they announce.
 std::vector<uint8_t> complete_frame(std::vector<uint8_t> bytes) {
-    const bool ac3 = bytes.at(5) >> 3 <= 8;
-    const uint32_t words = ac3 ? announced_words(bytes[4] >> 6, bytes[4] & 63u) : (bytes[2] & 7u) * 256 + bytes[3] + 1;
+    const uint32_t words = is_ac3(bytes) ? announced_words(bytes[4] >> 6, bytes[4] & 63u) : (bytes[2] & 7u) * 256 + bytes[3] + 1;
     EXPECT_LE(bytes.size(), words * 2) << "the frame is too short for its BSI";
     bytes.resize(words * size_t{2});
-    if (ac3) store_crc1(bytes);
-    store_crc2(bytes);
+    store_check_words(bytes);
     return bytes;
 }
 
@@ -275,6 +277,11 @@ std::vector<uint8_t> described_frame(const std::string& item) {
 }
 
 }  // namespace
+
+void store_check_words(std::vector<uint8_t>& frame) {
+    if (is_ac3(frame)) store_crc1(frame);
+    store_crc2(frame);
+}
 
 void put_bsi(BitWriter& writer, const Ac3Bsi& bsi) {
     writer.put(16, bsi.syncword);

@@ -22,6 +22,9 @@ uint32_t announced_words(uint32_t fscod, uint32_t frmsizecod);
 // A frame of the announced length: its BSI, zeros, and the right check word.
 std::vector<uint8_t> write_frame(const Eac3Bsi& bsi);
 
+// Gives a whole frame the right check words, as AC-3 or E-AC-3 by its bsid.
+void store_check_words(std::vector<uint8_t>& frame);
+
 // The check word register after `bytes`, bit by bit.
 uint16_t plain_crc16(std::span<const uint8_t> bytes);
 

@@ -51,7 +51,14 @@ const DescriptorCase CASES[] = {
 };
 
 TEST(Descriptors, RulesAndPrintedLines) {
-    std::string transcript;
+    std::string transcript = transcript_checksums("damaged", 1280, [](std::mt19937& random) {
+        const DescriptorCase& c = CASES[random() % std::size(CASES)];
+        const Bytes bytes = with_faults(ts_descriptor(c.tag, c.body), random);
+        StreamDescriptor descriptor;
+        uint32_t consumed = 0;
+        return transcript_entry("", [&] { return parse_descriptor(bytes, descriptor, consumed); }) +
+               std::to_string(consumed);
+    });
     for (const DescriptorCase& c : CASES) {
         const Bytes bytes = ts_descriptor(c.tag, c.body);
         StreamDescriptor descriptor;

@@ -76,6 +76,13 @@ TEST(PesChecks, Eac3DescriptorAgainstThePayload) {
     std::string transcript;
     for (const auto& c : cases)
         transcript += transcript_entry(c.name, [&] { return compare_eac3_descriptor(c.descriptor, c.summary); });
+    transcript += transcript_checksums("any pair", 1280, [&](std::mt19937& random) {
+        Eac3DescriptorFields descriptor = cases[random() % std::size(cases)].descriptor;
+        if (random() % 2 == 0) descriptor = channels(random() % 8, random() % 8, random() % 2, random() % 2);
+        ZtpStreamSummary summary = cases[random() % std::size(cases)].summary;
+        summary.programs[0].independent.acmod = random() % 8;
+        return transcript_entry("", [&] { return compare_eac3_descriptor(descriptor, summary); });
+    });
     expect_golden("golden/eac3_pes.txt", transcript);
 }
 
@@ -152,6 +159,11 @@ TEST(PesChecks, Ac4FramesWholeAndCutAnywhere) {
     std::string transcript;
     for (const Ac4Case& c : AC4_CASES)
         transcript += transcript_entry(c.name, [&] { return check_ac4(c, c.payload.size()); });
+    transcript += transcript_checksums("damaged", 640, [](std::mt19937& random) {
+        Ac4Case c = AC4_CASES[random() % std::size(AC4_CASES)];
+        c.payload = with_faults(c.payload, random);
+        return transcript_entry("", [&] { return check_ac4(c, c.payload.size()); });
+    });
     expect_golden("golden/ac4_pes.txt", transcript + testing::internal::GetCapturedStderr());
     testing::internal::CaptureStderr();
     for (const Ac4Case& c : AC4_CASES)

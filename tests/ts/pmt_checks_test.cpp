@@ -103,18 +103,37 @@ const PmtCase CASES[] = {
     {"compatible lumora entry without a stream", {{0x1B}}, "avc1,lma1.00.06"},
 };
 
+std::string entry(const PmtCase& c, const std::string& codecs) {
+    PlaylistAttributes attrs;
+    attrs.codecs = codecs;
+    attrs.programs = c.programs;
+    attrs.audio_in_media_group = c.audio_in_media_group;
+    ProgramRecord program;
+    for (const Stream& stream : c.streams) program.streams.push_back(record(stream));
+    return transcript_entry(
+        c.name, [&] { return check_pmt_against_playlist(program, c.codecs != nullptr ? &attrs : nullptr); });
+}
+
+PmtCase damaged(PmtCase c, std::mt19937& random) {
+    const PmtCase& other = CASES[random() % std::size(CASES)];
+    if (random() % 2 == 0) c.streams.insert(c.streams.end(), other.streams.begin(), other.streams.end());
+    if (random() % 4 == 0) c.programs = other.programs;
+    for (Stream& stream : c.streams)
+        for (Bytes& descriptor : stream.descriptors)
+            if (const Bytes bytes = with_faults(descriptor, random); random() % 4 == 0 && bytes.size() > 1)
+                descriptor = bytes;
+    return c;
+}
+
 TEST(PmtChecks, Findings) {
     std::string transcript;
-    for (const PmtCase& c : CASES) {
-        PlaylistAttributes attrs;
-        if (c.codecs != nullptr) attrs.codecs = c.codecs;
-        attrs.programs = c.programs;
-        attrs.audio_in_media_group = c.audio_in_media_group;
-        ProgramRecord program;
-        for (const Stream& stream : c.streams) program.streams.push_back(record(stream));
-        transcript += transcript_entry(
-            c.name, [&] { return check_pmt_against_playlist(program, c.codecs != nullptr ? &attrs : nullptr); });
-    }
+    for (const PmtCase& c : CASES) transcript += entry(c, c.codecs != nullptr ? c.codecs : "");
+    transcript += transcript_checksums("damaged", 2560, [](std::mt19937& random) {
+        const PmtCase c = damaged(CASES[random() % std::size(CASES)], random);
+        const std::string codecs = c.codecs != nullptr ? c.codecs : "";
+        const Bytes changed = with_faults({codecs.begin(), codecs.end()}, random);
+        return entry(c, random() % 2 == 0 ? codecs : std::string(changed.begin(), changed.end()));
+    });
     expect_golden("golden/pmt_checks.txt", transcript);
 }
 

@@ -10,6 +10,7 @@
 #include "support/files.h"
 #include "support/golden.h"
 #include "support/place_recorder.h"
+#include "support/syncframe_writer.h"
 #include "support/ts_writer.h"
 
 namespace quorlin {
@@ -24,7 +25,8 @@ struct Demuxed {
 };
 
 // Demultiplexes `bytes` through a buffer of `chunk` bytes.
-Demuxed demux(const Bytes& bytes, const char* name = "", uint32_t chunk = READER_CHUNK_SIZE) {
+Demuxed demux(const Bytes& bytes, const char* name = "", uint32_t chunk = READER_CHUNK_SIZE,
+              const PlaylistAttributes* attrs = nullptr) {
     const std::string directory = scratch_path("ts");
     std::filesystem::create_directory(directory);
     FileReader reader = open_bytes(bytes, "s.ts", chunk);
@@ -32,7 +34,7 @@ Demuxed demux(const Bytes& bytes, const char* name = "", uint32_t chunk = READER
     Demuxed result;
     result.report = transcript_entry(name, [&] {
         testing::internal::CaptureStderr();
-        const int status = ts_process_segment(reader, {directory, "s"}, &timing);
+        const int status = ts_process_segment(reader, {directory, "s", attrs}, &timing);
         record_segment({});
         std::printf("%s", testing::internal::GetCapturedStderr().c_str());
         result.files = take_files(directory);
@@ -282,6 +284,54 @@ TEST(TsSegment, ProgramTables) {
     later.pmt({.streams = wrong_tag}, 0x200);
     transcript += entry("a table is checked when its program is followed", later);
     expect_golden("golden/program_tables.txt", transcript);
+}
+
+// Every kind of stream, three PES packets each.
+TsWriter rich_segment() {
+    const Bytes ac4 = {0xAC, 0x40, 0, 8, 0x80, 0, 0x20, 0x80, 0, 0, 0, 0};
+    const Bytes lmra = ts_descriptor(0xB0, {1, 0, 8 << 1, 6 << 3 | 7});
+    const struct {
+        PmtSpec::Stream stream;
+        Bytes payload;
+        uint8_t stream_id = 0xBD;
+    } streams[] = {
+        {{0x81, 0x110, ts_descriptor(0x81, {0})}, syncframes("A:frmsizecod=0")},
+        {{0x87, 0x111, ts_descriptor(0xCC, {0x80, 0xC5, 0x20})}, syncframes("2*I:words=40")},
+        {{0x06, 0x112, ts_descriptor(0x7A, {0x80, 0xC2, 0x20})}, syncframes("I:words=40,acmod=2 D:words=40")},
+        {{0x06, 0x113, ts_descriptor(0x7F, {0x15, 0})}, ac4 + ac4},
+        {{0x0F, 0x114}, numbered(50), 0xC0},
+        {{0x24, 0x115, lmra}, numbered(300), 0xE0},
+    };
+    Streams listed;
+    for (const auto& each : streams) listed.push_back(each.stream);
+    TsWriter writer = begin_segment(listed);
+    for (uint64_t time = 90000; time < 98000; time += 2880)
+        for (const auto& each : streams)
+            writer.pes(each.stream.elementary_PID,
+                       {.stream_id = each.stream_id, .pts = time + 1, .dts = time, .payload = each.payload});
+    return writer;
+}
+
+// Faults in the headers of packets and sections rather than in what they carry.
+TEST(TsSegment, DamagedSegments) {
+    const Bytes segments[] = {rich_segment().bytes, small_segment().bytes};
+    PlaylistAttributes attrs;
+    attrs.codecs = "ac-3,ec-3,ac-4.02.01.00,mp4a,hvc1,lmhe.08.06";
+    const auto run = [&](std::mt19937& random) {
+        Bytes bytes = segments[random() % 2];
+        for (auto faults = 1 + random() % 3; faults > 0; --faults) {
+            const size_t packet = random() % 3 == 0 ? random() % 2 : random() % (bytes.size() / 188);
+            const size_t at = packet * 188 + random() % (packet < 2 ? 120 : 24);
+            bytes[at] = static_cast<uint8_t>(random() % 2 == 0 ? random() : bytes[at] ^ 1u << random() % 8);
+        }
+        if (random() % 4 == 0) bytes = with_faults(bytes, random);
+        reset_stream_clock();
+        const Demuxed demuxed = demux(bytes, "", READER_CHUNK_SIZE, random() % 2 == 0 ? &attrs : nullptr);
+        std::string text = demuxed.report;
+        for (const auto& [name, content] : demuxed.files) text += content;
+        return text;
+    };
+    expect_golden("golden/damaged_segments.txt", transcript_checksums("damaged", 2560, run));
 }
 
 TEST(TsSegment, PlacesOfFindingsAndFactsOfStreams) {

@@ -21,6 +21,8 @@ namespace quorlin {
 
 namespace {
 
+using Bytes = std::vector<uint8_t>;
+
 struct Outcome {
     int result = 0;
     ZtpStreamSummary summary;
@@ -179,6 +181,52 @@ TEST(Ztpinfo, Places) {
         return outcome.out + (outcome.result == 0 ? "" : "\n  failed" + described(outcome.failure_place));
     });
     set_recorder(nullptr);
+}
+
+// Changes bits of the BSI after bsid, now and then any bit of its first words.
+void change_bsi(Bytes& frame, std::mt19937& random) {
+    const size_t begin = random() % 12 == 0 ? 16 : 45;
+    const size_t bit = begin + random() % (random() % 2 == 0 ? 50 : 200);
+    frame[bit / 8] = static_cast<uint8_t>(frame[bit / 8] ^ 0x80u >> bit % 8);
+}
+
+// Frame sets, the same again but for a few changes of the BSI, with right check words; now and then another fault.
+Bytes random_stream(std::mt19937& random) {
+    constexpr std::array FRAME_SETS = {"I",      "I:acmod=2,lfeon=0", "I D",     "I D D1", "I D I1 D", "I S1",
+                                       "I D S1", "I S1 S2",           "I I1 I2", "T",      "A",        "A D"};
+    std::vector<Bytes> frames;
+    std::istringstream kinds(FRAME_SETS[random() % FRAME_SETS.size()]);
+    for (std::string kind; kinds >> kind;) frames.push_back(syncframes(kind));
+    Bytes stream;
+    for (auto sets = 2 + random() % 3; sets > 0; --sets)
+        for (Bytes& frame : frames) {
+            if (random() % 3 == 0)
+                for (auto changes = 1 + random() % 6; changes > 0; --changes) change_bsi(frame, random);
+            store_check_words(frame);
+            stream.insert(stream.end(), frame.begin(), frame.end());
+        }
+    return random() % 8 == 0 ? with_faults(stream, random) : stream;
+}
+
+// Every rule set and listing over streams with any BSI.
+TEST(Ztpinfo, RandomStreams) {
+    std::string report;
+    for (uint16_t rules = 1; rules <= 4; ++rules) {
+        const auto run = [rules](std::mt19937& random) {
+            ZtpSettings settings;
+            settings.rule_set = ZtpRuleSet{rules};
+            settings.options = static_cast<uint16_t>(random());
+            settings.stop_on_failure = random() % 8 == 0;
+            settings.contiguous = random() % 2 == 0;
+            const ZtpInfoPtr handle(ztpinfo_open());
+            ztpinfo_configure(handle.get(), settings);
+            buffer_place = {.offset = 0, .time = 0};
+            const std::string first = described(process(handle.get(), random_stream(random)));
+            return random() % 2 == 0 ? first : first + described(process(handle.get(), random_stream(random)));
+        };
+        report += transcript_checksums("rules " + std::to_string(rules), 1440, run);
+    }
+    expect_golden("golden/random_streams.txt", report);
 }
 
 // A cut stream is refused only when the cut lies inside the first three words of a frame.
