@@ -123,7 +123,7 @@ def walk_files(top: str, skipped: set[FolderId], problems: list[str]) -> Iterabl
 
 
 def split_entries(entries: Iterable[os.DirEntry]) -> tuple[list[str], list[str]]:
-    """Paths of the folders (also behind symbolic links), and all others."""
+    """Paths of the folders (symbolic links to some among them), and all others."""
     folders, others = [], []
     for entry in entries:
         is_folder = os.path.isdir(entry.path) if entry.is_symlink() else entry.is_dir()

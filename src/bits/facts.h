@@ -36,7 +36,7 @@ struct SegmentFacts {
     const char* duration = nullptr;       // the text of EXTINF up to its comma
     std::optional<uint64_t> range_start;  // byte range
     std::optional<uint64_t> range_length;
-    uint64_t bytes_read = 0;
+    uint64_t bytes_read = 0;  // size of the file, or of its byte range as far as the file goes; 0 when it is not open
     uint32_t discontinuity_sequence = 0;  // RFC 8216, 6.2.1
     std::vector<StreamFacts> streams;
 };

@@ -10,7 +10,7 @@ int64_t last_unrolled = NO_TIME;
 
 }  // namespace
 
-int64_t unroll_90khz(int64_t timestamp) {
+int64_t advance_stream_clock(int64_t timestamp) {
     if (last_unrolled == NO_TIME) return last_unrolled = timestamp;
     // The difference modulo the wrap, as a signed number of 33 bits.
     const uint64_t distance = (static_cast<uint64_t>(timestamp) - static_cast<uint64_t>(last_unrolled)) << 31;

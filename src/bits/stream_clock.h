@@ -9,8 +9,9 @@ namespace quorlin {
 
 constexpr int64_t CLOCK_WRAP = int64_t{1} << 33;
 
-// The time stamp, of 33 bits, with the wraps added that bring it nearest to the last one unrolled.
-int64_t unroll_90khz(int64_t timestamp);
+// Moves the clock to this time stamp, of 33 bits, and returns it with the wraps added that bring it nearest to the last
+// one.
+int64_t advance_stream_clock(int64_t timestamp);
 
 // Forgets what came before: at the start of a playlist or series, and at a discontinuity.
 void reset_stream_clock();

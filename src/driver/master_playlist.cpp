@@ -101,8 +101,9 @@ std::string compared_codecs(const MasterPlaylist& master, const VariantStream& v
 int validate_variant(const MasterPlaylist& master, const VariantStream& variant) {
     current_place.line = variant.line;
     std::string stem;
-    const bool is_empty = variant.uri && *variant.uri == playlist_directory(master.path);
-    if (!variant.uri || (is_empty && file_stem(*variant.uri, stem) != 0)) {
+    // An empty line is joined to the directory, as every address is.
+    const bool line_was_empty = variant.uri && *variant.uri == playlist_directory(master.path);
+    if (!variant.uri || (line_was_empty && file_stem(*variant.uri, stem) != 0)) {
         report_reason(
             ReasonEffect::UNVALIDATED, "reason-playlist-variant-without-uri", master.path,
             "line %u: a variant has no URI, or a line with \"#\" stands where it is read: no playlist of it is "

@@ -58,7 +58,7 @@ int check_segment_timing(const TsSegmentTiming& current, const TsSegmentTiming& 
         if (current.streams[i].stream_type != STREAM_TYPE_ATSC_EAC3) continue;
         const PlaceScope scope;
         current_place.stream = current.streams[i].pid;
-        if (current.streams[i].first_pts >= 0) current_place.time = unroll_90khz(current.streams[i].first_pts);
+        if (current.streams[i].first_pts >= 0) current_place.time = advance_stream_clock(current.streams[i].first_pts);
         status |= check_stream_timing(current.streams[i], previous.streams[i], current, previous, caller);
     }
     return status;

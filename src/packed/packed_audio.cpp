@@ -165,7 +165,7 @@ int validate_tag_and_payload(FileReader& reader, const std::string& uri, const S
     if (read_id3_timestamp(reader, uri, timestamp) != 0) return -1;
     announce("  %s (pts:%" PRId64 ")\n", uri.c_str(), timestamp);
     current_place.offset = static_cast<int64_t>(reader.position);
-    current_place.time = unroll_90khz(timestamp & (CLOCK_WRAP - 1));
+    current_place.time = advance_stream_clock(timestamp & (CLOCK_WRAP - 1));
     const PackedFormat format = recognise_format(reader, uri);
     if (format == PackedFormat::NONE) return 0;
     int status = check_codecs(format, job.attrs);

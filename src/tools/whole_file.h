@@ -6,7 +6,7 @@
 
 namespace quorlin {
 
-// Analyzer calls count bytes in 32 bits: a file must stay below this size.
+// A file is read whole: one of this size or more is refused rather than left to exhaust the memory.
 inline constexpr uint64_t FILE_SIZE_LIMIT = uint64_t{1} << 32;
 
 // Reads the file, or standard input for "-", whole into `bytes`. Returns 0, or -1 after a message on standard error

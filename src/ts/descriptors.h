@@ -73,7 +73,7 @@ struct StreamDescriptor {
 
 // Parses and checks the descriptor whose tag is the first of `bytes`, which end where the descriptor's loop ends; a
 // descriptor that claims more than its loop holds is cut to it. `consumed` gets its size in bytes, at least 1 unless
-// `bytes` is empty. A Lumora descriptor is listed. Returns 0, or 11 after a finding (printed).
+// `bytes` is empty. A Lumora descriptor is listed. Returns 0, or TS_CHECK_FAILED after a finding (printed).
 [[nodiscard]] int parse_descriptor(std::span<const uint8_t> bytes, StreamDescriptor& descriptor, uint32_t& consumed);
 
 // The display name of a descriptor tag.

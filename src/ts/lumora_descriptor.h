@@ -22,7 +22,7 @@ struct LmraDescriptorFields {
 // The fields of a Lumora descriptor, tag and length byte included; what lies after its end is 0.
 LmraDescriptorFields read_lumora_descriptor(std::span<const uint8_t> raw);
 
-// Prints what the descriptor announces. Returns 0, or 11 after a finding (printed).
+// Prints what the descriptor announces. Returns 0, or TS_CHECK_FAILED after a finding (printed).
 [[nodiscard]] int list_lumora_descriptor(const LmraDescriptorFields& fields);
 
 }  // namespace quorlin

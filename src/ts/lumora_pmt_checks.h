@@ -7,7 +7,7 @@
 namespace quorlin {
 
 // The rules for a Lumora descriptor, alone and against a CODECS value of the playlist. Each prints its findings and
-// returns 0 or 11.
+// returns 0 or TS_CHECK_FAILED.
 
 // Version and presence flags: what every Lumora stream must announce.
 [[nodiscard]] int check_lumora_descriptor(const LmraDescriptorFields& fields);

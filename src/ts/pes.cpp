@@ -97,7 +97,7 @@ PesState finish_header(PesStream& stream, int64_t packets_read, int& status) {
     if (stream.refused) return PesState::CUT_SHORT;
     if (is_scrambled(header)) add_loss(stream.losses.scrambled_packets, 1);
     read_timestamps(stream.times, header);
-    if (stream.times.pts != -1) stream.place_time = unroll_90khz(stream.times.pts);
+    if (stream.times.pts != -1) stream.place_time = advance_stream_clock(stream.times.pts);
     current_place.time = stream.place_time;
     status |= check_timestamps(stream.times);
     log_timestamps(stream.log, stream.times, stream.bytes_total, packets_read);

@@ -83,8 +83,8 @@ void drop_open_header(PesStream& stream);
 void start_pes(PesStream& stream);
 
 // Collects what the payload of one transport packet holds of the PES packet: its header, whose checks are made when it
-// is complete, then its payload. `packets_read` numbers the transport packet. ORs 11 into `status` after a finding
-// (printed).
+// is complete, then its payload. `packets_read` numbers the transport packet. ORs TS_CHECK_FAILED into `status` after a
+// finding (printed).
 [[nodiscard]] PesState collect_pes(PesStream& stream, std::span<const uint8_t> bytes, int64_t packets_read,
                                    int& status);
 
@@ -92,7 +92,7 @@ void start_pes(PesStream& stream);
 Place pes_place(const PesStream& stream);
 
 // Writes the payload held to the stream's file, notes the packet's times in `table` and empties the slot. Returns 0, or
-// 3 when the payload could not be written (printed once per file).
+// TS_OUTPUT_FAILED when the payload could not be written (printed once per file).
 [[nodiscard]] int flush_pes(PesStream& stream, TsStreamTable& table);
 
 }  // namespace quorlin

@@ -26,7 +26,7 @@ struct TsSegmentTiming {
 
 // Demultiplexes and checks one transport stream segment. `reader` is started on the segment. The elementary streams go
 // to "<output_dir>/<stem><suffix>". `timing` may be null; it is filled only when nothing failed.
-// Returns 0; or ORed: 11 a check failed, 5 lost sync or a second video PID, 3 an output file that cannot be written.
+// Returns 0, or the ORed statuses of ts_status.h.
 [[nodiscard]] int ts_process_segment(FileReader& reader, const SegmentJob& job, TsSegmentTiming* timing);
 
 }  // namespace quorlin
