@@ -140,6 +140,7 @@ TEST(Ac4Dsi, RealObjectPayload) {
     Ac4Dsi dsi;
     EXPECT_EQ(printed_by([&] { EXPECT_EQ(parse_dac4(payload, RIGHT, dsi), 0); }), "");
     EXPECT_EQ(ac4_dsi_codec_string(dsi), "ac-4.02.01.04");
+    EXPECT_EQ(ac4_dsi_codec_string({}), "ac-4.00.00.00");
     const ac4_group_substream_dsi& substream = dsi.presentations[0].v1->substream_groups[0].substreams[0];
     EXPECT_EQ(substream.n_dmx_objects_minus1, 8);
     EXPECT_EQ(substream.n_umx_objects_minus1, 15);

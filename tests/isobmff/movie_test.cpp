@@ -56,10 +56,12 @@ void expect_golden_movies(const std::string& path, const std::vector<SegmentCase
     std::string report;
     for (const SegmentCase& c : cases)
         report += transcript_entry(c.name, [&] { return print_movie(c.sections, print); });
+    testing::internal::CaptureStderr();
     report += transcript_checksums("damaged", 640, [&](std::mt19937& random) {
         const SegmentCase c = damaged(cases[random() % cases.size()], random);
         return transcript_entry("", [&] { return print_movie(c.sections, print); });
     });
+    testing::internal::GetCapturedStderr();
     expect_golden(path, report);
 }
 

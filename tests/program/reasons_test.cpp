@@ -197,7 +197,7 @@ std::vector<Case> mp4_segments() {
     const Bytes endless = box("moof", {box("traf", {text_boxes("tfhd:32 0x20000 1\ntrun:32 0 0xFFFFFFFF")})});
     const Bytes sinf = box("sinf", {box("frma", {text_bytes("avc1")}),
                                     full_box("schm", 0, 0, {text_bytes("cenc"), big_endian(4, {0x10000})})});
-    const Bytes mp3 = audio_entry("mp4a", 2, {text_boxes("esds:8 0 0 0 0 3 0x80 7 0 1 0 4 5 0x6B")});
+    const Bytes mp3 = audio_entry("mp4a", 2, {text_boxes("esds:8 0 0 0 0 3 0x80 13 0 1 0xE0 0 9 1 65 0 8 4 5 0x6B")});
     const Bytes later = audio_entry("ac-4", 2, {text_boxes("dac4:8 0x20 0x60 1 0 0 0 0 0 0 0 0 0 3 0")});
     return {
         {"one file as init section and segment",

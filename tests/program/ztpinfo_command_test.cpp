@@ -37,6 +37,8 @@ const CommandCase CASES[] = {
     {"failing file", "$ZTPINFO " + FAILING, 1, BSID_FAILURE + BSID_FAILURE, ""},
     {"standard input", "$ZTPINFO - <" + FAILING, 1, BSID_FAILURE + BSID_FAILURE, ""},
     {"a pipe", "cat " + FAILING + " | $ZTPINFO -", 1, BSID_FAILURE + BSID_FAILURE, ""},
+    {"the end of a pipe of 2.4 MB", "{ cat $(yes " + CLEAN + " | head -100); printf '12345678'; } | $ZTPINFO -", 2, "",
+     "Invalid syncword detected"},
     {"no bytes at all", "$ZTPINFO /dev/null", 0, "", ""},
     {"the worst of several files counts, each has its own analysis", "$ZTPINFO none " + FAILING + " " + CLEAN, 2,
      "none:\n" + FAILING + ":\n" + LOCATED_BSID_FAILURE + LOCATED_BSID_FAILURE + CLEAN + ":\n",
