@@ -78,7 +78,11 @@ TEST(PlaylistReader, Elements) {
     };
     const auto entry = [](const char* name, const std::string& text) {
         Playlist playlist;
-        const std::string transcript = transcript_entry(name, [&] { return read_playlist_text(text, playlist); });
+        const std::string transcript = transcript_entry(name, [&] {
+            const int status = read_playlist_text(text, playlist);
+            report_playlist_losses("p", playlist.losses);
+            return status;
+        });
         return transcript + show(playlist);
     };
     std::string transcript;

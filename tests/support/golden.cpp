@@ -42,7 +42,7 @@ constexpr Recorder WHOLE_RECORDER = {
     .finding =
         [](const Finding& finding) {
             print_text(finding.text);
-            std::printf("%s ", finding.fails ? "fails" : "note");
+            std::printf("%s line %u ", finding.fails ? "fails" : "note", finding.place.line);
             print_place(finding.id, finding.place);
         },
     .text = print_text,
@@ -51,7 +51,8 @@ constexpr Recorder WHOLE_RECORDER = {
         [](const Reason& reason) {
             // The numbers of source lines, in messages of the analyzer, change.
             print_text(reason.reason.substr(0, reason.reason.find("(line ")));
-            std::printf("%s%s ", reason.fails ? " fails" : "", reason.unvalidated ? " unvalidated" : "");
+            std::printf("%s%s line %u ", reason.fails ? " fails" : "", reason.unvalidated ? " unvalidated" : "",
+                        reason.place.line);
             print_place(reason.id, reason.place);
         },
     .playlist = [](const PlaylistFacts& facts, const Place&) { print_facts(facts); },
