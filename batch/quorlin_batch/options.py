@@ -2,9 +2,12 @@
 
 import argparse
 import re
+import textwrap
 
 from . import VERSION
 from .assets import UsageError
+from .explanations import explain
+from .programs import find_quorlin
 
 TIME_UNITS = {"": 1, "s": 1, "m": 60, "h": 3600, "d": 86400}
 
@@ -59,6 +62,20 @@ def folder_name(text: str) -> str:
     return text
 
 
+class Explain(argparse.Action):
+    """Tells what an id means, of a finding, a reason or an advice, and ends."""
+
+    def __call__(self, parser, namespace, values, option_string=None) -> None:
+        (name,) = values
+        paragraphs = explain(find_quorlin(None), {name}).get(name)
+        if not paragraphs:
+            parser.error(f"{name}: there is no such id")
+        filled = [textwrap.fill(each, 76, initial_indent="    ", subsequent_indent="    ")
+                  for each in paragraphs]
+        print("\n\n".join([name, *filled]))
+        parser.exit()
+
+
 class Parser(argparse.ArgumentParser):
     def error(self, message: str) -> None:
         raise UsageError(f"{message}\nTry 'quorlin-batch --help' for more information.")
@@ -99,5 +116,7 @@ def command_line() -> argparse.ArgumentParser:
         help="names in lists end with a zero byte, not with a line")
     add("-n", "--dry-run", action="store_true", help="print what would be validated, and end")
     add("-q", "--quiet", action="store_true", help="no progress bar on standard error")
+    add("--explain", metavar="ID", nargs=1, action=Explain,
+        help="what a finding, a reason or an advice means, and how to fix it")
     add("-V", "--version", action="version", version=f"quorlin-batch {VERSION}")
     return parser

@@ -145,6 +145,9 @@ class Advice(BatchTest):
         self.assertEqual(self.batch(self.catalogue, "--advice", "fail").returncode, 1)
         failed = {name for name, record in self.records().items() if record["state"] == "failed"}
         self.assertEqual(failed, {name for name, _, ids in ADVICE if ids})
+        for name in {name for _, _, ids in ADVICE for name in ids}:
+            self.assertIn(b"Rule: RFC 8216", self.batch("--explain", name).stdout)
+        self.assertEqual(self.batch("--explain", "advice-unheard-of").returncode, 64)
 
 
 class Schema(BatchTest):
