@@ -2,16 +2,24 @@
 
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <string_view>
 
 namespace quorlin {
 
 namespace {
 
+bool exists(const char* path) {
+    struct stat status = {};
+    return stat(path, &status) == 0;
+}
+
 // Creates a directory that is not there; `status` becomes the outcome of the attempt.
 void create_level(const char* path, int& status) {
-    struct stat existing = {};
-    if (stat(path, &existing) != 0) status = mkdir(path, 0777);
+    if (exists(path)) return;
+    status = mkdir(path, 0777);
+    // Another run may have been faster.
+    if (status != 0 && errno == EEXIST && exists(path)) status = 0;
 }
 
 }  // namespace
