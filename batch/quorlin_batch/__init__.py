@@ -5,7 +5,8 @@ to be validated, `reports` and `look` know which reports are still current. `eng
 GNU parallel in `chunks`, which starts a `worker` for each. The worker runs quorlin-json (`process`),
 `fold` folds its events, `timing` and `advice` look at the times of the segments, `verdict` names what
 became of the asset, `result` and `asset_page` are what is stored. `summary` collects the results,
-`accept` knows the accepted findings, `since` the last call; `told`, `junit` and `page` write it out.
+`accept` knows the accepted findings, `since` the last call, `explanations` and `advice_texts` what the
+ids mean; `told`, `junit` and `page` write it out. `playlists`, `programs`, `kept` and `text` serve them.
 """
 
 VERSION = "2.2.0"

@@ -97,8 +97,8 @@ def why_accepted(finding: dict, whys: dict[str, str]) -> str | None:
     return own
 
 
-def stands(finding: dict) -> bool:
-    """It speaks against the asset and is not accepted."""
+def counts(finding: dict) -> bool:
+    """It fails the asset or left something out, and it is not accepted."""
     return (finding["fails"] or finding["unvalidated"]) and "accepted" not in finding
 
 
@@ -106,15 +106,15 @@ def judge_again(record: dict, more_fails: bool) -> tuple[str, str]:
     """State and reason of an asset when what is accepted does not count, and advice may."""
     state, reason = record["state"], record["reason"]
     findings = record["findings"]
-    speaking = [each for each in findings if each["kind"] != "advice"]
-    failing = [each for each in speaking if each["fails"]]
-    if state == FAILED and failing and not more_fails and not any(map(stands, failing)):
-        state = INCOMPLETE if any(map(stands, speaking)) else ACCEPTED
+    found = [each for each in findings if each["kind"] != "advice"]
+    failing = [each for each in found if each["fails"]]
+    if state == FAILED and failing and not more_fails and not any(map(counts, failing)):
+        state = INCOMPLETE if any(map(counts, found)) else ACCEPTED
         reason = IN_PART if state == INCOMPLETE else ""
-    elif state == INCOMPLETE and not more_fails and not any(map(stands, speaking)):
+    elif state == INCOMPLETE and not more_fails and not any(map(counts, found)):
         state, reason = ACCEPTED, ""
     if state in (PASSED, ACCEPTED, INCOMPLETE):
-        if any(each["kind"] == "advice" and stands(each) for each in findings):
+        if any(each["kind"] == "advice" and counts(each) for each in findings):
             return FAILED, "advice counts"
     return state, reason
 

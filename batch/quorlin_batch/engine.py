@@ -1,4 +1,4 @@
-"""Hands chunks of assets to GNU parallel. Its exit code speaks of this call only: the reports count."""
+"""Hands chunks of assets to GNU parallel. Its exit code is about this call only: the reports count."""
 
 import contextlib
 import os

@@ -3,7 +3,7 @@
 import html
 import re
 
-from .accept import stands
+from .accept import counts
 from .text import plural, write_whole
 from .told import told
 from .verdict import ACCEPTED, FAILED, INCOMPLETE, PASSED
@@ -69,7 +69,7 @@ def properties_of(record: dict) -> dict:
 
 def message_of(record: dict) -> str:
     """The first finding, or what became of the run."""
-    first = next((told(each) for each in record["findings"] if stands(each)), None)
+    first = next((told(each) for each in record["findings"] if counts(each)), None)
     if record["state"] == FAILED or (record["state"] == INCOMPLETE and first):
         return first or "failed"
     return record["reason"] or record["state"].replace("_", " ")

@@ -7,6 +7,7 @@ from .playlists import read_playlist
 
 
 def is_playlist(asset: str) -> bool:
+    """As quorlin takes it: by these endings, in lower case alone."""
     return asset.endswith((".m3u8", ".m3u"))
 
 

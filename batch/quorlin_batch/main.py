@@ -1,4 +1,4 @@
-"""A call: what is to be validated, what of it is still to do, the run, what is written over it."""
+"""A call: finds the assets, runs those that have no current report, and writes the summary."""
 
 import argparse
 import contextlib

@@ -8,7 +8,7 @@ from urllib.parse import quote
 from .asset_page import harmless
 from .explanations import explain
 from .reports import Settings
-from .accept import stands
+from .accept import counts
 from .summary import is_plain_advice
 from .text import write_whole
 from .verdict import STATES
@@ -100,9 +100,9 @@ def index_data(summary: dict, explanations: dict) -> dict:
 def row_of(record: dict, ids: Table, texts: Table, root: str) -> list:
     """Name, set of findings, first finding, number of findings, seconds, report; and, when there
     are any, what is new and gone, how much is accepted, and the advice."""
-    speaking = [each for each in record["findings"] if stands(each)]
-    total = sum(each["count"] for each in speaking) + record["more_findings"]
-    first = texts.number(speaking[0]["text"]) if speaking else -1
+    counting = [each for each in record["findings"] if counts(each)]
+    total = sum(each["count"] for each in counting) + record["more_findings"]
+    first = texts.number(counting[0]["text"]) if counting else -1
     usual = record["report"] == quote(f"assets{root.rstrip('/')}/{record['name']}")
     row = [record["name"], record["set"], first, total, round(record["seconds"], 3),
            0 if usual else record["report"] or ""]

@@ -17,7 +17,7 @@ MAX_ATTEMPTS = 2
 RESULT, STDOUT, STDERR, PAGE = "result.json", "report.txt", "stderr.txt", "index.html"
 RESULT_KEYS = {"asset", "state", "reason", "verdict", "exit_code", "timed_out", "retriable",
                "attempts", "started", "seconds", "limit", "host", "quorlin", "streams", "files",
-               "findings", "more_findings", "inventory", "playlists"}
+               "findings", "more_findings", "more_fails", "inventory", "playlists"}
 
 
 class Settings:

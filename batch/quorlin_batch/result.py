@@ -78,7 +78,7 @@ def rows_of(fold: Fold, names: Names) -> list[dict]:
         cells.setdefault((playlist, line, segment), []).append(found)
     codecs = [stream.codec for stream in fold.streams.values()]
     variant = next((segments for segments in fold.segments.values()
-                    if any(time is not None for _, time in starts(segments, codecs, False))), [])
+                    if any(time is not None for _, time in starts(segments, codecs, audio=False))), [])
     rows = []
     for playlist, segments in fold.segments.items():
         offsets = audio_offsets(segments, variant, codecs)

@@ -7,7 +7,7 @@ from collections.abc import Callable
 from urllib.parse import quote
 
 from . import VERSION
-from .accept import Entry, accept, described, judge_again, stands
+from .accept import Entry, accept, counts, described, judge_again
 from .reports import Settings, report_folder
 from .since import compare
 from .text import printable, write_whole
@@ -68,7 +68,7 @@ def summarize(batch: Batch, results: list[dict | None]) -> dict:
         "advice": "fail" if batch.advice_fails else "show",
         "accepted": described(batch.accepted, batch.accept_file, records) if batch.accept_file else None,
         "since": since,
-        "frequent_findings": frequent_findings(records, stands),
+        "frequent_findings": frequent_findings(records, counts),
         "frequent_advice": frequent_findings(records, is_plain_advice),
         "equal_findings": equal_findings(records),
         "assets": records,
@@ -131,7 +131,7 @@ def equal_findings(records: list[dict]) -> list[dict]:
     the number of its set."""
     sets: dict[tuple, dict] = {}
     for record in records:
-        ids = tuple(sorted({each["id"] for each in record["findings"] if stands(each)}))
+        ids = tuple(sorted({each["id"] for each in record["findings"] if counts(each)}))
         key = (record["state"], record["reason"], ids)
         group = sets.get(key)
         if group is None:

@@ -40,9 +40,9 @@ def starts(segments: list[tuple], streams: list, audio: bool) -> list[tuple[dict
 def audio_offsets(segments: list[tuple], variant: list[tuple], streams: list) -> Iterator[float | None]:
     """By how many ms the audio of each segment, init sections left out, begins after the video: its
     own, or, of a rendition, that of the same segment of `variant`."""
-    own = starts(segments, streams, False)
-    video = own if any(time is not None for _, time in own) else starts(variant, streams, False)
-    for index, (event, begin) in enumerate(starts(segments, streams, True)):
+    own = starts(segments, streams, audio=False)
+    video = own if any(time is not None for _, time in own) else starts(variant, streams, audio=False)
+    for index, (event, begin) in enumerate(starts(segments, streams, audio=True)):
         other, shown = video[index] if index < len(video) else (event, None)
         known = begin is not None and shown is not None and same_clock(event, other)
         yield round((begin - shown) / TICKS * 1000, 1) if known else None

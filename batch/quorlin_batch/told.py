@@ -4,7 +4,7 @@ last."""
 import textwrap
 from collections.abc import Iterable
 
-from .accept import stands
+from .accept import counts
 from .text import duration, plural
 from .verdict import NOT_RUN, PASSED, STATES, TITLES
 
@@ -88,7 +88,7 @@ def state_lines(state: str, records: list[dict]) -> Iterable[str]:
 def finding_lines(record: dict) -> Iterable[str]:
     """The first findings; not those that the reason quotes already."""
     rest = [each for each in record["findings"]
-            if stands(each) and each["text"] not in record["reason"]]
+            if counts(each) and each["text"] not in record["reason"]]
     for finding in rest[:MAX_TOLD]:
         yield f"    {finding['count']:4,} x {finding['id']}: {told(finding)}"
     if len(rest) > MAX_TOLD or record["more_findings"]:

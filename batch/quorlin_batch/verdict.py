@@ -7,7 +7,7 @@ from .process import Run
 from .text import duration, short
 
 PASSED = "passed"
-ACCEPTED = "accepted"  # whatever speaks against it has been accepted
+ACCEPTED = "accepted"  # all findings that count have been accepted
 INCOMPLETE = "incomplete"  # quorlin says PASSED, but something was not validated
 FAILED = "failed"
 NOTHING = "nothing_validated"  # quorlin says PASSED, but there was nothing that it could validate

@@ -159,8 +159,8 @@ class Names(BatchTest):
             self.asset(name)
         lines = ["# a comment", "", "catalogue/b/list.m3u8\r", "", "catalogue/a c/list.m3u8",
                  "./catalogue/#d", "catalogue/b/list.m3u8"]
-        (self.folder / "titles.txt").write_text("\n".join(lines), encoding="utf-8-sig")
-        self.assertEqual(self.batch("titles.txt").returncode, 0)
+        (self.folder / "assets.txt").write_text("\n".join(lines), encoding="utf-8-sig")
+        self.assertEqual(self.batch("assets.txt").returncode, 0)
         self.assertEqual([record["name"] for record in self.summary()["assets"]],
                          [f"{name}/list.m3u8" for name in names])
 
@@ -211,7 +211,7 @@ class Again(BatchTest):
         b, c = self.asset("b"), self.asset("c", FAILED)
         self.check_runs(self.batch(), b=1, c=1)
         self.check_runs(self.batch(), b=1, c=1)
-        self.asset("a")  # a title in front of the others
+        self.asset("a")  # before the others
         self.check_runs(self.batch(), a=1, b=1, c=1)
         (c.parent / "seg.ts").write_bytes(b"GG")
         os.utime(b, (1, 1))  # older than its report, and yet another file

@@ -41,7 +41,7 @@ struct SegmentFacts {
     std::vector<StreamFacts> streams;
 };
 
-// A playlist that was read. Of a master playlist `media` and what follows it is empty. Null for what is absent.
+// A playlist that was read. Of a master playlist only `path` and `master` are set. Null for what is absent.
 struct PlaylistFacts {
     const char* path = "";
     bool master = false;

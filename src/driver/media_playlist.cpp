@@ -44,7 +44,7 @@ struct SegmentLoop {
 int validate_transport_stream(SegmentLoop& loop) {
     TsSegmentTiming timing;
     int status = ts_process_segment(loop.source.reader, loop.segment_job, &timing);
-    if (loop.previous_timing.video_first_pts != -1 && timing.audio_count > 0)
+    if (loop.previous_timing.video_first_pts != NO_PTS)
         status |= check_segment_timing(timing, loop.previous_timing, TimingCaller::PLAYLIST);
     loop.previous_timing = timing;
     return status;
@@ -123,7 +123,7 @@ int validate_opened_segment(SegmentLoop& loop, const SegmentEntry& entry, const 
 }
 
 int validate_segment(SegmentLoop& loop, const SegmentEntry& entry) {
-    const std::string& path = *entry.uri;
+    const std::string& path = *entry.path;
     const char* address = path.c_str() + (path.starts_with(loop.directory) ? loop.directory.size() : 0);
     ++loop.segments_named;
     current_place.segment = path.c_str();

@@ -65,7 +65,7 @@ void validate_series_segment(SeriesState& series) {
     TsSegmentTiming timing;
     series.error_flag |= validate_file(series.reader, series.job, &timing);
     series.job.first_segment = false;
-    if (series.error_flag == 0 && series.previous_timing.video_first_pts != -1) {
+    if (series.error_flag == 0 && series.previous_timing.video_first_pts != NO_PTS) {
         // A series reports its timing findings but they leave the verdict alone, deliberately.
         const VerdictUntouched untouched;
         (void)check_segment_timing(timing, series.previous_timing, TimingCaller::TEMPLATE);
@@ -74,7 +74,7 @@ void validate_series_segment(SeriesState& series) {
 }
 
 // Says why the series ends where there are files that it leaves out: at `name`, of `index`, which cannot be opened or,
-// with a file of the next index, is missing.
+// with a file of the next index, is missing. errno is that of the failed open.
 void report_end_of_series(const char* input, int32_t index, const std::string& name) {
     std::string next;
     if (errno != ENOENT)
@@ -86,11 +86,11 @@ void report_end_of_series(const char* input, int32_t index, const std::string& n
                       "is missing: the series ends here, and %s is not validated", next.c_str());
 }
 
-// Opens the reader on a file of the series. Returns 0, or -1 when it cannot be opened.
+// Opens the reader on a file of the series. Returns 0, or -1 when it cannot be opened: errno says why.
 int open_in_series(FileReader& reader, const std::string& name) {
     reader_close(reader);
-    reader.file = open_input_file(name);
     reader.path = name;
+    reader.file = open_input_file(name);
     return reader.file ? 0 : -1;
 }
 

@@ -66,7 +66,7 @@ void record_segment_facts(const SegmentSource& source, const SegmentEntry& entry
     SegmentFacts facts;
     facts.container = source.reader.file ? container_of(source.format) : Container::UNKNOWN;
     facts.init = entry.kind == SegmentKind::INIT;
-    facts.path = entry.uri ? entry.uri->c_str() : "";
+    facts.path = entry.path ? entry.path->c_str() : "";
     facts.uri = address;
     facts.duration = text_or_null(entry.duration);
     if (range.length != 0) {

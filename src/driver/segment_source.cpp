@@ -7,14 +7,14 @@
 #include "bits/place.h"
 #include "bits/report.h"
 #include "driver/paths.h"
-#include "playlist/address_hints.h"
+#include "playlist/unreadable_address.h"
 
 namespace quorlin {
 
 namespace {
 
 // A missing segment does not touch the verdict.
-void note_invalid_path(const std::string& path) {
+void print_invalid_path(const std::string& path) {
     note("run-segment-path", "ERROR: Invalid segment path: %s\n", path.c_str());
 }
 
@@ -61,7 +61,7 @@ int set_segment(FileReader& reader, File file, const std::string& path) {
     const char* cause = file ? nullptr : open_failure_text();
     reader_close(reader);
     if (!file) {
-        note_invalid_path(path);
+        print_invalid_path(path);
         report_unreadable(path, cause);
         return SEGMENT_NOT_OPENED;
     }
@@ -72,26 +72,26 @@ int set_segment(FileReader& reader, File file, const std::string& path) {
 
 int open_segment(SegmentSource& source, const Playlist& playlist, const SegmentEntry& entry, const char* address) {
     FileReader& reader = source.reader;
-    const std::string path = entry.uri.value_or("");
+    const std::string path = entry.path.value_or("");
     if (reader.file && reader.path == path) {
         reader_clear_error(reader);
         return SEGMENT_READABLE;
     }
     reader_close(reader);
     if (is_http_address(path)) {
-        note_invalid_path(path);
+        print_invalid_path(path);
         report_unreadable(path, "");
         return SEGMENT_NOT_LOCAL;
     }
     File file = open_input_file(path);
     if (!file && (*address == '\0' || *address == '#')) {
-        note_invalid_path(path);
+        print_invalid_path(path);
         report_no_address(entry, address);
         return SEGMENT_NOT_OPENED;
     }
     const int status = set_segment(reader, std::move(file), path);
     if (status != SEGMENT_READABLE) return status;
-    const std::string key_method = entry.key > 0 ? playlist.key_methods[entry.key - 1] : "NONE";
+    const std::string key_method = entry.keys_before > 0 ? playlist.key_methods[entry.keys_before - 1] : "NONE";
     source.format = look_at_start(reader, entry.byte_range.has_value(), key_method);
     return SEGMENT_READABLE;
 }

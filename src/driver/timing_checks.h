@@ -8,7 +8,7 @@ namespace quorlin {
 enum class TimingCaller { TEMPLATE, PLAYLIST };
 
 // Compares the audio and video times of consecutive transport stream segments, for E-AC-3 streams (stream type 0x87).
-// Returns 0, or -1 when a finding was printed.
+// Returns 0, or -1 when a finding was printed. Moves the stream clock, for the places of its findings.
 [[nodiscard]] int check_segment_timing(const TsSegmentTiming& current, const TsSegmentTiming& previous,
                                        TimingCaller caller);
 

@@ -13,6 +13,7 @@
 #include "bits/recorder.h"
 #include "bits/report.h"
 #include "playlist/codecs.h"
+#include "playlist/ztp_program.h"
 #include "ztpinfo/channel_locations.h"
 #include "ztpinfo/syncframe.h"
 #include "ztpinfo/ztpinfo.h"
@@ -118,9 +119,10 @@ bool is_full_service(const ZtpSubstreamSummary& independent) {
     return independent.bsmod == 0 || independent.bsmod == 6 || (independent.bsmod == 7 && independent.acmod != 1);
 }
 
-// The value that ZTP_PROGRAMn has to have for a program: bit 7 set, service_type, number_of_channels.
+// The value that ZTP_PROGRAMn has to have for a program: the mark, service_type, number_of_channels.
 uint32_t ztp_program_value(const ZtpProgramSummary& program) {
-    return ((program.independent.bsmod & 7) | 16) << 3 | (channel_code(program) & 7);
+    return ZTP_PROGRAM_MARK | (program.independent.bsmod & 7) << ZTP_PROGRAM_SERVICE_TYPE_SHIFT |
+           (channel_code(program) & 7);
 }
 
 // Streams of one program are deliberately never compared.
@@ -129,7 +131,8 @@ int check_ztp_programs(const ZtpStreamSummary& summary, const std::array<uint32_
     const auto& programs = summary.programs;
     int status = 0;
     if (count >= 2) {
-        const uint32_t full_service = is_full_service(programs[0].independent) ? 64 : 0;
+        const uint32_t full_service =
+            is_full_service(programs[0].independent) ? 1u << ZTP_PROGRAM_FULL_SERVICE_SHIFT : 0u;
         if ((ztp_program_value(programs[0]) | full_service) != attributes[0])
             status |= fail(
                 -1, "packed-ztp-program0",

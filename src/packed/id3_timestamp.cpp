@@ -43,12 +43,12 @@ bool read_over(FileReader& reader, uint32_t count) {
     return true;
 }
 
-constexpr ReasonEffect REFUSED = ReasonEffect::FAILS_UNVALIDATED;
-
-// The tag is refused where the reader stands. Whether that wants a reason: a failed read has one of its own.
-bool wants_reason(const FileReader& reader) {
+// Refuses the tag where the reader stands. A failed read has a reason of its own. Always -1.
+int refuse_tag(const FileReader& reader, const std::string& path, const char* id, const char* text) {
     current_place.offset = static_cast<int64_t>(reader.position);
-    return !reader.read_error;
+    if (!reader.read_error)
+        report_reason(ReasonEffect::FAILS_UNVALIDATED, id, path, "%s (byte %" PRIu64 ")", text, reader.position);
+    return -1;
 }
 
 // ID3 writes its size as four times seven bits.
@@ -76,46 +76,26 @@ using TagBody = std::array<uint8_t, PRIV_BODY_SIZE>;
 // Reads the tag: the start of its body into `body`. Returns 0 or -1.
 int read_tag(FileReader& reader, const std::string& path, TagBody& body) {
     std::array<uint8_t, ID3_HEADER_SIZE> header = {};
-    if (reader_read(header.data(), ID3_HEADER_SIZE, reader) < ID3_HEADER_SIZE || !has_text(header, 0, "ID3")) {
-        if (wants_reason(reader))
-            report_reason(REFUSED, "reason-packed-id3-none", path,
-                          "no ID3 tag at the start of the packed audio segment (byte %" PRIu64 ")", reader.position);
-        return -1;
-    }
+    if (reader_read(header.data(), ID3_HEADER_SIZE, reader) < ID3_HEADER_SIZE || !has_text(header, 0, "ID3"))
+        return refuse_tag(reader, path, "reason-packed-id3-none",
+                          "no ID3 tag at the start of the packed audio segment");
     // Deliberately a plain 32-bit number, not ID3's form of four times seven bits.
     const uint32_t size = load_be32(header, ID3_SIZE_OFFSET);
     remark_size(path, size);
-    if (size < PRIV_BODY_SIZE) {
-        if (wants_reason(reader))
-            report_reason(REFUSED, "reason-packed-id3-short", path,
-                          "the ID3 tag is too short for a timestamp (byte %" PRIu64 ")", reader.position);
-        return -1;
-    }
-    if (reader_read(body.data(), PRIV_BODY_SIZE, reader) < PRIV_BODY_SIZE ||
-        !read_over(reader, size - PRIV_BODY_SIZE)) {
-        if (wants_reason(reader))
-            report_reason(REFUSED, "reason-packed-id3-cut", path,
-                          "the ID3 tag is longer than the segment (byte %" PRIu64 ")", reader.position);
-        return -1;
-    }
+    if (size < PRIV_BODY_SIZE)
+        return refuse_tag(reader, path, "reason-packed-id3-short", "the ID3 tag is too short for a timestamp");
+    if (reader_read(body.data(), PRIV_BODY_SIZE, reader) < PRIV_BODY_SIZE || !read_over(reader, size - PRIV_BODY_SIZE))
+        return refuse_tag(reader, path, "reason-packed-id3-cut", "the ID3 tag is longer than the segment");
     return 0;
 }
 
 // Returns 0, or -1 when the frame that the tag begins with is not that of the time stamp.
 int check_frame(const FileReader& reader, const std::string& path, const TagBody& body) {
-    if (!has_text(body, 0, "PRIV")) {
-        if (wants_reason(reader))
-            report_reason(REFUSED, "reason-packed-id3-frame", path,
-                          "the ID3 tag does not begin with a PRIV frame (byte %" PRIu64 ")", reader.position);
-        return -1;
-    }
-    if (!has_text(body, PRIV_OWNER_OFFSET, PRIV_OWNER)) {
-        if (wants_reason(reader))
-            report_reason(REFUSED, "reason-packed-id3-owner", path,
-                          "the PRIV frame of the ID3 tag has another owner than the timestamp's (byte %" PRIu64 ")",
-                          reader.position);
-        return -1;
-    }
+    if (!has_text(body, 0, "PRIV"))
+        return refuse_tag(reader, path, "reason-packed-id3-frame", "the ID3 tag does not begin with a PRIV frame");
+    if (!has_text(body, PRIV_OWNER_OFFSET, PRIV_OWNER))
+        return refuse_tag(reader, path, "reason-packed-id3-owner",
+                          "the PRIV frame of the ID3 tag has another owner than the timestamp's");
     return 0;
 }
 

@@ -160,13 +160,13 @@ int check_payload(PackedFormat format, OutputFile& output, FileReader& reader, c
     return copy_payload(format, output, reader);
 }
 
-int validate_tag_and_payload(FileReader& reader, const std::string& uri, const SegmentJob& job) {
+int validate_tag_and_payload(FileReader& reader, const std::string& path, const SegmentJob& job) {
     int64_t timestamp = 0;
-    if (read_id3_timestamp(reader, uri, timestamp) != 0) return -1;
-    announce("  %s (pts:%" PRId64 ")\n", uri.c_str(), timestamp);
+    if (read_id3_timestamp(reader, path, timestamp) != 0) return -1;
+    announce("  %s (pts:%" PRId64 ")\n", path.c_str(), timestamp);
     current_place.offset = static_cast<int64_t>(reader.position);
     current_place.time = advance_stream_clock(timestamp & (CLOCK_WRAP - 1));
-    const PackedFormat format = recognise_format(reader, uri);
+    const PackedFormat format = recognise_format(reader, path);
     if (format == PackedFormat::NONE) return 0;
     int status = check_codecs(format, job.attrs);
     OutputFile output;
@@ -180,18 +180,18 @@ int validate_tag_and_payload(FileReader& reader, const std::string& uri, const S
 }  // namespace
 
 int validate_packed_audio(FileReader& reader, const SegmentEntry& entry, const SegmentJob& job) {
-    const std::string uri = entry.uri.value_or("");
+    const std::string path = entry.path.value_or("");
     if (!reader.file) {
-        report_reason(ReasonEffect::FAILS_UNVALIDATED, "reason-packed-not-open", uri,
+        report_reason(ReasonEffect::FAILS_UNVALIDATED, "reason-packed-not-open", path,
                       "the packed audio segment is not open");
         return -1;
     }
     const PlaceScope scope;
     current_place.offset = static_cast<int64_t>(reader.position);
-    int status = validate_tag_and_payload(reader, uri, job);
+    int status = validate_tag_and_payload(reader, path, job);
     if (reader.read_error) {
         current_place.offset = static_cast<int64_t>(reader.error_offset);
-        report_reason(ReasonEffect::FAILS_UNVALIDATED, "reason-packed-read-error", uri, "read error at byte %" PRIu64,
+        report_reason(ReasonEffect::FAILS_UNVALIDATED, "reason-packed-read-error", path, "read error at byte %" PRIu64,
                       reader.error_offset);
         status = -1;
     }

@@ -34,7 +34,7 @@ uint64_t implied_offset(const SegmentEntry& entry, const std::string& path, cons
 int resolve_byte_range(const SegmentEntry& entry, ByteRangeEnds& ends, ByteSpan& span) {
     span = {};
     if (!entry.byte_range) return 0;
-    const std::string path = entry.uri.value_or("");
+    const std::string path = entry.path.value_or("");
     uint64_t length = 0;
     uint64_t offset = 0;
     if (!parse_leading_integer(entry.byte_range->length, length)) return -1;

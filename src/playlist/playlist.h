@@ -64,15 +64,15 @@ struct ByteRange {
 
 struct SegmentEntry {
     Text duration;
-    Text uri;  // resolved path
+    Text path;  // the URI, joined to the directory of the playlist
     std::optional<ByteRange> byte_range;
     SegmentKind kind = SegmentKind::NONE;
     uint32_t line = 0;                    // of the address, else of the tag; 0 when the tag was swallowed
     uint32_t discontinuity_sequence = 0;  // RFC 8216, 6.2.1
-    uint32_t key = 0;                     // how many of the playlist's key methods come before it
+    uint32_t keys_before = 0;             // how many of the playlist's EXT-X-KEY tags come before it
 };
 
-// What of the text was not read as it is meant: the line where it was met last, 0 for nowhere.
+// The parts of the text that were not read as they are meant: the line where each was met last, 0 for nowhere.
 struct PlaylistLosses {
     bool cut_short = false;         // a read failed
     uint32_t long_line = 0;         // the rest of a line was read as a line of its own

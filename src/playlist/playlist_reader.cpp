@@ -10,8 +10,8 @@
 #include "bits/finding.h"
 #include "bits/place.h"
 #include "bits/report.h"
-#include "playlist/address_hints.h"
 #include "playlist/attribute_list.h"
+#include "playlist/unreadable_address.h"
 
 namespace quorlin {
 
@@ -169,7 +169,7 @@ SegmentEntry& add_entry(PlaylistParser& parser, SegmentKind kind) {
     entry.kind = kind;
     entry.line = parser.lines.line_number;
     entry.discontinuity_sequence = parser.discontinuity_sequence;
-    entry.key = static_cast<uint32_t>(parser.playlist.key_methods.size());
+    entry.keys_before = static_cast<uint32_t>(parser.playlist.key_methods.size());
     return entry;
 }
 
@@ -183,7 +183,7 @@ void read_map(PlaylistParser& parser, std::string_view list) {
     };
     parse_attribute_list(list, slots);
     // Deliberately joined even when it is absolute: an init section is a local file beside the playlist.
-    entry.uri = parser.directory + uri.value_or("");
+    entry.path = parser.directory + uri.value_or("");
     if (!byte_range) return;
     std::erase(*byte_range, '"');
     entry.byte_range = split_byte_range(*byte_range);
@@ -201,7 +201,7 @@ void read_segment(PlaylistParser& parser, std::string_view value) {
         next_line(parser.lines, line);
     }
     // Whatever the line holds is the address; at the end of the file it is empty.
-    entry.uri = resolve_uri(parser.directory, line);
+    entry.path = resolve_uri(parser.directory, line);
     entry.line = parser.lines.line_number;
 }
 
@@ -275,6 +275,7 @@ int read_playlist(const std::string& path, Playlist& playlist) {
         return PLAYLIST_REFUSED;
     }
     playlist.is_master = lines.variant_count > 0;
+    // Tags that were taken for another tag's address count: an empty entry each, at the end.
     playlist.media.resize(lines.media_count);
     playlist.variants.resize(lines.variant_count);
     playlist.iframe_variants.resize(lines.iframe_variant_count);

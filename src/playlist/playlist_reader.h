@@ -15,7 +15,7 @@ constexpr int PLAYLIST_CUT_SHORT = -1;  // a read failed
 // manifest path: ..." is printed) or holds both variant streams and segments; PLAYLIST_CUT_SHORT after a read error.
 [[nodiscard]] int read_playlist(const std::string& path, Playlist& playlist);
 
-// Says on standard error what of the playlist's text was not read as it is meant.
+// Reports the parts of the playlist's text that were not read as they are meant.
 void report_playlist_losses(const std::string& path, const PlaylistLosses& losses);
 
 // The prefix that relative addresses of the playlist at `path` are joined to; may be empty.

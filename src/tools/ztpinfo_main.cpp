@@ -26,7 +26,7 @@ constexpr int EXIT_USAGE = 64;
 constexpr uint16_t ID3_START = 'I' << 8 | 'D';
 
 // What is often taken for a stream that this program can analyse.
-void hint_at_container(const std::string& path, std::span<const uint8_t> bytes) {
+void name_container(const std::string& path, std::span<const uint8_t> bytes) {
     const uint16_t start = load_be16(bytes, 0);
     std::fflush(stdout);
     if (start == ID3_START && load_u8(bytes, 2) == '3')
@@ -42,7 +42,7 @@ void hint_at_container(const std::string& path, std::span<const uint8_t> bytes) 
 // Returns the analyzer's 0, 1 or 2; 2 as well for a file that cannot be read.
 int analyze_file(const std::string& path, const ZtpInfoCommand& command, std::vector<uint8_t>& bytes) {
     if (read_whole_file(path, bytes) != 0) return EXIT_UNREADABLE;
-    hint_at_container(path, bytes);
+    name_container(path, bytes);
     const ZtpInfoPtr handle(ztpinfo_open());
     if (!handle) return EXIT_UNREADABLE;
     ztpinfo_configure(handle.get(), command.settings);

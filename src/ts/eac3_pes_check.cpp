@@ -8,7 +8,7 @@ namespace quorlin {
 
 namespace {
 
-// A further independent substream must be announced by its flag. 0 or 11.
+// A further independent substream must be announced by its flag. 0 or TS_CHECK_FAILED.
 int check_programs(const Eac3DescriptorFields& descriptor, const ZtpStreamSummary& summary) {
     const auto carries = [&](uint32_t k) {
         return k < summary.num_programs && summary.programs[k].independent.substreamid == k;
@@ -34,7 +34,7 @@ int check_programs(const Eac3DescriptorFields& descriptor, const ZtpStreamSummar
     return 0;
 }
 
-// number_of_channels above five channels: a full main service. 0 or 11.
+// number_of_channels above five channels: a full main service. 0 or TS_CHECK_FAILED.
 int check_multichannel_service(const Eac3DescriptorFields& descriptor, uint32_t acmod) {
     int status = 0;
     if (acmod < 3) {
@@ -52,7 +52,7 @@ int check_multichannel_service(const Eac3DescriptorFields& descriptor, uint32_t 
     return status;
 }
 
-// ATSC A/52, table G.1: number_of_channels against the coding mode of the main program. 0 or 11.
+// ATSC A/52, table G.1: number_of_channels against the coding mode of the main program. 0 or TS_CHECK_FAILED.
 int check_channels(const Eac3DescriptorFields& descriptor, uint32_t acmod) {
     switch (descriptor.number_of_channels) {
         case 0b001:
@@ -85,7 +85,8 @@ int check_channels(const Eac3DescriptorFields& descriptor, uint32_t acmod) {
     }
 }
 
-// Object audio is signalled in the additional bit stream information of the substream that carries it. 0 or 11.
+// Object audio is signalled in the additional bit stream information of the substream that carries it. 0 or
+// TS_CHECK_FAILED.
 int check_objects(const Eac3DescriptorFields& descriptor, const ZtpStreamSummary& summary) {
     const ZtpProgramSummary& main_program = summary.programs[0];
     const bool has_dependent = main_program.num_dep_substreams > 0;
@@ -124,7 +125,7 @@ int check_objects(const Eac3DescriptorFields& descriptor, const ZtpStreamSummary
 }
 
 // What a recorder is told of the main program.
-void note_facts(const ZtpStreamSummary& summary, TsAudioStream& stream) {
+void keep_facts(const ZtpStreamSummary& summary, TsAudioStream& stream) {
     if (summary.num_programs == 0) return;
     stream.channels = ztpinfo_channel_count(summary.programs[0]);
     stream.data_rate_kbps = summary.data_rate_kbps;
@@ -143,7 +144,7 @@ int check_eac3_pes(const Eac3DescriptorFields& descriptor, const PesCheckInput& 
     if (!stream.analyzer) stream.analyzer.reset(ztpinfo_open());
     ZtpStreamSummary summary;
     const bool failed = !stream.analyzer || ztpinfo_process(pes.payload, summary, stream.analyzer.get()) != ZTP_CLEAN;
-    note_facts(summary, stream);
+    keep_facts(summary, stream);
     if (failed) {
         const PlaceScope scope(ztpinfo_failure_place(stream.analyzer.get()));
         return fail(TS_ANALYSIS_FAILED, "ztp-errors",

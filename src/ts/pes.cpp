@@ -31,7 +31,7 @@ bool is_scrambled(std::span<const uint8_t> header) {
     return is_header && (load_u8(header, 6) & PES_SCRAMBLING_CONTROL) != 0;
 }
 
-// The stream_id of a PES packet against the stream types of its PID. Returns 0 or 11.
+// The stream_id of a PES packet against the stream types of its PID. Returns 0 or TS_CHECK_FAILED.
 int check_stream_id(uint8_t stream_id, const PrivateStreamRule& rule) {
     using Wanted = PrivateStreamRule::Wanted;
     const bool is_private = stream_id == STREAM_ID_PRIVATE_STREAM_1;
@@ -41,7 +41,7 @@ int check_stream_id(uint8_t stream_id, const PrivateStreamRule& rule) {
     if (!is_private && rule.wanted == Wanted::AC4)
         return fail(TS_CHECK_FAILED, "ts-pes-ac4-stream-id",
                     "ERROR: In a Vexro AC4 stream, the stream_id must be set to 0xbd in the PES header.\n");
-    if (is_private && rule.refused)
+    if (is_private && rule.private_forbidden)
         return fail(
             TS_CHECK_FAILED, "ts-pes-private-stream-type",
             "ERROR: In a Zentra Plus or Vexro AC4 stream, stream type must be set to 0x87 or 0x06 in the Program Map Table.\n");
@@ -50,12 +50,12 @@ int check_stream_id(uint8_t stream_id, const PrivateStreamRule& rule) {
 
 void read_timestamps(PesTimestamps& times, std::span<const uint8_t> header) {
     times.PTS_DTS_flags = load_u8(header, 7) >> 6;
-    times.pts = times.PTS_DTS_flags >= PTS_ONLY ? read_timestamp(header, 9) : -1;
+    times.pts = times.PTS_DTS_flags >= PTS_ONLY ? read_timestamp(header, 9) : NO_PTS;
     if (times.PTS_DTS_flags == PTS_AND_DTS) times.dts = read_timestamp(header, 14);
 }
 
-// Returns 11 when the DTS is the later one. Deliberately only with bit 32 of the PTS set: below that the order of the
-// two is not looked at.
+// Returns TS_CHECK_FAILED when the DTS is the later one. Deliberately only with bit 32 of the PTS set: below that the
+// order of the two is not looked at.
 int check_timestamps(const PesTimestamps& times) {
     if (times.PTS_DTS_flags != PTS_AND_DTS || (times.pts >> 32 & 1) == 0 || times.pts >= times.dts) return 0;
     return fail(TS_CHECK_FAILED, "ts-pes-pts-before-dts",
@@ -93,11 +93,11 @@ PesState finish_header(PesStream& stream, int64_t packets_read, int& status) {
     PlaceScope scope(pes_place(stream));
     const int checked = check_stream_id(stream.stream_id, stream.listed->rule);
     status |= checked;
-    stream.refused = checked != 0;
-    if (stream.refused) return PesState::CUT_SHORT;
+    stream.dropped = checked != 0;
+    if (stream.dropped) return PesState::CUT_SHORT;
     if (is_scrambled(header)) add_loss(stream.losses.scrambled_packets, 1);
     read_timestamps(stream.times, header);
-    if (stream.times.pts != -1) stream.place_time = advance_stream_clock(stream.times.pts);
+    if (stream.times.pts != NO_PTS) stream.place_time = advance_stream_clock(stream.times.pts);
     current_place.time = stream.place_time;
     status |= check_timestamps(stream.times);
     log_timestamps(stream.log, stream.times, stream.bytes_total, packets_read);
@@ -109,8 +109,8 @@ PesState finish_header(PesStream& stream, int64_t packets_read, int& status) {
     // packet that never completes; one that ends with the header is an empty packet, complete at once.
     const int32_t rest = PES_packet_length - static_cast<int32_t>(stream.header_length - PES_LENGTH_END);
     stream.expected = static_cast<uint32_t>(std::max(rest, 0));
-    stream.refused = rest < 0;
-    if (stream.refused) add_loss(stream.losses.short_lengths, 1);
+    stream.dropped = rest < 0;
+    if (stream.dropped) add_loss(stream.losses.short_lengths, 1);
     return rest == 0 ? PesState::COMPLETE : PesState::OPEN;
 }
 
@@ -122,7 +122,7 @@ void grow_storage(PesStream& stream, uint32_t size) {
 
 PesState collect_payload(PesStream& stream, std::span<const uint8_t> bytes) {
     const uint32_t count = static_cast<uint32_t>(std::min<size_t>(bytes.size(), stream.expected - stream.length));
-    if (bytes.size() > count && !stream.refused) add_loss(stream.losses.bytes, bytes.size() - count);
+    if (bytes.size() > count && !stream.dropped) add_loss(stream.losses.bytes, bytes.size() - count);
     if (stream.expected == 0) return PesState::OPEN;
     if (count > 0) {
         grow_storage(stream, stream.length + count);
@@ -134,14 +134,14 @@ PesState collect_payload(PesStream& stream, std::span<const uint8_t> bytes) {
     return PesState::COMPLETE;
 }
 
-void note_video_time(TsStreamTable& table, int64_t pts) {
-    if (table.video_first_pts == -1 || (pts != -1 && pts < table.video_first_pts)) table.video_first_pts = pts;
-    if (table.video_last_pts == -1 || (pts != -1 && pts > table.video_last_pts)) table.video_last_pts = pts;
+void keep_video_time(TsStreamTable& table, int64_t pts) {
+    if (table.video_first_pts == NO_PTS || (pts != NO_PTS && pts < table.video_first_pts)) table.video_first_pts = pts;
+    if (table.video_last_pts == NO_PTS || (pts != NO_PTS && pts > table.video_last_pts)) table.video_last_pts = pts;
 }
 
-void note_audio_time(TsAudioStream& audio, int64_t pts) {
-    if (audio.first_pts == -1 || (pts != -1 && pts < audio.first_pts)) audio.first_pts = pts;
-    if (audio.last_pts == -1 || (pts != -1 && pts > audio.last_pts)) {
+void keep_audio_time(TsAudioStream& audio, int64_t pts) {
+    if (audio.first_pts == NO_PTS || (pts != NO_PTS && pts < audio.first_pts)) audio.first_pts = pts;
+    if (audio.last_pts == NO_PTS || (pts != NO_PTS && pts > audio.last_pts)) {
         audio.last_pts = pts;
         // A product of 32 bits, deliberately.
         audio.end_pts = pts + static_cast<int32_t>(audio.frames_in_pes * audio.frame_ticks);
@@ -149,7 +149,7 @@ void note_audio_time(TsAudioStream& audio, int64_t pts) {
 }
 
 // What the recorder is told of the packets that are flushed with a payload.
-void note_facts(PesStream& stream) {
+void keep_facts(PesStream& stream) {
     stream.payload_bytes += stream.length;
     if (stream.place_time == NO_TIME || stream.length == 0) return;
     if (stream.first_time == NO_TIME || stream.place_time < stream.first_time) stream.first_time = stream.place_time;
@@ -174,7 +174,7 @@ void start_pes(PesStream& stream) {
     stream.in_header = true;
     stream.header_length = 0;
     stream.expected = 0;
-    stream.refused = false;
+    stream.dropped = false;
     stream.offset = current_place.offset;
     stream.place_time = NO_TIME;
 }
@@ -202,14 +202,14 @@ int flush_pes(PesStream& stream, TsStreamTable& table) {
     const auto payload = std::span<const uint8_t>(stream.data).first(stream.length);
     if (elementary_stream_write(stream.output, payload) != 0) status = TS_OUTPUT_FAILED;
     if (stream.audio == nullptr)
-        note_video_time(table, stream.times.pts);
+        keep_video_time(table, stream.times.pts);
     else
-        note_audio_time(*stream.audio, stream.times.pts);
-    note_facts(stream);
+        keep_audio_time(*stream.audio, stream.times.pts);
+    keep_facts(stream);
     stream.length = 0;
     stream.expected = 0;
     stream.stream_id = 0;
-    stream.times.pts = -1;
+    stream.times.pts = NO_PTS;
     return status;
 }
 

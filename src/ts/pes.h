@@ -30,7 +30,7 @@ struct Loss {
     int64_t offset = NO_OFFSET;  // in the file, where it happened first
 };
 
-// What of a stream is lost in this segment.
+// The parts of a stream that are lost in this segment.
 struct PesLosses {
     Loss bytes;              // payload outside of PES packets, or after what a packet may hold
     Loss cut_headers;        // PES packets whose header ends with the stream or at the next unit start
@@ -60,7 +60,7 @@ struct PesStream {
     std::vector<uint8_t> data;     // storage of the payload; `length` bytes of it are used
     uint32_t length = 0;
     uint32_t expected = 0;  // payload bytes of the whole PES packet; 0 between packets
-    bool refused = false;   // the packet is dropped for a reason of its own
+    bool dropped = false;   // nothing of the packet is kept: a finding or an impossible length
 
     TimestampLog log;
     uint32_t bytes_total = 0;  // payload bytes of completed or cut packets in this segment

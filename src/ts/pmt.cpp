@@ -25,7 +25,7 @@ bool is_known_stream_type(uint8_t stream_type) {
     return std::find(std::begin(KNOWN), std::end(KNOWN), stream_type) != std::end(KNOWN);
 }
 
-// Parses a loop of descriptors. Returns 11 at the first finding.
+// Parses a loop of descriptors. Returns 0, or TS_CHECK_FAILED at the first finding.
 int parse_descriptor_loop(std::span<const uint8_t> loop, std::vector<StreamDescriptor>& descriptors) {
     while (!loop.empty()) {
         uint32_t consumed = 0;

@@ -7,6 +7,7 @@
 
 #include "bits/finding.h"
 #include "playlist/codecs.h"
+#include "playlist/ztp_program.h"
 #include "ts/lumora_descriptor.h"
 #include "ts/lumora_pmt_checks.h"
 #include "ts/ts_status.h"
@@ -33,16 +34,19 @@ bool names_lumora(const std::string& codecs) {
            codecs_contain(codecs, "lmh1");
 }
 
-// ZTP_PROGRAM0 packs the three fields of the main program as the descriptor's third byte does.
 bool main_program_differs(uint32_t program, const Eac3DescriptorFields& eac3) {
-    return ((program >> 6) & 1) != eac3.full_service_flag || ((program >> 3) & 7) != eac3.service_type ||
+    return (program >> ZTP_PROGRAM_FULL_SERVICE_SHIFT & 1) != eac3.full_service_flag ||
+           (program >> ZTP_PROGRAM_SERVICE_TYPE_SHIFT & 7) != eac3.service_type ||
            (program & 7) != eac3.number_of_channels;
 }
 
-int compare_programs(const PlaylistAttributes* attrs, const Eac3DescriptorFields& eac3, bool skip_zero) {
+// What becomes of values of 0.
+enum class ZeroPrograms { COMPARED, SKIPPED };
+
+int compare_programs(const PlaylistAttributes* attrs, const Eac3DescriptorFields& eac3, ZeroPrograms zeros) {
     if (attrs == nullptr || !attrs->programs) return 0;
     const std::array<uint32_t, 4>& programs = *attrs->programs;
-    const auto compared = [&](size_t k) { return !skip_zero || programs[k] != 0; };
+    const auto compared = [&](size_t k) { return zeros == ZeroPrograms::COMPARED || programs[k] != 0; };
     int status = 0;
     if (compared(0) && main_program_differs(programs[0], eac3)) {
         status |= fail(
@@ -67,7 +71,7 @@ int compare_programs(const PlaylistAttributes* attrs, const Eac3DescriptorFields
     return status;
 }
 
-void note_eac3(const Eac3DescriptorFields& eac3, SeenStreams& seen) {
+void remember_eac3(const Eac3DescriptorFields& eac3, SeenStreams& seen) {
     (eac3.flag_ec3_extension_type_a != 0 ? seen.joc_seen : seen.eac3_seen) = true;
 }
 
@@ -81,8 +85,8 @@ int check_atsc_eac3_stream(const EsRecord& stream, const PlaylistAttributes* att
         }
         if (descriptor.tag != DESCRIPTOR_ATSC_EAC3) continue;
         const Eac3DescriptorFields eac3 = read_eac3_descriptor(descriptor.raw);
-        note_eac3(eac3, seen);
-        return status | compare_programs(attrs, eac3, false);
+        remember_eac3(eac3, seen);
+        return status | compare_programs(attrs, eac3, ZeroPrograms::COMPARED);
     }
     return status;
 }
@@ -184,9 +188,9 @@ int check_private_lumora(const LmraDescriptorFields& lmra, const SeenStreams& se
 }
 
 int check_dvb_eac3(const Eac3DescriptorFields& eac3, const PlaylistAttributes* attrs, SeenStreams& seen) {
-    note_eac3(eac3, seen);
+    remember_eac3(eac3, seen);
     // Values of 0 are left out here, other than for stream type 0x87: deliberate.
-    return compare_programs(attrs, eac3, true);
+    return compare_programs(attrs, eac3, ZeroPrograms::SKIPPED);
 }
 
 int check_private_descriptor(const StreamDescriptor& descriptor, const PlaylistAttributes* attrs, SeenStreams& seen) {

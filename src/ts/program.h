@@ -38,9 +38,9 @@ struct EsRecord {
 
 // What the records of one PID ask of the stream_id of its PES packets.
 struct PrivateStreamRule {
-    enum class Wanted : uint8_t { ANY, EAC3, AC4 };  // private_stream_1, and for what: of the first record that asks
-    Wanted wanted = Wanted::ANY;
-    bool refused = false;  // some record carries what is never private_stream_1
+    enum class Wanted : uint8_t { ANY, EAC3, AC4 };
+    Wanted wanted = Wanted::ANY;     // the codec that requires private_stream_1, of the first record that does
+    bool private_forbidden = false;  // a record has a codec that is never carried in private_stream_1
 };
 
 // One program: its PMT section, parsed. Its descriptors borrow from `section`, so it is moved and never copied.

@@ -19,7 +19,7 @@ void add_record(PrivateStreamRule& rule, const EsRecord& es) {
     const bool is_ac4 = is_private_data && std::any_of(es.descriptors.begin(), es.descriptors.end(),
                                                        [](const auto& d) { return d.tag == DESCRIPTOR_DVB_EXTENSION; });
     if (rule.wanted == Wanted::ANY && (is_eac3 || is_ac4)) rule.wanted = is_eac3 ? Wanted::EAC3 : Wanted::AC4;
-    if (!is_eac3 && !is_private_data && es.stream_type != STREAM_TYPE_ATSC_AC3) rule.refused = true;
+    if (!is_eac3 && !is_private_data && es.stream_type != STREAM_TYPE_ATSC_AC3) rule.private_forbidden = true;
 }
 
 }  // namespace

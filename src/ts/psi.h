@@ -58,7 +58,8 @@ struct PsiTables {
     bool choice_reported = false;
 };
 
-// Says once for a PID on standard error what of its sections is not read as it is meant. Before collect_section.
+// Reports, once for a PID, the parts of its sections that are not read as they are meant. To be called before
+// collect_section.
 void report_cut_section(PsiTables& tables, const TsPacket& packet);
 
 // Collects the section bytes of one packet of a PID that carries PSI. True when a section is complete: `section` is

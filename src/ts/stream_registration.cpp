@@ -54,7 +54,7 @@ struct StreamKind {
     const char* codec = "";        // as in StreamFacts
 };
 
-// A later rule overrides an earlier one.
+// The first match decides: a stream_type of its own comes before the descriptors.
 StreamKind audio_kind(const EsRecord& es, const DescriptorMarks& marks) {
     switch (es.stream_type) {
         case STREAM_TYPE_MPEG2_AUDIO:

@@ -9,14 +9,16 @@ namespace quorlin {
 constexpr uint8_t PTS_ONLY = 2;
 constexpr uint8_t PTS_AND_DTS = 3;
 
+constexpr int64_t NO_PTS = -1;
+
 // The time stamps of a PES packet, in 90 kHz ticks.
 struct PesTimestamps {
     uint8_t PTS_DTS_flags = 0;
-    int64_t pts = -1;  // -1: none
-    int64_t dts = 0;   // kept from the last packet that carried one
+    int64_t pts = NO_PTS;
+    int64_t dts = 0;  // kept from the last packet that carried one
 };
 
-// The time stamps of one stream so far. No option attaches a file yet.
+// The time stamps of one stream so far. No option attaches a file: a developer who looks for a jump in them does.
 struct TimestampLog {
     std::FILE* file = nullptr;   // a line for each time stamp; borrowed, null for none
     bool starts_at_dts = false;  // the times of the lines count from the first DTS, else from the first PTS

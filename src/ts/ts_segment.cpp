@@ -68,7 +68,7 @@ void count_pes(TsStreamTable& table, size_t slot) {
 }
 
 // An audio PES packet goes to its file without the checks that are made for its kind of stream.
-void note_unchecked(PesStream& stream) {
+void count_unchecked(PesStream& stream) {
     if (stream.audio != nullptr && stream.length > 0 && has_audio_check(*stream.listed))
         add_loss(stream.losses.unchecked_packets, 1);
 }
@@ -80,7 +80,7 @@ int handle_complete_pes(TsDemuxContext& context, PesStream& stream) {
         const auto payload = std::span<const uint8_t>(stream.data).first(stream.length);
         status = check_audio_pes({*stream.audio, payload}, *stream.listed, context.stream_table, context.job.attrs);
     } else {
-        note_unchecked(stream);
+        count_unchecked(stream);
     }
     return status | flush_pes(stream, context.stream_table);
 }
@@ -88,7 +88,7 @@ int handle_complete_pes(TsDemuxContext& context, PesStream& stream) {
 // The stream goes on with another PES packet, or ends: what is held has an unknown length, or was cut short.
 int end_open_pes(TsDemuxContext& context, PesStream& stream) {
     const PlaceScope scope(pes_place(stream));
-    note_unchecked(stream);
+    count_unchecked(stream);
     stream.bytes_total += stream.length;
     return flush_pes(stream, context.stream_table);
 }

@@ -16,11 +16,11 @@ struct TsStreamTiming {
     uint16_t pid = 0;
 };
 
-// When the streams of one segment begin and end, in 90 kHz ticks; -1 = unset.
+// When the streams of one segment begin and end, in 90 kHz ticks; NO_PTS for a stream without PES packets.
 struct TsSegmentTiming {
     uint64_t audio_count = 0;
     std::array<TsStreamTiming, TS_MAX_AUDIO_STREAMS> streams;
-    int64_t video_first_pts = -1;
+    int64_t video_first_pts = NO_PTS;
     int64_t video_end_pts = 0;
 };
 

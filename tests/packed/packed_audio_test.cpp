@@ -107,7 +107,7 @@ std::string output_directory() {
 int validate(const Bytes& segment, const PlaylistAttributes* attrs, bool first_segment = true) {
     FileReader reader = open_bytes(segment, "", 5);
     SegmentEntry entry;
-    entry.uri = "%d.aac";
+    entry.path = "%d.aac";
     return validate_packed_audio(reader, entry, {output_directory(), "s", attrs, first_segment});
 }
 

@@ -47,7 +47,7 @@ TEST(ByteRanges, FollowOneAnother) {
     for (const auto& [kind, range] : ranges) {
         SegmentEntry entry;
         entry.kind = kind;
-        entry.uri = "a";
+        entry.path = "a";
         entry.byte_range = range;
         ByteSpan span;
         const int status = resolve_byte_range(entry, ends, span);
@@ -56,7 +56,7 @@ TEST(ByteRanges, FollowOneAnother) {
     EXPECT_EQ(spans, "0+2 30+9 0+8 5+10 15+3 18+4 1+9 0+0 22+2 none none 24+1 ");
     SegmentEntry other;
     other.kind = MEDIA;
-    other.uri = "b";
+    other.path = "b";
     other.byte_range = {"5", {}};
     ends.init["b"] = 7;
     ByteSpan span;

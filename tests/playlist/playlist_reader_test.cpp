@@ -23,9 +23,9 @@ std::string show(const Playlist& playlist) {
     std::string text;
     for (const SegmentEntry& entry : playlist.entries) {
         text += "line " + std::to_string(entry.line) + ": entry of kind " +
-                std::to_string(static_cast<int>(entry.kind)) + " " + show(entry.duration) + " " + show(entry.uri);
+                std::to_string(static_cast<int>(entry.kind)) + " " + show(entry.duration) + " " + show(entry.path);
         if (entry.discontinuity_sequence > 0) text += " discontinuity " + std::to_string(entry.discontinuity_sequence);
-        if (entry.key > 0) text += " key " + playlist.key_methods[entry.key - 1];
+        if (entry.keys_before > 0) text += " key " + playlist.key_methods[entry.keys_before - 1];
         if (entry.byte_range) text += " " + entry.byte_range->length + "|" + show(entry.byte_range->offset);
         text += "\n";
     }

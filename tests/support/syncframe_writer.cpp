@@ -146,7 +146,8 @@ bool is_ac3(const std::vector<uint8_t>& frame) {
 
 // The frame that begins with `bytes`, as long as they announce.
 std::vector<uint8_t> complete_frame(std::vector<uint8_t> bytes) {
-    const uint32_t words = is_ac3(bytes) ? announced_words(bytes[4] >> 6, bytes[4] & 63u) : (bytes[2] & 7u) * 256 + bytes[3] + 1;
+    const uint32_t words =
+        is_ac3(bytes) ? announced_words(bytes[4] >> 6, bytes[4] & 63u) : (bytes[2] & 7u) * 256 + bytes[3] + 1;
     EXPECT_LE(bytes.size(), words * 2) << "the frame is too short for its BSI";
     bytes.resize(words * size_t{2});
     store_check_words(bytes);
@@ -351,7 +352,7 @@ void put_bsi(BitWriter& writer, const Eac3Bsi& bsi) {
     put_addbsi(writer, bsi);
 }
 
-// The rule behind ETSI TS 102 366, table 4.13.
+// The rule that ETSI TS 102 366, table 4.13, follows.
 uint32_t announced_words(uint32_t fscod, uint32_t frmsizecod) {
     const uint32_t rates_kbps[19] = {32,  40,  48,  56,  64,  80,  96,  112, 128, 160,
                                      192, 224, 256, 320, 384, 448, 512, 576, 640};

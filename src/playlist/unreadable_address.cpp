@@ -1,4 +1,4 @@
-#include "playlist/address_hints.h"
+#include "playlist/unreadable_address.h"
 
 #include <charconv>
 #include <string_view>
