@@ -21,6 +21,8 @@ TEST(CommandLine, OptionsAndKindsOfInput) {
         {"-i", "a_%d.ts"},
         {"-i", "a_%03d.trp", "-s", "7"},
         {"-i", "a_%d.ts", "-s", "2x"},
+        {"-i", "a_%d.ts", "-s", "2:"},
+        {"-i", "a_%d.ts", "-s", "2/"},
         {"-i", "a_%d.ts", "-s", ""},
         {"-i", "a_%d.ts", "-s", "99999999999999999999"},
         {"-i", "a.ts", "-o", "-h"},

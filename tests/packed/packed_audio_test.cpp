@@ -215,6 +215,7 @@ TEST(PackedAudio, ProgramAttributes) {
                       {"no values", small, "ec-3", first(4)},
                       {"first timeslice alone", small + small, "ec-3", first(2), {{0x85, 0xB9, 0, 0}}},
                       {"three programs", small, "ec-3", first(3), {{0xC5, 0xB8, 0xA8, 0}}},
+                      {"the third program is wrong", small, "ec-3", first(3), {{0xC5, 0xB8, 0xA9, 0}}},
                       {"the fourth against the third's", small, "ec-3", first(4), {{0xC5, 0xB8, 0xB0, 0xA8}}},
                       {"everything wrong", small, "mp4a", first(4), {{0, 0, 0, 0}}},
                       {"stereo, service 7", small, "ec-3", twice(program(7, 2)), {{0xFA, 0xBA, 0, 0}}},
@@ -238,6 +239,11 @@ TEST(PackedAudio, PlacesAndFacts) {
                                            {"AC-4", ac4 + ac4 + Bytes{0xAC, 0x41}, "ac-4.02.01.00"},
                                            {"AAC", {0xFF, 0xF1, 1}, "ec-3"},
                                            {"no format", {1}, "ec-3"},
+                                           {"ADTS with a CRC", {0xFF, 0xF0}, "mp4a"},
+                                           {"ADTS of MPEG-2", {0xFF, 0xF9}, "mp4a"},
+                                           {"layer I", {0xFF, 0xF7}, "mp4a"},
+                                           {"layer III", {0xFF, 0xFB}, "mp4a"},
+                                           {"a reserved layer", {0xFF, 0xE0}, "mp4a"},
                                            {"no tag", {}, "ec-3", {}, {}, {.frame_id = "PRIW"}},
                                        });
     set_recorder(nullptr);

@@ -51,6 +51,7 @@ const CommandCase CASES[] = {
     {"options in hexadecimal", "$ZTPINFO --options=0x0010 " + FAILING, 1, BSID_FAILURE, ""},
     {"options after the file", "$ZTPINFO " + FAILING + " --opt=0", 1, "", ""},
     {"rule set", "$ZTPINFO --rules=2 " + FAILING, 0, "", ""},
+    {"the last rule set", "$ZTPINFO --rules=4 --options=0 " + FAILING, 1, "", ""},
     {"end of the options", "$ZTPINFO -- --help", 2, "", "ztpinfo: --help: No such file"},
     {"a name is never a format", "$ZTPINFO %s%n", 2, "", "ztpinfo: %s%n: No such file"},
     {"no file", "$ZTPINFO --rules=1", 64, "", "no file given"},
