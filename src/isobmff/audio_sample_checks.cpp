@@ -19,18 +19,18 @@ int compare_substream_counts(const Ec3Configuration& ec3, const ZtpStreamSummary
     int status = 0;
     if (ec3.data_rate != summary.data_rate_kbps) {
         status |= fail(
-            SEGMENT_FINDING, "mp4-dec3-data-rate",
+            MP4_FINDING, "mp4-dec3-data-rate",
             "[SV]   : ERROR: Mismatch in data-rate value between the Zentra Plus elementary stream and the MP4 sample description.\n");
     }
     if (ec3.num_ind_sub != summary.num_programs) {
         status |= fail(
-            SEGMENT_FINDING, "mp4-dec3-independent-substreams",
+            MP4_FINDING, "mp4-dec3-independent-substreams",
             "[SV]   : ERROR: Mismatch in the number of independent substreams between the Zentra Plus elementary stream and the MP4 sample description.\n");
     }
     for (uint32_t i = 0; i < common; ++i) {
         if (ec3.substreams[i].num_dep_sub == summary.programs[i].num_dep_substreams) continue;
         status |= fail(
-            SEGMENT_FINDING, "mp4-dec3-dependent-substreams",
+            MP4_FINDING, "mp4-dec3-dependent-substreams",
             "[SV]   : ERROR: Mismatch in the number of dependent substream between the Zentra Plus elementary stream and the MP4 sample description.\n");
     }
     return status;
@@ -38,7 +38,7 @@ int compare_substream_counts(const Ec3Configuration& ec3, const ZtpStreamSummary
 
 int report_field_mismatch(const char* id, const char* field) {
     return fail(
-        SEGMENT_FINDING, id,
+        MP4_FINDING, id,
         "[SV]   : ERROR: Mismatch in %s value between the Zentra Plus elementary stream and the MP4 sample description.\n",
         field);
 }
@@ -94,29 +94,29 @@ int compare_object_audio(const Ec3Configuration& ec3, const ZtpStreamSummary& su
     if (ec3.flag_ec3_extension_type_a == 0) {
         if (substream.addbsi[0] == 0) return 0;
         return fail(
-            SEGMENT_FINDING, "mp4-dec3-objects-not-announced",
+            MP4_FINDING, "mp4-dec3-objects-not-announced",
             "[SV]   : ERROR: Mismatch in Aurelis-specific flag settings between the Zentra Plus elementary stream and the MP4 sample description.\n");
     }
     if (summary.programs[0].num_dep_substreams == 0 && summary.num_programs == 0) {
         // No substream to look at.
         return fail(
-            SEGMENT_FINDING, "mp4-dec3-objects-no-program",
+            MP4_FINDING, "mp4-dec3-objects-no-program",
             "[SV]   : ERROR: The MP4 sample description identifies Aurelis content, but the num_of_dep_frm and num_of_pgms are not correctly set in the Zentra Plus elementary stream.\n");
     }
     if (substream.addbsie == 0 || substream.addbsi_bytes < 2) {
         return fail(
-            SEGMENT_FINDING, "mp4-dec3-objects-addbsi",
+            MP4_FINDING, "mp4-dec3-objects-addbsi",
             "[SV]   : ERROR: The MP4 sample description identifies Aurelis content, but bse_addbsil value is invalid.\n");
     }
     int status = 0;
     if (substream.addbsi[0] != ec3.flag_ec3_extension_type_a) {
         status |= fail(
-            SEGMENT_FINDING, "mp4-dec3-objects-flag",
+            MP4_FINDING, "mp4-dec3-objects-flag",
             "[SV]   : ERROR: Mismatch in flag_ec3_extension_type_a setting between the Zentra Plus elementary stream and the MP4 sample description.\n");
     }
     if (substream.addbsi[1] != ec3.complexity_index_type_a) {
         status |= fail(
-            SEGMENT_FINDING, "mp4-dec3-objects-index",
+            MP4_FINDING, "mp4-dec3-objects-index",
             "[SV]   : ERROR: Mismatch in complex_index setting between the Zentra Plus elementary stream and the MP4 sample description.\n");
     }
     return status;
@@ -149,7 +149,7 @@ void open_analyzer(TrackOutput& output) {
 
 int report_analyzer_failure(const ZtpInfoContext* analyzer) {
     const PlaceScope scope(ztpinfo_failure_place(analyzer));
-    return fail(SEGMENT_FINDING, "ztp-errors",
+    return fail(MP4_FINDING, "ztp-errors",
                 "ERROR: Zentra Plus info tool returns errors when parsing the payload data.\n");
 }
 
@@ -182,13 +182,13 @@ int check_first_ac4_sample(TrackRecord& track, std::span<const uint8_t> sample) 
     if (track.config)
         dsi = check_dac4(track);
     else
-        status |= fail(SEGMENT_FINDING, "mp4-dac4-missing", "ERROR: Failed to parse the Vexro AC-4 dsi.\n");
+        status |= fail(MP4_FINDING, "mp4-dac4-missing", "ERROR: Failed to parse the Vexro AC-4 dsi.\n");
     ac4_toc toc;
     uint32_t position = 0;
     if (ac4_toc_parse(sample, position, toc) != 0)
-        return fail(SEGMENT_FINDING, "mp4-ac4-toc", "ERROR: Failed to parse the Vexro AC-4 elementary stream.\n");
+        return fail(MP4_FINDING, "mp4-ac4-toc", "ERROR: Failed to parse the Vexro AC-4 elementary stream.\n");
     if (track.config && compare_dsi_with_toc(dsi, toc) != 0)
-        status |= fail(SEGMENT_FINDING, "mp4-dac4-toc",
+        status |= fail(MP4_FINDING, "mp4-dac4-toc",
                        "ERROR: Mismatch in TOC value between the Vexro AC-4 elementary stream and the dac4 box.\n");
     return status;
 }

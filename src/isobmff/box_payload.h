@@ -30,11 +30,11 @@ struct EntryTable {
 };
 
 // To be asked before the entries are read. Those past the payload are taken from what follows it, deliberately, as with
-// read_fields; they count as work. Returns 0, SEGMENT_REFUSED when the file or byte range does not hold so many, or
-// SEGMENT_FINDING when the limit of work is reached; both end the walk.
+// read_fields; they count as work. Returns 0, MP4_REFUSED when the file or byte range does not hold so many, or
+// MP4_FINDING when the limit of work is reached; both end the walk.
 [[nodiscard]] int admit_entries(ReadLimits& limits, const FileReader& reader, const Box& box, const EntryTable& table);
 
-// Copies a whole payload; 0, or SEGMENT_REFUSED when it runs past the file.
+// Copies a whole payload; 0, or MP4_REFUSED when it runs past the file.
 [[nodiscard]] int read_payload(const ReadLimits& limits, FileReader& reader, const Box& box,
                                std::vector<uint8_t>& payload);
 

@@ -44,7 +44,7 @@ int run_handler(MediaContext& context, FileReader& reader, const Box& box, const
     }
 }
 
-// Reads a box's header, in a container with `left` bytes, of which a 64-bit size takes 8. Returns 0 or SEGMENT_REFUSED.
+// Reads a box's header, in a container with `left` bytes, of which a 64-bit size takes 8. Returns 0 or MP4_REFUSED.
 int read_header(FileReader& reader, Box& box, int64_t& left) {
     int64_t size = read_be32(reader);
     box.type = read_be32(reader);

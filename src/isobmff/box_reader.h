@@ -10,7 +10,7 @@ namespace quorlin {
 // The walk over the boxes of ISO/IEC 14496-12, 4.2. No tree is kept: each box is handled as it is met.
 
 // Walks the payload of a container, from the reader's position, with the context's table of boxes. Returns 0,
-// SEGMENT_REFUSED for a malformed box, or the first non-zero handler result.
+// MP4_REFUSED for a malformed box, or the first non-zero handler result.
 [[nodiscard]] int walk_container(MediaContext& context, FileReader& reader, const Box& container);
 
 // The part of a container that holds its children, after fields of `size` bytes that are read.

@@ -37,12 +37,12 @@ void note_box(const FileReader& reader, const Box& box, const char* id, const ch
 
 int refuse_box(const FileReader& reader, const Box& box, const char* id, const char* rule) {
     report_box(ReasonEffect::FAILS_UNVALIDATED, reader, box, id, rule);
-    return SEGMENT_REFUSED;
+    return MP4_REFUSED;
 }
 
 int end_work_at_box(const FileReader& reader, const Box& box, const char* id, const char* rule) {
     report_box(ReasonEffect::FAILS_UNVALIDATED, reader, box, id, rule);
-    return SEGMENT_FINDING;
+    return MP4_FINDING;
 }
 
 }  // namespace quorlin

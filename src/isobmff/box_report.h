@@ -10,10 +10,10 @@ namespace quorlin {
 // Where the walk goes on and leaves something out.
 void note_box(const FileReader& reader, const Box& box, const char* id, const char* rule);
 
-// Where the walk ends: returns SEGMENT_REFUSED.
+// Where the walk ends: returns MP4_REFUSED.
 [[nodiscard]] int refuse_box(const FileReader& reader, const Box& box, const char* id, const char* rule);
 
-// Where the limit of work ends it: returns SEGMENT_FINDING.
+// Where the limit of work ends it: returns MP4_FINDING.
 [[nodiscard]] int end_work_at_box(const FileReader& reader, const Box& box, const char* id, const char* rule);
 
 }  // namespace quorlin

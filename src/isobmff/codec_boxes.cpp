@@ -27,20 +27,20 @@ int read_avc_record(const ReadLimits& limits, FileReader& reader, const Box& box
     return 0;
 }
 
-// Returns 0, or SEGMENT_FINDING; of a unit that is no parameter set there is only a reason.
+// Returns 0, or MP4_FINDING; of a unit that is no parameter set there is only a reason.
 int report_overrun(const FileReader& reader, const Box& box, const UnitOverrun& unit) {
     const auto payload_size = static_cast<size_t>(box.payload_size);
     switch (unit.nal_unit_type) {
         case HEVC_VPS:
-            return fail(SEGMENT_FINDING, "mp4-hevc-configuration-vps",
+            return fail(MP4_FINDING, "mp4-hevc-configuration-vps",
                         "[SV]   : VPS offset + length (%zu + %zu) exceeds DSI size (%zu)\n", unit.offset, unit.size,
                         payload_size);
         case HEVC_SPS:
-            return fail(SEGMENT_FINDING, "mp4-hevc-configuration-sps",
+            return fail(MP4_FINDING, "mp4-hevc-configuration-sps",
                         "[SV]   : SPS offset + length (%zu + %zu) exceeds DSI size (%zu)\n", unit.offset, unit.size,
                         payload_size);
         case HEVC_PPS:
-            return fail(SEGMENT_FINDING, "mp4-hevc-configuration-pps",
+            return fail(MP4_FINDING, "mp4-hevc-configuration-pps",
                         "[SV]   : PPS offset + length (%zu + %zu) exceeds DSI size (%zu)\n", unit.offset, unit.size,
                         payload_size);
         default:
@@ -57,7 +57,7 @@ int read_hevc_record(MediaContext& context, FileReader& reader, const Box& box, 
         const std::optional<UnitOverrun> overrun = parse_hevc_configuration(video);
         if (overrun) context.walk.status |= report_overrun(reader, box, *overrun);
     } catch (const std::bad_alloc&) {
-        context.walk.status |= fail(SEGMENT_FINDING, "mp4-hevc-configuration-memory", "[SV]   : Allocation failure\n");
+        context.walk.status |= fail(MP4_FINDING, "mp4-hevc-configuration-memory", "[SV]   : Allocation failure\n");
         return refuse_box(reader, box, "reason-mp4-parameter-sets-memory", "memory is short for its parameter sets");
     }
     return 0;

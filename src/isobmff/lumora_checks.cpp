@@ -37,19 +37,19 @@ int check_avc_codecs(const TrackRecord& track, const std::string& codecs) {
     if (lmav && codecs_contain(codecs, "lmav" + suffix)) return 0;
     if (lma1 && codecs_contain(codecs, "lma1"))
         return fail(
-            SEGMENT_FINDING, "mp4-lumora-codecs-lma1",
+            MP4_FINDING, "mp4-lumora-codecs-lma1",
             "[SV]   : ERROR: Mismatch profile or level is found in the codec attribute value between the LMA1SampleEntry and the CODECS string in the master manifest.\n");
     if (lmav && codecs_contain(codecs, "lmav"))
         return fail(
-            SEGMENT_FINDING, "mp4-lumora-codecs-lmav",
+            MP4_FINDING, "mp4-lumora-codecs-lmav",
             "[SV]   : ERROR: Mismatch profile or level is found in the codec attribute value between the LMAVSampleEntry and the CODECS string in the master manifest.\n");
     if (lma1 && lmav)
-        return fail(SEGMENT_FINDING, "mp4-lumora-codecs-none",
+        return fail(MP4_FINDING, "mp4-lumora-codecs-none",
                     "[SV]   : ERROR: Missing lmav or lma1 in CODECS string in master manifest.\n");
     if (lma1)
-        return fail(SEGMENT_FINDING, "mp4-lumora-codecs-no-lma1",
+        return fail(MP4_FINDING, "mp4-lumora-codecs-no-lma1",
                     "[SV]   : ERROR: Missing lma1 in CODECS string in master manifest.\n");
-    return fail(SEGMENT_FINDING, "mp4-lumora-codecs-no-lmav",
+    return fail(MP4_FINDING, "mp4-lumora-codecs-no-lmav",
                 "[SV]   : ERROR: Missing lmav in CODECS string in master manifest.\n");
 }
 
@@ -61,12 +61,12 @@ int check_hevc_codecs(const TrackRecord& track, const std::string& codecs, const
     if (codecs_contain(codecs, name)) return 0;
     report_reason(ReasonEffect::FAILS, "reason-mp4-lumora-hevc-codecs", path, "track %d: CODECS does not name its %s",
                   static_cast<int32_t>(track.track_ID), name.c_str());
-    return SEGMENT_FINDING;
+    return MP4_FINDING;
 }
 
 int check_version(const LumoraConfiguration& lumora) {
     if (lumora.version_major == 1 && lumora.version_minor == 0) return 0;
-    return fail(SEGMENT_FINDING, "mp4-lumora-version",
+    return fail(MP4_FINDING, "mp4-lumora-version",
                 "[SV]   : ERROR: lumora stream compliant with this Lumora stream within ISO BMFF spec!\n");
 }
 
@@ -75,19 +75,19 @@ int check_profile_and_level(const TrackRecord& track) {
     const uint32_t level = track.lumora->level;
     int status = 0;
     if (is_avc(track) && profile != 0 && profile != 1 && profile != SINGLE_LAYER_AVC_PROFILE) {
-        status |= fail(SEGMENT_FINDING, "mp4-lumora-avc-profile",
+        status |= fail(MP4_FINDING, "mp4-lumora-avc-profile",
                        "[SV]   : ERROR: lumora avc stream, profile should be 0 or 1 or 9!\n");
     }
     // Profile 1 passes although the text says larger than 1, deliberately.
     if (is_hevc(track) && (profile < 1 || profile > MAX_HEVC_PROFILE)) {
-        status |= fail(SEGMENT_FINDING, "mp4-lumora-hevc-profile",
+        status |= fail(MP4_FINDING, "mp4-lumora-hevc-profile",
                        "[SV]   : ERROR: lumora hevc stream, profile should be larger than 1, less than 9!\n");
     }
     if (profile > MAX_PROFILE) {
-        status |= fail(SEGMENT_FINDING, "mp4-lumora-profile", "[SV]   : ERROR: lumora profile setting not correct!\n");
+        status |= fail(MP4_FINDING, "mp4-lumora-profile", "[SV]   : ERROR: lumora profile setting not correct!\n");
     }
     if (level < 1 || level > MAX_LEVEL) {
-        status |= fail(SEGMENT_FINDING, "mp4-lumora-level", "[SV]   : ERROR: lumora level setting not correct!\n");
+        status |= fail(MP4_FINDING, "mp4-lumora-level", "[SV]   : ERROR: lumora level setting not correct!\n");
     }
     return status;
 }
@@ -99,11 +99,11 @@ bool is_single_track(const LumoraConfiguration& lumora) {
 int check_enhancement_layer_box(const TrackRecord& track) {
     if (!is_single_track(*track.lumora) || track.enhancement_layer) return 0;
     if (is_avc(track)) {
-        return fail(SEGMENT_FINDING, "mp4-lumora-avc-el-box",
+        return fail(MP4_FINDING, "mp4-lumora-avc-el-box",
                     "[SV]   : ERROR: single track lumora, must have EL config box\n");
     }
     if (track.lumora->profile != HEVC_PROFILE_WITH_EL_BOX) return 0;
-    return fail(SEGMENT_FINDING, "mp4-lumora-hevc-el-box",
+    return fail(MP4_FINDING, "mp4-lumora-hevc-el-box",
                 "[SV]   : ERROR: single track lumora must have EL config box.\n");
 }
 
@@ -129,16 +129,16 @@ int check_lumora_layers(const TrackRecord& track) {
     const bool rpu = look_at_units ? track.seen.rpu : lumora.rpu_present;
     if (lumora.profile == SINGLE_LAYER_AVC_PROFILE) {
         if (lumora.bl_present && rpu) return 0;
-        return fail(SEGMENT_FINDING, "mp4-lumora-layers-profile-9",
+        return fail(MP4_FINDING, "mp4-lumora-layers-profile-9",
                     "[SV]   : ERROR: lumora profile 9, BL and RPU must be present!\n");
     }
     if (is_single_track(lumora)) {
         if (el && rpu) return 0;
-        return fail(SEGMENT_FINDING, "mp4-lumora-layers-single-track",
+        return fail(MP4_FINDING, "mp4-lumora-layers-single-track",
                     "[SV]   : ERROR: lumora single track stream, BL, EL and RPU must be present!\n");
     }
     if (rpu) return 0;
-    return fail(SEGMENT_FINDING, "mp4-lumora-layers-rpu", "[SV]   : ERROR: lumora stream, RPU must be present!\n");
+    return fail(MP4_FINDING, "mp4-lumora-layers-rpu", "[SV]   : ERROR: lumora stream, RPU must be present!\n");
 }
 
 }  // namespace quorlin

@@ -7,7 +7,7 @@
 namespace quorlin {
 
 // Both do nothing for tracks that are not H.264 or H.265 with a Lumora configuration, and return 0, or
-// SEGMENT_FINDING.
+// MP4_FINDING.
 
 // The configuration against the playlist's CODECS, unless they are empty, and in itself. `path` is the segment, for
 // standard error.

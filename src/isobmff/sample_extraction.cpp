@@ -118,7 +118,7 @@ int report_cut(const Extraction& extraction) {
     else
         report_reason(ReasonEffect::FAILS_UNVALIDATED, "reason-mp4-sample-work", reader.path,
                       "the samples claim many times the data that the file holds; track %d is not read on", id);
-    return SEGMENT_FINDING;
+    return MP4_FINDING;
 }
 
 // Reads and handles the group; false when the track's extraction ends here.

@@ -103,7 +103,7 @@ int validate_mp4_segment(FileReader& reader, const SegmentEntry& segment, MediaC
     if (context == nullptr) {
         report_reason(ReasonEffect::FAILS_UNVALIDATED, "reason-mp4-no-init-section", reader.path,
                       "no init section (EXT-X-MAP) came before this segment");
-        return SEGMENT_REFUSED;
+        return MP4_REFUSED;
     }
     const PlaceScope scope;
     context->limits = limits_of(reader);
@@ -118,7 +118,7 @@ int validate_mp4_segment(FileReader& reader, const SegmentEntry& segment, MediaC
         current_place.offset = static_cast<int64_t>(reader.error_offset);
         report_reason(ReasonEffect::FAILS_UNVALIDATED, "reason-mp4-read-error", reader.path,
                       "read error at byte %" PRIu64, reader.error_offset);
-        status |= SEGMENT_FINDING;
+        status |= MP4_FINDING;
     }
     if (status == 0) report_empty_segment(*context, segment, reader.path);
     return status;

@@ -21,12 +21,12 @@ using MediaContextPtr = std::unique_ptr<MediaContext, MediaContextDeleter>;
 // Makes the init context of an EXT-X-MAP. `init_stem` is that of the init section's name.
 [[nodiscard]] MediaContextPtr create_init_context(const SegmentJob& job, const std::string& init_stem);
 
-// Closes the output files and frees the context; null is allowed. Returns 0, or SEGMENT_FINDING when data could not be
+// Closes the output files and frees the context; null is allowed. Returns 0, or MP4_FINDING when data could not be
 // written.
 [[nodiscard]] int release_init_context(MediaContextPtr& context);
 
 // Validates the init section or media segment `segment` that `reader` is started on and extracts its samples. `context`
-// is null when no init section came first. Returns 0, SEGMENT_FINDING, or SEGMENT_REFUSED without an init section or
+// is null when no init section came first. Returns 0, MP4_FINDING, or MP4_REFUSED without an init section or
 // when the boxes cannot be walked.
 [[nodiscard]] int validate_mp4_segment(FileReader& reader, const SegmentEntry& segment, MediaContext* context);
 

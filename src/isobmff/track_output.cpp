@@ -47,7 +47,7 @@ int open_track_output(TrackOutput& output, const OutputNaming& naming, uint32_t 
     if (output_open(output.file, path, "wb") != 0) {
         report_reason(ReasonEffect::FAILS_UNVALIDATED, "reason-mp4-output-open", path,
                       "the track's file cannot be opened: %s", std::strerror(errno));
-        return SEGMENT_FINDING;
+        return MP4_FINDING;
     }
     output.opened = true;
     return 0;
@@ -66,9 +66,8 @@ WriteResult write_track_output(TrackOutput& output, std::span<const uint8_t> byt
 int write_sample_data(TrackOutput& output, std::span<const uint8_t> bytes) {
     const WriteResult result = write_track_output(output, bytes);
     if (result == WRITE_FAILED)
-        return fail(SEGMENT_FINDING, "mp4-write-samples", "[SV]   : Failed to fwrite %zu bytes to file\n",
-                    bytes.size());
-    return result == WRITE_DONE ? 0 : SEGMENT_FINDING;
+        return fail(MP4_FINDING, "mp4-write-samples", "[SV]   : Failed to fwrite %zu bytes to file\n", bytes.size());
+    return result == WRITE_DONE ? 0 : MP4_FINDING;
 }
 
 int close_track_output(TrackOutput& output) {
@@ -77,7 +76,7 @@ int close_track_output(TrackOutput& output) {
     if (!failed_before)
         report_reason(ReasonEffect::FAILS, "reason-mp4-output-close", output.file.path,
                       "data could not be written when the file was closed: %s", std::strerror(errno));
-    return SEGMENT_FINDING;
+    return MP4_FINDING;
 }
 
 }  // namespace quorlin

@@ -35,16 +35,16 @@ enum WriteResult {
     WRITE_FAILED_AGAIN  // the file failed before
 };
 
-// Opens the track's file on first use, anew. Returns 0, or SEGMENT_FINDING when it cannot be opened (the reason is on
+// Opens the track's file on first use, anew. Returns 0, or MP4_FINDING when it cannot be opened (the reason is on
 // standard error). Without an output directory there is nothing to open.
 [[nodiscard]] int open_track_output(TrackOutput& output, const OutputNaming& naming, uint32_t track_ID, CodecKind kind);
 
 [[nodiscard]] WriteResult write_track_output(TrackOutput& output, std::span<const uint8_t> bytes);
 
-// Writes sample data and prints when that fails; returns 0 or SEGMENT_FINDING.
+// Writes sample data and prints when that fails; returns 0 or MP4_FINDING.
 [[nodiscard]] int write_sample_data(TrackOutput& output, std::span<const uint8_t> bytes);
 
-// Closes the file; 0, or SEGMENT_FINDING when data that was still buffered could not be written.
+// Closes the file; 0, or MP4_FINDING when data that was still buffered could not be written.
 [[nodiscard]] int close_track_output(TrackOutput& output);
 
 }  // namespace quorlin

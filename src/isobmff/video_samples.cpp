@@ -40,14 +40,13 @@ void flush_piece(ByteStreamWriter& writer) {
 void write_start_code(ByteStreamWriter& writer) {
     const WriteResult result = write_track_output(writer.track.output, START_CODE);
     if (result == WRITE_DONE) return;
-    writer.status |= SEGMENT_FINDING;
+    writer.status |= MP4_FINDING;
     if (result == WRITE_FAILED_AGAIN) return;
     if (is_hevc(writer.track))
         writer.status |=
-            fail(SEGMENT_FINDING, "mp4-write-nal-header", "[SV]   : Failed to fwrite NAL header to out file\n");
+            fail(MP4_FINDING, "mp4-write-nal-header", "[SV]   : Failed to fwrite NAL header to out file\n");
     else
-        writer.status |=
-            fail(SEGMENT_FINDING, "mp4-write-start-code", "[SV]   : Failed to write 4 bytes to output file\n");
+        writer.status |= fail(MP4_FINDING, "mp4-write-start-code", "[SV]   : Failed to write 4 bytes to output file\n");
 }
 
 WriteResult write_parameter_set(ByteStreamWriter& writer, const ParameterSet& set) {
@@ -55,7 +54,7 @@ WriteResult write_parameter_set(ByteStreamWriter& writer, const ParameterSet& se
     write_start_code(writer);
     const std::span<const uint8_t> payload(writer.track.video.payload);
     const WriteResult result = write_track_output(writer.track.output, payload.subspan(set.offset, set.size));
-    if (result != WRITE_DONE) writer.status |= SEGMENT_FINDING;
+    if (result != WRITE_DONE) writer.status |= MP4_FINDING;
     return result;
 }
 
@@ -64,16 +63,16 @@ void write_parameter_sets(ByteStreamWriter& writer) {
     const VideoConfiguration& video = writer.track.video;
     for (const ParameterSet& set : video.vps)
         if (write_parameter_set(writer, set) == WRITE_FAILED)
-            writer.status |= fail(SEGMENT_FINDING, "mp4-write-vps",
-                                  "[SV]   : Failed to fwrite %zu bytes VPS to out file\n", set.size);
+            writer.status |=
+                fail(MP4_FINDING, "mp4-write-vps", "[SV]   : Failed to fwrite %zu bytes VPS to out file\n", set.size);
     for (const ParameterSet& set : video.sps)
         if (write_parameter_set(writer, set) == WRITE_FAILED)
-            writer.status |= fail(SEGMENT_FINDING, "mp4-write-sps",
-                                  "[SV]   : Failed to fwrite %zu bytes SPS to out file\n", set.size);
+            writer.status |=
+                fail(MP4_FINDING, "mp4-write-sps", "[SV]   : Failed to fwrite %zu bytes SPS to out file\n", set.size);
     for (const ParameterSet& set : video.pps)
         if (write_parameter_set(writer, set) == WRITE_FAILED)
-            writer.status |= fail(SEGMENT_FINDING, "mp4-write-pps",
-                                  "[SV]   : Failed to fwrite %zu bytes PPS to out file\n", set.size);
+            writer.status |=
+                fail(MP4_FINDING, "mp4-write-pps", "[SV]   : Failed to fwrite %zu bytes PPS to out file\n", set.size);
     writer.track.output.parameter_sets_written = true;
 }
 
@@ -114,7 +113,7 @@ void write_sample(ByteStreamWriter& writer, size_t begin, size_t end) {
         size_t size = load_be(writer.bytes.subspan(begin, length_size), 0, length_size);
         begin += length_size;
         if (size > end - begin) {
-            writer.status |= fail(SEGMENT_FINDING, "mp4-nal-size",
+            writer.status |= fail(MP4_FINDING, "mp4-nal-size",
                                   "[SV]   : NAL size (%zu) exceeds remaining data (%zu bytes)\n", size, end - begin);
             size = end - begin;
         }

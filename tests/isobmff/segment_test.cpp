@@ -81,7 +81,7 @@ TEST(Segment, StateOfTheContext) {
 TEST(Segment, WithoutInitSection) {
     const Bytes segment = letters_segment("x");
     FileReader reader = open_bytes(segment, "segment");
-    EXPECT_EQ(validate_mp4_segment(reader, {}, nullptr), SEGMENT_REFUSED);
+    EXPECT_EQ(validate_mp4_segment(reader, {}, nullptr), MP4_REFUSED);
     MediaContextPtr none;
     EXPECT_EQ(release_init_context(none), 0);
 }
