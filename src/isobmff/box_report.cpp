@@ -24,24 +24,25 @@ std::array<char, 11> box_name(uint32_t type) {
     return name;
 }
 
-void report_box(ReasonEffect effect, const FileReader& reader, const Box& box, const char* id, const char* rule) {
+void report_box_reason(ReasonEffect effect, const FileReader& reader, const Box& box, const char* id,
+                       const char* rule) {
     report_reason(effect, id, reader.path, "box %s at byte %" PRIu64 ": %s", box_name(box.type).data(), box.offset,
                   rule);
 }
 
 }  // namespace
 
-void note_box(const FileReader& reader, const Box& box, const char* id, const char* rule) {
-    report_box(ReasonEffect::UNVALIDATED, reader, box, id, rule);
+void report_box(const FileReader& reader, const Box& box, const char* id, const char* rule) {
+    report_box_reason(ReasonEffect::UNVALIDATED, reader, box, id, rule);
 }
 
 int refuse_box(const FileReader& reader, const Box& box, const char* id, const char* rule) {
-    report_box(ReasonEffect::FAILS_UNVALIDATED, reader, box, id, rule);
+    report_box_reason(ReasonEffect::FAILS_UNVALIDATED, reader, box, id, rule);
     return MP4_REFUSED;
 }
 
 int end_work_at_box(const FileReader& reader, const Box& box, const char* id, const char* rule) {
-    report_box(ReasonEffect::FAILS_UNVALIDATED, reader, box, id, rule);
+    report_box_reason(ReasonEffect::FAILS_UNVALIDATED, reader, box, id, rule);
     return MP4_FINDING;
 }
 

@@ -8,7 +8,7 @@ namespace quorlin {
 // Which box breaks which rule, on standard error. `rule` is a plain text.
 
 // Where the walk goes on and leaves something out.
-void note_box(const FileReader& reader, const Box& box, const char* id, const char* rule);
+void report_box(const FileReader& reader, const Box& box, const char* id, const char* rule);
 
 // Where the walk ends: returns MP4_REFUSED.
 [[nodiscard]] int refuse_box(const FileReader& reader, const Box& box, const char* id, const char* rule);

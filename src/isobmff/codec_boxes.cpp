@@ -14,16 +14,16 @@ namespace quorlin {
 
 namespace {
 
-void note_cut_parameter_set(const FileReader& reader, const Box& box) {
-    note_box(reader, box, "reason-mp4-parameter-set-cut",
-             "a NAL unit runs past its end: this one and those after it are not read");
+void report_cut_parameter_set(const FileReader& reader, const Box& box) {
+    report_box(reader, box, "reason-mp4-parameter-set-cut",
+               "a NAL unit runs past its end: this one and those after it are not read");
 }
 
 int read_avc_record(const ReadLimits& limits, FileReader& reader, const Box& box, VideoConfiguration& video) {
     video = {};
     const int status = read_payload(limits, reader, box, video.payload);
     if (status != 0) return status;
-    if (!parse_avc_configuration(video)) note_cut_parameter_set(reader, box);
+    if (!parse_avc_configuration(video)) report_cut_parameter_set(reader, box);
     return 0;
 }
 
@@ -44,7 +44,7 @@ int report_overrun(const FileReader& reader, const Box& box, const UnitOverrun& 
                         "[SV]   : PPS offset + length (%zu + %zu) exceeds DSI size (%zu)\n", unit.offset, unit.size,
                         payload_size);
         default:
-            note_cut_parameter_set(reader, box);
+            report_cut_parameter_set(reader, box);
             return 0;
     }
 }

@@ -188,8 +188,8 @@ int read_tfhd(MediaContext& context, FileReader& reader, const Box& box) {
         if ((flags & TFHD_DEFAULT_SAMPLE_DURATION) != 0) fragment.default_sample_duration = read_be32(reader);
         if ((flags & TFHD_DEFAULT_SAMPLE_SIZE) != 0) fragment.default_sample_size = read_be32(reader);
     } else if (!context.init_refused && !std::exchange(context.walk.unknown_track_reported, true)) {
-        note_box(reader, box, "reason-mp4-track-unknown",
-                 "no track has its track ID: the samples of such fragments are not read");
+        report_box(reader, box, "reason-mp4-track-unknown",
+                   "no track has its track ID: the samples of such fragments are not read");
     }
     // Only the low half is kept, deliberately.
     if (base_high != 0)

@@ -77,7 +77,7 @@ void write_parameter_sets(ByteStreamWriter& writer) {
 }
 
 // Which of the layers that the configuration announces an H.265 unit shows.
-void note_layer(TrackRecord& track, uint32_t nal_unit_type) {
+void mark_layer_seen(TrackRecord& track, uint32_t nal_unit_type) {
     if (!track.lumora || !track.lumora->el_present) return;
     track.seen.el |= nal_unit_type == HEVC_LUMORA_EL;
     track.seen.rpu |= nal_unit_type == HEVC_LUMORA_RPU;
@@ -88,7 +88,7 @@ void write_unit(ByteStreamWriter& writer, size_t begin, size_t size, size_t leng
     const bool hevc = is_hevc(writer.track);
     const uint32_t header = writer.bytes[begin];
     const uint32_t nal_unit_type = hevc ? header >> 1 & 63 : header & 31;
-    if (hevc) note_layer(writer.track, nal_unit_type);
+    if (hevc) mark_layer_seen(writer.track, nal_unit_type);
     // Of the H.265 pictures where a stream can start only IDR_W_RADL, deliberately.
     const bool starts_stream = nal_unit_type == (hevc ? HEVC_IDR_W_RADL : AVC_IDR_SLICE);
     if (starts_stream || !writer.track.output.parameter_sets_written) write_parameter_sets(writer);
