@@ -16,7 +16,7 @@ bool language_tag_differs(const ac4_content_type& in_dsi, const ac4_content_type
     return in_dsi.n_language_tag_bytes != in_toc.n_language_tag_bytes || language_tag_bytes_differ(in_dsi, in_toc);
 }
 
-int compare_substream(const std::string& place, const ac4_substream_dsi& dsi, const ac4_substream_info& toc) {
+int compare_substream(const std::string& subject, const ac4_substream_dsi& dsi, const ac4_substream_info& toc) {
     const ac4_content_type& dsi_content = dsi.content_type;
     const ac4_content_type& toc_content = toc.content_type;
     const bool bitrate = dsi.b_substream_bitrate_indicator != 0 && toc.b_bitrate_indicator != 0;
@@ -40,11 +40,11 @@ int compare_substream(const std::string& place, const ac4_substream_dsi& dsi, co
         {"ac4-dsi-substream-language-tag-bytes", "language_tag_bytes", language_tag_differs(dsi_content, toc_content),
          false},
     };
-    return compare_fields(place, rows);
+    return compare_fields(subject, rows);
 }
 
 // The fields that a presentation of EMDF substreams alone does not have.
-int compare_body(const std::string& place, const ac4_presentation_v0_dsi& dsi, const ac4_presentation_info& toc) {
+int compare_body(const std::string& subject, const ac4_presentation_v0_dsi& dsi, const ac4_presentation_info& toc) {
     const bool id = dsi.b_presentation_group_index != 0 && toc.b_presentation_id != 0;
     const bool hsf_ext = dsi.presentation_config != AC4_DSI_CONFIG_SINGLE && toc.b_single_substream == 0;
     const Ac4FieldRow rows[] = {
@@ -63,14 +63,14 @@ int compare_body(const std::string& place, const ac4_presentation_v0_dsi& dsi, c
         {"ac4-dsi-presentation-b-hsf-ext", "b_hsf_ext", dsi.b_hsf_ext, toc.b_hsf_ext, hsf_ext},
         {"ac4-dsi-b-pre-virtualized", "b_pre_virtualized", dsi.b_pre_virtualized, toc.b_pre_virtualized},
     };
-    return compare_fields(place, rows);
+    return compare_fields(subject, rows);
 }
 
-int compare_emdf(const std::string& place, const ac4_presentation_v0_dsi& dsi,
+int compare_emdf(const std::string& subject, const ac4_presentation_v0_dsi& dsi,
                  const ac4_presentation_info& presentation, const ac4_toc& toc) {
     return compare_emdf_substreams({"ac4-dsi-substream-emdf-version", "substream_emdf_version",
                                     "ac4-dsi-substream-key-id", "substream_key_id", "emdf_substreams"},
-                                   place, {dsi.b_add_emdf_substreams, dsi.emdf_substreams},
+                                   subject, {dsi.b_add_emdf_substreams, dsi.emdf_substreams},
                                    {presentation.b_add_emdf_substreams, ac4_emdf_substreams(toc, presentation)});
 }
 
@@ -78,15 +78,16 @@ int compare_emdf(const std::string& place, const ac4_presentation_v0_dsi& dsi,
 
 int compare_presentation_v0(size_t index, const ac4_presentation_v0_dsi& dsi, const ac4_presentation_info& presentation,
                             const ac4_toc& toc) {
-    const std::string place = "presentation " + std::to_string(index);
+    const std::string subject = "presentation " + std::to_string(index);
     const bool toc_emdf_only =
         presentation.b_single_substream == 0 && presentation.presentation_config == AC4_CONFIG_EMDF_ONLY;
     if (toc_emdf_only || dsi.presentation_config == AC4_CONFIG_EMDF_ONLY)
-        return compare_emdf(place, dsi, presentation, toc);
-    int status = compare_body(place, dsi, presentation);
-    status |= compare_emdf(place, dsi, presentation, toc);
+        return compare_emdf(subject, dsi, presentation, toc);
+    int status = compare_body(subject, dsi, presentation);
+    status |= compare_emdf(subject, dsi, presentation, toc);
     for (size_t i = 0; i < std::min(dsi.n_substreams, presentation.n_substreams); ++i)
-        status |= compare_substream(place_name("substream", i, place), dsi.substreams[i], presentation.substreams[i]);
+        status |=
+            compare_substream(subject_name("substream", i, subject), dsi.substreams[i], presentation.substreams[i]);
     return status;
 }
 

@@ -13,7 +13,7 @@ namespace quorlin {
 namespace {
 
 // The fields before the channel layout.
-int compare_head(const std::string& place, const ac4_presentation_v1_dsi& dsi, const ac4_presentation_v1_info& toc) {
+int compare_head(const std::string& subject, const ac4_presentation_v1_dsi& dsi, const ac4_presentation_v1_info& toc) {
     // The extended identifier stands for one that the field's five bits cannot hold.
     const bool extended = dsi.b_extended_presentation_id != 0;
     const uint32_t id = extended ? dsi.extended_presentation_id : dsi.presentation_id;
@@ -30,7 +30,7 @@ int compare_head(const std::string& place, const ac4_presentation_v1_dsi& dsi, c
          toc.emdf_info.emdf_version},
         {"ac4-dsi-presentation-key-id", "presentation_key_id", dsi.emdf_info.key_id, toc.emdf_info.key_id},
     };
-    return compare_fields(place, rows);
+    return compare_fields(subject, rows);
 }
 
 Ac4FieldRow substream_group_row(const ac4_presentation_v1_dsi& dsi, const ac4_presentation_v1_info& toc) {
@@ -43,7 +43,7 @@ Ac4FieldRow substream_group_row(const ac4_presentation_v1_dsi& dsi, const ac4_pr
 }
 
 // Channel layout and core; the count of groups is tested among them.
-int compare_channels(const std::string& place, const ac4_presentation_v1_dsi& dsi,
+int compare_channels(const std::string& subject, const ac4_presentation_v1_dsi& dsi,
                      const ac4_presentation_v1_info& toc) {
     const bool coded = dsi.b_presentation_channel_coded != 0 && toc.b_presentation_channel_coded != 0;
     const bool immersive =
@@ -71,10 +71,11 @@ int compare_channels(const std::string& place, const ac4_presentation_v1_dsi& ds
          dsi.dsi_presentation_channel_mode_core, channel_mode_number(toc.pres_ch_mode_core) - 3, both_core_modes,
          "does not match the result of \"pres_ch_mode_core - 3\" in toc."},
     };
-    return compare_fields(place, rows);
+    return compare_fields(subject, rows);
 }
 
-int compare_filter(const std::string& place, const ac4_presentation_v1_dsi& dsi, const ac4_presentation_v1_info& toc) {
+int compare_filter(const std::string& subject, const ac4_presentation_v1_dsi& dsi,
+                   const ac4_presentation_v1_info& toc) {
     const bool filter = dsi.b_presentation_filter != 0 && toc.b_presentation_filter != 0;
     const bool multi_pid = dsi.presentation_config_v1 != AC4_DSI_CONFIG_SINGLE && toc.b_single_substream_group == 0;
     const Ac4FieldRow rows[] = {
@@ -85,7 +86,7 @@ int compare_filter(const std::string& place, const ac4_presentation_v1_dsi& dsi,
         {"ac4-dsi-n-filter-bytes", "n_filter_bytes", dsi.n_filter_bytes, 0, true, "should be 0."},
         {"ac4-dsi-b-multi-pid", "b_multi_pid", dsi.b_multi_pid, toc.b_multi_pid, multi_pid},
     };
-    return compare_fields(place, rows);
+    return compare_fields(subject, rows);
 }
 
 // An immersive stereo presentation is virtualized whatever the table of contents says.
@@ -101,16 +102,16 @@ int compare_pre_virtualized(size_t index, const Ac4DsiPresentation& entry, const
                 "[SV]   : ERROR: b_pre_virtualized of presentation %zu (IMS) info should be 1.\n", index);
 }
 
-int compare_emdf(const std::string& place, const ac4_presentation_v1_dsi& dsi,
+int compare_emdf(const std::string& subject, const ac4_presentation_v1_dsi& dsi,
                  const ac4_presentation_v1_info& presentation, const ac4_toc& toc) {
     return compare_emdf_substreams(
-        {"ac4-dsi-emdf-version", "emdf_version", "ac4-dsi-key-id", "key_id", "emdf substream"}, place,
+        {"ac4-dsi-emdf-version", "emdf_version", "ac4-dsi-key-id", "key_id", "emdf substream"}, subject,
         {dsi.b_add_emdf_substreams, dsi.emdf_substreams},
         {presentation.b_add_emdf_substreams, ac4_emdf_substreams(toc, presentation)});
 }
 
 // The group's own fields; the content comes last.
-int compare_group(const std::string& place, const ac4_substream_group_dsi& dsi, const ac4_substream_group_info& toc) {
+int compare_group(const std::string& subject, const ac4_substream_group_dsi& dsi, const ac4_substream_group_info& toc) {
     const ac4_content_type& dsi_content = dsi.content_type;
     const ac4_content_type& toc_content = toc.content_type;
     const bool content = dsi_content.b_content_type != 0 && toc_content.b_content_type != 0;
@@ -129,11 +130,11 @@ int compare_group(const std::string& place, const ac4_substream_group_dsi& dsi, 
         {"ac4-dsi-group-n-language-tag-bytes", "n_language_tag_bytes", dsi_content.n_language_tag_bytes,
          toc_content.n_language_tag_bytes, language_on_both_sides(dsi_content, toc_content)},
     };
-    int status = compare_fields(place, rows);
+    int status = compare_fields(subject, rows);
     if (language_tag_bytes_differ(dsi_content, toc_content)) {
         // No blank after the colon in this one; this is deliberate.
         status |= fail(1, "ac4-dsi-group-language-tag-bytes",
-                       "[SV]   : ERROR:language_tag_bytes of %s info in dsi does not match in toc.\n", place.c_str());
+                       "[SV]   : ERROR:language_tag_bytes of %s info in dsi does not match in toc.\n", subject.c_str());
     }
     return status;
 }
@@ -146,7 +147,7 @@ struct SubstreamKind {
     bool objects;            // in both
 };
 
-int compare_substream(const std::string& place, const SubstreamKind& kind, const ac4_group_substream_dsi& dsi,
+int compare_substream(const std::string& subject, const SubstreamKind& kind, const ac4_group_substream_dsi& dsi,
                       const ac4_group_substream& toc, uint32_t toc_channel_mask) {
     const bool ajoc = kind.objects && dsi.b_ajoc != 0 && toc.b_ajoc != 0;
     const bool dynamic_dmx = ajoc && dsi.b_static_dmx == 0 && toc.b_static_dmx == 0;
@@ -170,10 +171,10 @@ int compare_substream(const std::string& place, const SubstreamKind& kind, const
         {"ac4-dsi-contains-isf-objects", "b_substream_contains_ISF_objects", dsi.b_substream_contains_ISF_objects,
          toc.b_substream_contains_ISF_objects, kind.objects},
     };
-    return compare_fields(place, rows);
+    return compare_fields(subject, rows);
 }
 
-int compare_groups(const std::string& presentation_place, const Ac4DsiPresentation& entry,
+int compare_groups(const std::string& presentation_subject, const Ac4DsiPresentation& entry,
                    const ac4_presentation_v1_info& presentation, const ac4_toc& toc) {
     const bool toc_ims = presentation.presentation_version == AC4_IMS_PRESENTATION_VERSION;
     const std::span<const uint16_t> indices = ac4_group_indices(toc, presentation);
@@ -182,14 +183,14 @@ int compare_groups(const std::string& presentation_place, const Ac4DsiPresentati
         const ac4_substream_group_dsi& dsi = entry.v1->substream_groups[i];
         const ac4_substream_group_info& group = toc.substream_groups[indices[i]];
         const std::span<const ac4_group_substream> substreams = ac4_group_substreams(toc, group);
-        const std::string place = place_name("group", i, presentation_place);
+        const std::string subject = subject_name("group", i, presentation_subject);
         const SubstreamKind kind{.ims = entry.presentation_version == AC4_IMS_PRESENTATION_VERSION,
                                  .dsi_channel_coded = dsi.b_channel_coded != 0,
                                  .channel_coded = dsi.b_channel_coded != 0 && group.b_channel_coded != 0,
                                  .objects = dsi.b_channel_coded == 0 && group.b_channel_coded == 0};
-        status |= compare_group(place, dsi, group);
+        status |= compare_group(subject, dsi, group);
         for (size_t k = 0; k < std::min(dsi.substreams.size(), substreams.size()); ++k)
-            status |= compare_substream(place_name("substream", k, place), kind, dsi.substreams[k], substreams[k],
+            status |= compare_substream(subject_name("substream", k, subject), kind, dsi.substreams[k], substreams[k],
                                         ac4_substream_channel_mask(substreams[k], toc_ims));
     }
     return status;
@@ -199,7 +200,7 @@ int compare_groups(const std::string& presentation_place, const Ac4DsiPresentati
 
 int compare_presentation_v1(size_t index, const Ac4DsiPresentation& entry, const ac4_presentation_v1_info& presentation,
                             const ac4_toc& toc) {
-    const std::string place = "presentation " + std::to_string(index);
+    const std::string subject = "presentation " + std::to_string(index);
     const ac4_presentation_v1_dsi& dsi = *entry.v1;
     const bool single = presentation.b_single_substream_group != 0;
     int status = 0;
@@ -214,15 +215,15 @@ int compare_presentation_v1(size_t index, const Ac4DsiPresentation& entry, const
     const bool dsi_emdf_only = dsi.presentation_config_v1 == AC4_CONFIG_EMDF_ONLY;
     if (toc_emdf_only != dsi_emdf_only) {
         const Ac4FieldRow rows[] = {substream_group_row(dsi, presentation)};
-        status |= compare_fields(place, rows);
+        status |= compare_fields(subject, rows);
     }
-    if (toc_emdf_only || dsi_emdf_only) return status | compare_emdf(place, dsi, presentation, toc);
-    status |= compare_head(place, dsi, presentation);
-    status |= compare_channels(place, dsi, presentation);
-    status |= compare_filter(place, dsi, presentation);
+    if (toc_emdf_only || dsi_emdf_only) return status | compare_emdf(subject, dsi, presentation, toc);
+    status |= compare_head(subject, dsi, presentation);
+    status |= compare_channels(subject, dsi, presentation);
+    status |= compare_filter(subject, dsi, presentation);
     status |= compare_pre_virtualized(index, entry, presentation);
-    status |= compare_emdf(place, dsi, presentation, toc);
-    status |= compare_groups(place, entry, presentation, toc);
+    status |= compare_emdf(subject, dsi, presentation, toc);
+    status |= compare_groups(subject, entry, presentation, toc);
     return status;
 }
 

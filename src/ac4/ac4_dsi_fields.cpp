@@ -6,20 +6,21 @@
 
 namespace quorlin {
 
-int compare_fields(const std::string& place, std::span<const Ac4FieldRow> rows) {
+int compare_fields(const std::string& subject, std::span<const Ac4FieldRow> rows) {
     int status = 0;
     for (const Ac4FieldRow& row : rows) {
         if (!row.on_both_sides || row.in_dsi == row.in_toc) continue;
-        status |= fail(1, row.id, "[SV]   : ERROR: %s of %s info in dsi %s\n", row.field, place.c_str(), row.verdict);
+        status |=
+            fail(1, row.id, "[SV]   : ERROR: %s of %s info in dsi %s\n", row.field, subject.c_str(), row.mismatch);
     }
     return status;
 }
 
-std::string place_name(const char* kind, size_t index, const std::string& outer) {
+std::string subject_name(const char* kind, size_t index, const std::string& outer) {
     return std::string(kind) + " " + std::to_string(index) + " of " + outer;
 }
 
-int compare_emdf_substreams(const Ac4EmdfLabels& labels, const std::string& presentation_place,
+int compare_emdf_substreams(const Ac4EmdfLabels& labels, const std::string& presentation_subject,
                             const Ac4EmdfSubstreams& in_dsi, const Ac4EmdfSubstreams& in_toc) {
     const auto n_in_dsi = static_cast<int64_t>(in_dsi.substreams.size());
     const auto n_in_toc = static_cast<int64_t>(in_toc.substreams.size());
@@ -29,14 +30,14 @@ int compare_emdf_substreams(const Ac4EmdfLabels& labels, const std::string& pres
          in_toc.b_add_emdf_substreams},
         {"ac4-dsi-n-add-emdf-substreams", "n_add_emdf_substreams", n_in_dsi, n_in_toc, both},
     };
-    int status = compare_fields(presentation_place, counts);
+    int status = compare_fields(presentation_subject, counts);
     for (size_t i = 0; i < std::min(in_dsi.substreams.size(), in_toc.substreams.size()); ++i) {
         const Ac4FieldRow rows[] = {
             {labels.emdf_version_id, labels.emdf_version, in_dsi.substreams[i].emdf_version,
              in_toc.substreams[i].emdf_version},
             {labels.key_id_id, labels.key_id, in_dsi.substreams[i].key_id, in_toc.substreams[i].key_id},
         };
-        status |= compare_fields(place_name(labels.kind, i, presentation_place), rows);
+        status |= compare_fields(subject_name(labels.kind, i, presentation_subject), rows);
     }
     return status;
 }

@@ -32,7 +32,7 @@ struct RuleLog {
     std::optional<Place> failure_in_call;  // the first one of the current call
 };
 
-// Notes what `flags` holds as broken at `place`.
+// Remembers what `flags` holds as broken at `place`.
 void log_broken_rules(RuleLog& log, const ComplianceFlags& flags, const Place& place);
 
 // The place of a rule that is being listed, marked as repeated when it was not broken since it was last listed.

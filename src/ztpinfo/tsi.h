@@ -69,7 +69,7 @@ bool starts_timeslice(const TimesliceAccumulator& accumulator, const ZtpFrameInf
 // code of the fatal error that was reported.
 [[nodiscard]] int close_timeslice(TimesliceAccumulator& accumulator, ZtpRuleSet rule_set, bool& changed);
 
-// Places a frame, whose words are `words`, in the timeslice being assembled. Returns 0, or the code of the fatal error
+// Stores a frame, whose words are `words`, in the timeslice being assembled. Returns 0, or the code of the fatal error
 // that was reported; the frame is not taken then.
 [[nodiscard]] int add_frame(TimesliceAccumulator& accumulator, const ZtpFrameInfo& frame,
                             std::span<const uint16_t> words);

@@ -66,7 +66,7 @@ void print_report(ZtpInfoContext& context) {
         print_compliance_list(timeslice.compliance, (options & ZTP_OPTION_WARNINGS) != 0, timeslices.rule_log);
 }
 
-// Reports the timeslice that a frame has completed when its layout is new; the first one of a handle is only noted.
+// Reports the timeslice that a frame has completed when its layout is new; the first one of a handle is only kept.
 void report_completed(ZtpInfoContext& context) {
     TimesliceAccumulator& timeslices = context.timeslices;
     if (timeslices.reported != NO_RECORD) {
@@ -91,9 +91,9 @@ void locate_timeslice(const ZtpInfoContext& context) {
         context.buffer_place.time + playing_time_90khz(context.timeslices.totals) - context.time_before_buffer;
 }
 
-// Places the unpacked frame in its timeslice; when it starts a new one, `changed` tells whether the one that it closes
+// Stores the unpacked frame in its timeslice; when it starts a new one, `changed` tells whether the one that it closes
 // differs from the one before. Returns 0, or the code of a fatal error.
-int place_frame(ZtpInfoContext& context, std::span<const uint16_t> words, bool& changed) {
+int store_in_timeslice(ZtpInfoContext& context, std::span<const uint16_t> words, bool& changed) {
     TimesliceAccumulator& timeslices = context.timeslices;
     if (starts_timeslice(timeslices, context.frame)) {
         const int status = close_timeslice(timeslices, context.settings.rule_set, changed);
@@ -111,7 +111,7 @@ Walk process_frame(ZtpInfoContext& context) {
     const std::span<const uint16_t> words = std::span<const uint16_t>(context.words).first(frame_words);
     if (unpack_frame(words, context.frame) != 0) return Walk::FATAL;
     bool changed = false;
-    if (place_frame(context, words, changed) != 0) {
+    if (store_in_timeslice(context, words, changed) != 0) {
         report_fatal("ztp-fatal-processing", "Processing error in ZIT subroutine", SOURCE, __LINE__);
         return Walk::FATAL;
     }
