@@ -4,8 +4,12 @@
 
 namespace quorlin {
 
-// ISO/IEC 13818-1, 2.4.3.6: time stamps have 33 bits and wrap after 26.5 hours. Counted on over the wraps here, for the
-// places and facts of one playlist or series; the checks compare what the stream carries.
+// The clock of time stamps, and of the times of places and facts whatever the container: 90 kHz.
+constexpr int64_t TICKS_PER_SECOND = 90000;
+
+// ISO/IEC 13818-1, 2.4.3.6: a time stamp has 33 bits, so it starts again at 0 after 26.5 hours. This clock adds the
+// wraps: the times of one playlist or series go on without a jump. They serve places and facts only; the checks compare
+// the time stamps that the stream carries.
 
 constexpr int64_t CLOCK_WRAP = int64_t{1} << 33;
 

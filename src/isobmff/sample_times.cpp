@@ -4,13 +4,12 @@
 
 #include "bits/place.h"
 #include "bits/recorder.h"
+#include "bits/stream_clock.h"
 #include "isobmff/sample_clock.h"
 
 namespace quorlin {
 
 namespace {
-
-constexpr uint64_t TICKS_PER_SECOND = 90000;
 
 // Of no use beyond 64 bits, or without a timescale.
 int64_t to_90khz(const std::optional<uint64_t>& time, uint32_t timescale) {

@@ -12,6 +12,7 @@
 #include "bits/finding.h"
 #include "bits/place.h"
 #include "bits/report.h"
+#include "bits/stream_clock.h"
 #include "playlist/codecs.h"
 
 namespace quorlin {
@@ -103,7 +104,7 @@ double frame_duration(const ac4_toc& toc) {
     constexpr double DURATIONS_48000[16] = {3753.75, 3750, 3600, 3003,   3000, 1876.875, 1875, 1800,
                                             1501.5,  1500, 900,  750.75, 750,  3840,     0,    0};
     constexpr uint8_t NATIVE_RATE_INDEX = 13;  // 2048 samples, whatever the sample rate
-    if (toc.fs_index == 0) return toc.frame_rate_index == NATIVE_RATE_INDEX ? 2048 * 90000.0 / 44100 : 0;
+    if (toc.fs_index == 0) return toc.frame_rate_index == NATIVE_RATE_INDEX ? 2048.0 * TICKS_PER_SECOND / 44100 : 0;
     return DURATIONS_48000[toc.frame_rate_index & 15];
 }
 

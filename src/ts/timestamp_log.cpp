@@ -2,6 +2,8 @@
 
 #include <cinttypes>
 
+#include "bits/stream_clock.h"
+
 namespace quorlin {
 
 namespace {
@@ -17,12 +19,12 @@ void write_log_line(TimestampLog& log, const PesTimestamps& times, uint32_t payl
         std::fprintf(log.file, "Initial timestamp offset: %" PRId64 "\n", log.initial_offset);
     }
     const int64_t ticks = times.pts - log.initial_offset;
-    const int64_t seconds = ticks / 90000;
+    const int64_t seconds = ticks / TICKS_PER_SECOND;
     const int64_t hours = seconds / 3600;
     const int64_t minutes = seconds / 60 - 60 * hours;
     std::fprintf(log.file, "%" PRId64 ";%" PRId64 ";0x%08x;%02" PRId64 ":%02" PRId64 ":%02" PRId64 ":%03" PRId64 "\n",
                  times.pts, decoding_time(times), payload_offset, hours, minutes, seconds - 60 * (seconds / 60),
-                 (ticks - 90000 * seconds) * 1000 / 90000);
+                 (ticks - TICKS_PER_SECOND * seconds) * 1000 / TICKS_PER_SECOND);
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 #include <cinttypes>
 
 #include "bits/finding.h"
-#include "ztpinfo/tsi.h"
+#include "bits/stream_clock.h"
 #include "ztpinfo/ztpinfo.h"
 
 namespace quorlin {
@@ -202,7 +202,7 @@ void print_rule(uint32_t number, bool fails) {
 
 void print_located_rule(uint32_t number, const RulePlace& place) {
     announce("    %03u - %s (timeslice %" PRIu64 ", %.3f s)\n", number, MESSAGES[number - FIRST_MESSAGE],
-             place.timeslice, static_cast<double>(place.place.time) / CLOCK_90KHZ);
+             place.timeslice, static_cast<double>(place.place.time) / TICKS_PER_SECOND);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <type_traits>
 
+#include "bits/stream_clock.h"
 #include "ztpinfo/messages.h"
 #include "ztpinfo/tsc.h"
 #include "ztpinfo/tsi_compare.h"
@@ -210,7 +211,7 @@ double playing_time_seconds(const ZtpStreamTotals& totals) {
 
 int64_t playing_time_90khz(const ZtpStreamTotals& totals) {
     constexpr uint64_t COMMON_FACTOR = 18000;  // of both clocks
-    return static_cast<int64_t>(totals.playing_time * (CLOCK_90KHZ / COMMON_FACTOR) /
+    return static_cast<int64_t>(totals.playing_time * (TICKS_PER_SECOND / COMMON_FACTOR) /
                                 (PLAYING_TIME_UNITS / COMMON_FACTOR));
 }
 

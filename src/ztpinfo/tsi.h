@@ -32,8 +32,6 @@ struct ZtpStreamTotals {
 // sum is exact.
 constexpr uint64_t PLAYING_TIME_UNITS = 14112000;
 
-constexpr uint64_t CLOCK_90KHZ = 90000;
-
 double playing_time_seconds(const ZtpStreamTotals& totals);
 int64_t playing_time_90khz(const ZtpStreamTotals& totals);
 double overall_data_rate_kbps(const ZtpStreamTotals& totals);
