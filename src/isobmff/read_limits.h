@@ -15,12 +15,16 @@ struct ReadLimits {
     uint64_t work_left = 0;     // in bytes handled
 };
 
-// The limits of the file or byte range that `reader` is started on: work for 16 times the file and 4 MiB more.
+// The work that a segment may cause: so much for each byte of its file, and so much more however small the file is.
+constexpr uint64_t WORK_PER_BYTE = 16;
+constexpr uint64_t WORK_OF_ANY_FILE = uint64_t{4} << 20;
+
+// The limits of the file or byte range that `reader` is started on.
 inline ReadLimits limits_of(FileReader& reader) {
     ReadLimits limits;
     limits.file_size = reader_file_size(reader);
     limits.range_length = reader.limited ? static_cast<uint64_t>(reader.remaining) : 0;
-    limits.work_left = 16 * limits.file_size + (uint64_t{4} << 20);
+    limits.work_left = WORK_PER_BYTE * limits.file_size + WORK_OF_ANY_FILE;
     return limits;
 }
 

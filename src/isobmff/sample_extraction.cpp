@@ -28,8 +28,8 @@ constexpr size_t GROUP_SAMPLES = 0x4000;
 // Read at once after a seek: the chunks of a track may lie far apart among those of many others.
 constexpr uint32_t SEEK_READ_SIZE = 0x10000;
 
-// Work beside the bytes of the samples (see ReadLimits). Samples with bytes of their own never use the
-// limit up: of its 16 for each byte of the file the smallest take 9.
+// Work beside the bytes of the samples (see ReadLimits). Samples with bytes of their own never use the limit up:
+// one of a single byte takes 9 of WORK_PER_BYTE.
 constexpr uint64_t SAMPLE_WORK = 8;
 constexpr uint64_t ANALYSIS_WORK = 256;
 
