@@ -36,7 +36,8 @@ double playing_time_seconds(const ZtpStreamTotals& totals);
 int64_t playing_time_90khz(const ZtpStreamTotals& totals);
 double overall_data_rate_kbps(const ZtpStreamTotals& totals);
 
-constexpr uint32_t NO_RECORD = 3;
+constexpr uint32_t RECORD_COUNT = 3;
+constexpr uint32_t NO_RECORD = RECORD_COUNT;
 
 // Timeslices of a handle: the one being assembled, the last completed one and the last reported one, which may be the
 // completed one. Everything lasts for the life of the handle; an unfinished timeslice waits for the next buffer.
@@ -44,7 +45,7 @@ struct TimesliceAccumulator {
     ZtpStreamTotals totals;
     ComplianceFlags compliance;  // of all timeslices; never cleared
     RuleLog rule_log;
-    std::array<TimesliceRecord, 3> records;
+    std::array<TimesliceRecord, RECORD_COUNT> records;
     uint32_t current = 0;
     uint32_t completed = NO_RECORD;
     uint32_t reported = NO_RECORD;
@@ -53,7 +54,7 @@ struct TimesliceAccumulator {
     uint32_t current_frames = 0;
     std::array<uint16_t, ZTP_MAX_PROGRAMS> convsync_counters;  // of I0 to I7; CONVSYNC_ABSENT at first
     // Frame ends beside the records; null unless they are wanted.
-    std::unique_ptr<std::array<TimesliceTails, 3>> tails;
+    std::unique_ptr<std::array<TimesliceTails, RECORD_COUNT>> tails;
 };
 
 // Code of the fatal errors in the order of a stream's frames.

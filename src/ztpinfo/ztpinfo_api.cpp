@@ -217,7 +217,7 @@ void ztpinfo_configure(ZtpInfoContext* handle, const ZtpSettings& settings) {
     if (!with_tails)
         tails.reset();
     else if (tails == nullptr)
-        tails = std::make_unique<std::array<TimesliceTails, 3>>();
+        tails = std::make_unique<std::array<TimesliceTails, RECORD_COUNT>>();
 }
 
 int64_t ztpinfo_playing_time(const ZtpInfoContext* handle) {
