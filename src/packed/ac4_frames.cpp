@@ -19,8 +19,6 @@ namespace quorlin {
 
 namespace {
 
-constexpr uint32_t AC4_SHORT_SIZE_BYTES = 2;
-constexpr uint32_t AC4_LONG_SIZE_BYTES = 3;  // after the escape
 constexpr uint32_t AC4_MAX_FRAME_SIZE = 10485760;
 constexpr uint32_t READ_PIECE_SIZE = 65536;
 
