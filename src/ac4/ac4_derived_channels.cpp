@@ -7,8 +7,8 @@ namespace quorlin {
 namespace {
 
 // The 7.X modes of an immersive stereo presentation stand for a stereo pair that is rendered for headphones.
-bool is_rendered_stereo(const ac4_group_substream& substream, bool ims) {
-    return ims && ac4_is_7_x_mode(substream.channel_mode);
+bool is_rendered_stereo(const ac4_group_substream& substream, Ac4PresentationKind kind) {
+    return kind == Ac4PresentationKind::IMMERSIVE_STEREO && ac4_is_7_x_mode(substream.channel_mode);
 }
 
 uint8_t top_channel_pairs(uint8_t top_channels_present) {
@@ -16,11 +16,12 @@ uint8_t top_channel_pairs(uint8_t top_channels_present) {
     return top_channels_present == 0 ? 0 : 1;
 }
 
-void add_channel_substream(ac4_group_channels& channels, const ac4_group_substream& substream, bool ims) {
-    const Ac4ChannelMode mode = is_rendered_stereo(substream, ims) ? Ac4ChannelMode::STEREO : substream.channel_mode;
+void add_channel_substream(ac4_group_channels& channels, const ac4_group_substream& substream,
+                           Ac4PresentationKind kind) {
+    const Ac4ChannelMode mode = is_rendered_stereo(substream, kind) ? Ac4ChannelMode::STEREO : substream.channel_mode;
     ac4_add_layout(channels.layouts, mode);
     ac4_add_layout(channels.core_layouts, ac4_core_channel_mode(mode));
-    channels.channel_mask |= ac4_substream_channel_mask(substream, ims);
+    channels.channel_mask |= ac4_substream_channel_mask(substream, kind);
     if (!ac4_is_immersive_mode(mode)) return;
     channels.b_4_back_channels_present |= substream.b_4_back_channels_present;
     channels.top_channel_pairs =
@@ -35,11 +36,12 @@ void add_object_substream(ac4_group_channels& channels, const ac4_group_substrea
     }
 }
 
-ac4_group_channels derive_channels(bool channel_coded, std::span<const ac4_group_substream> substreams, bool ims) {
+ac4_group_channels derive_channels(bool channel_coded, std::span<const ac4_group_substream> substreams,
+                                   Ac4PresentationKind kind) {
     ac4_group_channels channels;
     for (const ac4_group_substream& substream : substreams) {
         if (channel_coded) {
-            add_channel_substream(channels, substream, ims);
+            add_channel_substream(channels, substream, kind);
         } else {
             add_object_substream(channels, substream);
         }
@@ -49,8 +51,8 @@ ac4_group_channels derive_channels(bool channel_coded, std::span<const ac4_group
 
 }  // namespace
 
-uint32_t ac4_substream_channel_mask(const ac4_group_substream& substream, bool ims) {
-    if (is_rendered_stereo(substream, ims)) return AC4_MASK_STEREO;
+uint32_t ac4_substream_channel_mask(const ac4_group_substream& substream, Ac4PresentationKind kind) {
+    if (is_rendered_stereo(substream, kind)) return AC4_MASK_STEREO;
     uint32_t mask = ac4_channel_mode_mask(substream.channel_mode);
     if (!ac4_is_immersive_mode(substream.channel_mode)) return mask;
     if (substream.b_4_back_channels_present == 0) mask &= ~AC4_MASK_BACK;
@@ -61,20 +63,21 @@ uint32_t ac4_substream_channel_mask(const ac4_group_substream& substream, bool i
 }
 
 void ac4_derive_group(ac4_substream_group_info& group, std::span<const ac4_group_substream> substreams) {
-    group.channels = derive_channels(group.b_channel_coded != 0, substreams, false);
-    group.ims_channels = derive_channels(group.b_channel_coded != 0, substreams, true);
+    group.channels = derive_channels(group.b_channel_coded != 0, substreams, Ac4PresentationKind::PLAIN);
+    group.ims_channels = derive_channels(group.b_channel_coded != 0, substreams, Ac4PresentationKind::IMMERSIVE_STEREO);
 }
 
 void ac4_derive_presentation(ac4_presentation_v1_info& presentation, std::span<const uint16_t> group_indices,
                              std::span<const ac4_substream_group_info> groups) {
-    const bool ims = presentation.presentation_version == AC4_IMS_PRESENTATION_VERSION;
+    const Ac4PresentationKind kind = ac4_presentation_kind(presentation.presentation_version);
     Ac4LayoutSuperset layouts;
     Ac4LayoutSuperset core_layouts;
     bool objects = false;
     bool adaptive = false;
     for (const uint16_t index : group_indices) {
         const ac4_substream_group_info& group = groups[index];
-        const ac4_group_channels& channels = ims ? group.ims_channels : group.channels;
+        const ac4_group_channels& channels =
+            kind == Ac4PresentationKind::IMMERSIVE_STEREO ? group.ims_channels : group.channels;
         ac4_add_layouts(layouts, channels.layouts);
         ac4_add_layouts(core_layouts, channels.core_layouts);
         objects = objects || group.b_channel_coded == 0;

@@ -176,7 +176,7 @@ int compare_substream(const std::string& subject, const SubstreamKind& kind, con
 
 int compare_groups(const std::string& presentation_subject, const Ac4DsiPresentation& entry,
                    const ac4_presentation_v1_info& presentation, const ac4_toc& toc) {
-    const bool toc_ims = presentation.presentation_version == AC4_IMS_PRESENTATION_VERSION;
+    const Ac4PresentationKind toc_kind = ac4_presentation_kind(presentation.presentation_version);
     const std::span<const uint16_t> indices = ac4_group_indices(toc, presentation);
     int status = 0;
     for (size_t i = 0; i < std::min(entry.v1->substream_groups.size(), indices.size()); ++i) {
@@ -191,7 +191,7 @@ int compare_groups(const std::string& presentation_subject, const Ac4DsiPresenta
         status |= compare_group(subject, dsi, group);
         for (size_t k = 0; k < std::min(dsi.substreams.size(), substreams.size()); ++k)
             status |= compare_substream(subject_name("substream", k, subject), kind, dsi.substreams[k], substreams[k],
-                                        ac4_substream_channel_mask(substreams[k], toc_ims));
+                                        ac4_substream_channel_mask(substreams[k], toc_kind));
     }
     return status;
 }

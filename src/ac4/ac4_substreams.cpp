@@ -10,14 +10,17 @@ namespace quorlin {
 
 namespace {
 
-// ETSI TS 103 190-2, the codes of channel_mode. Version-0 presentations end at the seven-bit codes.
-uint32_t read_channel_mode_number(BitReader& reader, bool group_substream) {
+// ETSI TS 103 190-2, the codes of channel_mode: those of version-0 presentations end at seven bits.
+enum class ChannelModeCodes { VERSION_0, VERSION_1 };
+
+uint32_t read_channel_mode_number(BitReader& reader, ChannelModeCodes codes) {
     if (!read_flag(reader)) return 0;
     if (!read_flag(reader)) return 1;
     const uint32_t four_bit_code = read_u32(reader, 2);
     if (four_bit_code < 3) return 2 + four_bit_code;
     const uint32_t seven_bit_code = read_u32(reader, 3);
-    if (!group_substream) return seven_bit_code < 7 ? 5 + seven_bit_code : 12 + read_variable_bits(reader, 2);
+    if (codes == ChannelModeCodes::VERSION_0)
+        return seven_bit_code < 7 ? 5 + seven_bit_code : 12 + read_variable_bits(reader, 2);
     if (seven_bit_code < 6) return 5 + seven_bit_code;
     if (seven_bit_code == 6) return 11 + read_u32(reader, 1);
     const uint32_t nine_bit_code = read_u32(reader, 2);
@@ -59,7 +62,7 @@ void parse_rates_and_index(Ac4TocParser& parser, const ac4_substream_group_info&
 void parse_substream_info_chan(Ac4TocParser& parser, const ac4_substream_group_info& group,
                                ac4_group_substream& substream) {
     BitReader& reader = parser.reader;
-    substream.channel_mode = channel_mode_of(read_channel_mode_number(reader, true));
+    substream.channel_mode = channel_mode_of(read_channel_mode_number(reader, ChannelModeCodes::VERSION_1));
     if (ac4_is_immersive_mode(substream.channel_mode)) {
         substream.b_4_back_channels_present = read_u8(reader, 1);
         substream.b_centre_present = read_u8(reader, 1);
@@ -209,7 +212,7 @@ void parse_group_substream(Ac4TocParser& parser, const ac4_substream_group_info&
 
 void parse_substream_info(Ac4TocParser& parser, ac4_substream_info& substream) {
     BitReader& reader = parser.reader;
-    substream.channel_mode = channel_mode_of(read_channel_mode_number(reader, false));
+    substream.channel_mode = channel_mode_of(read_channel_mode_number(reader, ChannelModeCodes::VERSION_0));
     parse_rates(parser, substream);
     if (ac4_has_add_ch_base(substream.channel_mode)) substream.add_ch_base = read_u8(reader, 1);
     read_ac4_content_type(reader, Ac4ContentSource::TOC, substream.content_type);

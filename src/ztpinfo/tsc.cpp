@@ -28,11 +28,13 @@ void check_substream(TimesliceRecord& timeslice, const ZtpSubstreamRecord& subst
 }
 
 // The rule sets for secondary audio cover independent substreams only.
-void check_each_substream(TimesliceRecord& timeslice, SubstreamRules& rules, bool with_dependent, RuleLog& log) {
+enum class Covered { ALL, INDEPENDENT };
+
+void check_each_substream(TimesliceRecord& timeslice, SubstreamRules& rules, Covered covered, RuleLog& log) {
     for (const ZtpProgramRecord& program : used_programs(timeslice)) {
         if (!program.independent.present) continue;
         check_substream(timeslice, program.independent, rules, log);
-        if (!with_dependent || program.num_dep_substreams == 0) continue;
+        if (covered == Covered::INDEPENDENT || program.num_dep_substreams == 0) continue;
         for (const ZtpSubstreamRecord& dependent : program.dependent)
             if (dependent.present) check_substream(timeslice, dependent, rules, log);
     }
@@ -46,16 +48,16 @@ int check_substreams(TimesliceRecord& timeslice, ZtpRuleSet rule_set, RuleLog& l
         case ZtpRuleSet::NONE:
             return 0;
         case ZtpRuleSet::GENERIC:
-            check_each_substream(timeslice, check_generic_substream, true, log);
+            check_each_substream(timeslice, check_generic_substream, Covered::ALL, log);
             return 0;
         case ZtpRuleSet::BLU_RAY_PRIMARY:
-            check_each_substream(timeslice, check_blu_ray_primary_substream, true, log);
+            check_each_substream(timeslice, check_blu_ray_primary_substream, Covered::ALL, log);
             return 0;
         case ZtpRuleSet::HD_DVD_SECONDARY:
-            check_each_substream(timeslice, check_hd_dvd_secondary_substream, false, log);
+            check_each_substream(timeslice, check_hd_dvd_secondary_substream, Covered::INDEPENDENT, log);
             return 0;
         case ZtpRuleSet::BLU_RAY_SECONDARY:
-            check_each_substream(timeslice, check_blu_ray_secondary_substream, false, log);
+            check_each_substream(timeslice, check_blu_ray_secondary_substream, Covered::INDEPENDENT, log);
             return 0;
         default:
             report_fatal("ztp-fatal-rule-set", "Unknown compliance mode requested", SOURCE, __LINE__);
