@@ -53,7 +53,7 @@ void reader_restart(FileReader& reader, int64_t remaining);
 // The bytes that wait in the buffer. Valid until the next call on the reader.
 std::span<const uint8_t> reader_buffered(const FileReader& reader);
 
-// What failed in one byte range of a file is not the next one's failure.
+// Clears the read error, before another byte range of the same file.
 void reader_clear_error(FileReader& reader);
 
 // Copies up to `count` bytes to `destination`; returns how many were delivered (fewer at the end or the limit).

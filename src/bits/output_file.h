@@ -17,7 +17,7 @@ struct OutputFile {
     bool failed = false;
 };
 
-// At the start of a run: no file is begun yet.
+// Forgets which playlist began which file; at the start of a run.
 void forget_output_files();
 
 // "<directory>/<stem><suffix>"

@@ -12,7 +12,7 @@ namespace quorlin {
 
 namespace {
 
-// The end without memory takes no arguments.
+// A terminate handler takes no arguments, so the name is kept here.
 const char* process_name = "";
 
 // A file opened later must not land on a standard descriptor that was closed at the start.

@@ -18,7 +18,7 @@ enum class ReasonEffect {
 __attribute__((format(printf, 4, 5))) void report_reason(ReasonEffect effect, const char* id, const std::string& path,
                                                          const char* format, ...);
 
-// Gives a block of the analyzer on standard error, which has a form of its own, to the recorder, if there is one.
+// Records a message that the analyzer has written to standard error itself.
 void record_analyzer_message(ReasonEffect effect, const char* id, const char* message);
 
 }  // namespace quorlin

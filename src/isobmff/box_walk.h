@@ -14,7 +14,7 @@ constexpr int64_t BOX_HEADER_SIZE = 8;
 constexpr size_t FULL_BOX_HEADER_SIZE = 4;  // version and flags, after the box header
 constexpr uint32_t MAX_BOX_DEPTH = 64;
 
-// A box may reach 8 bytes past its container (see walk_container), nested ones each by 8.
+// A box may reach 8 bytes past its container (see read_header in box_reader.cpp), nested ones each by 8.
 constexpr uint64_t MAX_OVERRUN = uint64_t{MAX_BOX_DEPTH} * BOX_HEADER_SIZE;
 
 struct Box {

@@ -20,8 +20,7 @@ constexpr size_t MAX_TRACKS = 256;
 constexpr size_t UUID_SIZE = 16;
 constexpr std::string_view METADATA_UUID = "VXRO-METADATA-00";
 
-// A trak, now record `made`, whose track_ID an earlier segment made takes that record's place, and goes on with its
-// output.
+// Record `made` replaces the record that an earlier segment made for the same track_ID, and takes over its output.
 void replace_earlier_record(MediaContext& context, size_t made) {
     auto& tracks = context.tracks;
     for (size_t i = 0; i < made; ++i) {

@@ -138,29 +138,42 @@ bool extract_group(Extraction& extraction, int& status) {
     return false;
 }
 
+void skip_to(FileReader& reader, uint64_t offset) {
+    const uint32_t chunk_size = std::exchange(reader.chunk_size, std::min(reader.chunk_size, SEEK_READ_SIZE));
+    reader_skip(static_cast<int64_t>(offset - reader.position), reader);
+    reader.chunk_size = chunk_size;
+}
+
+// An offset of 2^63 or more: as signed arithmetic the seek goes backwards and fails, which leaves the stream at its
+// end.
+void seek_before_file(Extraction& extraction) {
+    FileReader& reader = extraction.reader;
+    const uint64_t file_size = extraction.context.limits.file_size;
+    skip_to(reader, UINT64_MAX);
+    // The next seek starts from there.
+    if (reader.limited) reader.remaining -= static_cast<int64_t>(file_size) + 1;
+    reader.position = file_size;
+}
+
 // Moves to a chunk. A place far past everything readable is cut down: the seek to it would fail.
 void seek_chunk(Extraction& extraction, uint64_t offset) {
+    if (offset > static_cast<uint64_t>(INT64_MAX)) {
+        seek_before_file(extraction);
+        return;
+    }
     FileReader& reader = extraction.reader;
     uint64_t readable = extraction.context.limits.file_size;
     if (reader.limited && reader.remaining > 0)
         readable = std::max(readable, reader.position + static_cast<uint64_t>(reader.remaining));
-    // A place before the file is one past it as an unsigned number, but the seek to it goes backwards.
-    const bool before_file = offset > static_cast<uint64_t>(INT64_MAX);
-    offset = before_file ? UINT64_MAX : std::min(offset, readable + 1);
+    offset = std::min(offset, readable + 1);
     if (offset == reader.position) return;
     const uint64_t buffer_start = reader.position - reader.cursor;
     // A walk over the file from its start to its end is every track's right; only going back is work.
     if (offset < buffer_start) spend_work(extraction.context.limits, SEEK_READ_SIZE);
-    const uint32_t chunk_size = std::exchange(reader.chunk_size, std::min(reader.chunk_size, SEEK_READ_SIZE));
-    reader_skip(static_cast<int64_t>(offset - reader.position), reader);
-    reader.chunk_size = chunk_size;
-    if (!before_file) return;
-    // The seek failed and left the stream at its end: the next one starts from there.
-    if (reader.limited) reader.remaining -= static_cast<int64_t>(extraction.context.limits.file_size) + 1;
-    reader.position = extraction.context.limits.file_size;
+    skip_to(reader, offset);
 }
 
-// What of the samples was not read or not written, without a finding.
+// Reports the parts of the samples that were not read or not written; there is no finding of them.
 void report_left_over(const Extraction& extraction) {
     const auto id = static_cast<int32_t>(extraction.track.track_ID);
     uint32_t size = 0;

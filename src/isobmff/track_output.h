@@ -25,7 +25,7 @@ struct TrackOutput {
     OutputFile file;
     bool opened = false;
     bool parameter_sets_written = false;
-    bool unvalidated_reported = false;  // what of its samples is not validated
+    bool unvalidated_reported = false;  // by report_unvalidated_samples
     ZtpInfoPtr analyzer;
 };
 
@@ -39,6 +39,7 @@ enum WriteResult {
 // standard error). Without an output directory there is nothing to open.
 [[nodiscard]] int open_track_output(TrackOutput& output, const OutputNaming& naming, uint32_t track_ID, CodecKind kind);
 
+// Appends `bytes` to the track's file. A first failure has its reason on standard error.
 [[nodiscard]] WriteResult write_track_output(TrackOutput& output, std::span<const uint8_t> bytes);
 
 // Writes sample data and prints when that fails; returns 0 or MP4_FINDING.

@@ -6,8 +6,8 @@
 
 namespace quorlin {
 
-// Says on standard error, once for a track, what of its samples no check looks at: those that are encrypted, of an
-// entry that no check knows, or without the box that describes them. `path` is the segment.
+// Reports, once for a track, the samples that no check looks at: those that are encrypted, of an entry that no check
+// knows, or without the box that describes them. `path` is the segment.
 void report_unvalidated_samples(TrackRecord& track, const std::string& path);
 
 }  // namespace quorlin

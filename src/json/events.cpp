@@ -33,7 +33,7 @@ void put_time(std::string_view name, int64_t time) {
         put_number(json, name, time);
 }
 
-// Absent, and so null, below 0.
+// Below 0 means absent: null.
 void put_non_negative(std::string_view name, int64_t value) {
     if (value < 0)
         put_null(json, name);

@@ -121,7 +121,7 @@ void ztpinfo_configure(ZtpInfoContext* handle, const ZtpSettings& settings);
 // Fills `summary` from the last completed timeslice; after a fatal condition in the last call it is cleared.
 void ztpinfo_summarise(const ZtpInfoContext* handle, ZtpStreamSummary& summary);
 
-// Both.
+// ztpinfo_analyse, then ztpinfo_summarise.
 [[nodiscard]] int ztpinfo_process(std::span<const uint8_t> bytes, ZtpStreamSummary& summary, ZtpInfoContext* handle);
 
 // For the finding of a container after a call that did not return ZTP_CLEAN: where it went wrong. After ZTP_FATAL the
