@@ -202,9 +202,7 @@ uint16_t eac3_blocks(uint32_t numblkscod) {
 }
 
 int unpack_frame_words(std::span<const uint16_t> words, uint32_t& frame_words) {
-    WordCursor bsid_cursor{words};
-    bsid_cursor.skip(40);
-    const uint32_t bsid = bsid_cursor.read(5);
+    const uint32_t bsid = frame_bsid(words);
     WordCursor cursor{words};
     if (is_ac3_bsid(bsid)) return unpack_ac3_frame_words(cursor, frame_words);
     if (!is_eac3_bsid(bsid)) {

@@ -76,7 +76,7 @@ int unpack_frame(std::span<const uint16_t> words, ZtpFrameInfo& frame) {
         report_fatal("ztp-fatal-short-frame", "Insufficient data in input frame buffer", SOURCE, __LINE__);
         return FRAME_SHORT;
     }
-    const uint32_t bsid = words[2] >> 3 & 31u;
+    const uint32_t bsid = frame_bsid(words);
     if (is_eac3_bsid(bsid)) {
         const int status = unpack_eac3_bsi(words, frame.eac3);
         if (status != 0) return status;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 namespace quorlin {
 
@@ -14,6 +15,11 @@ constexpr bool is_ac3_bsid(uint32_t bsid) {
 
 constexpr bool is_eac3_bsid(uint32_t bsid) {
     return bsid >= 11 && bsid <= 16;
+}
+
+// bsid of a frame of either kind, from its first three words.
+constexpr uint32_t frame_bsid(std::span<const uint16_t> words) {
+    return words[2] >> 3 & 31u;
 }
 
 // The second word of an E-AC-3 frame.
