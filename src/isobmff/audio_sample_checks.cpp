@@ -9,6 +9,7 @@
 #include "bits/finding.h"
 #include "bits/place.h"
 #include "isobmff/segment_status.h"
+#include "ztpinfo/channel_locations.h"
 #include "ztpinfo/ztpinfo.h"
 
 namespace quorlin {
@@ -133,10 +134,7 @@ int compare_with_dec3(const Ec3Configuration& ec3, const ZtpStreamSummary& summa
 
 // For the facts of the segment.
 void keep_program_facts(SeenSamples& seen, const ZtpStreamSummary& summary) {
-    const ZtpProgramSummary& program = summary.programs[0];
-    uint32_t chanmap = 0;
-    for (const ZtpSubstreamSummary& dependent : program.dependent) chanmap |= dependent.chanmap;
-    seen.channels = count_channels(program.independent.acmod, program.independent.lfeon != 0, chanmap);
+    seen.channels = ztpinfo_channel_count(summary.programs[0]);
     seen.data_rate_kbps = summary.data_rate_kbps;
 }
 

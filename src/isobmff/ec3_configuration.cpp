@@ -65,13 +65,10 @@ uint32_t chanmap_to_chan_loc(uint32_t chanmap) {
     return chan_loc;
 }
 
-uint32_t count_channels(uint32_t acmod, bool lfeon, uint32_t chanmap) {
-    const uint32_t locations = ztpinfo_acmod_locations(acmod) | chanmap | (lfeon ? CHANMAP_LFE : 0u);
-    return chanmap_channels(static_cast<uint16_t>(locations));
-}
-
 uint32_t count_channels(const Ec3IndependentSubstream& substream) {
-    return count_channels(substream.acmod, substream.lfeon != 0, chan_loc_to_chanmap(substream.chan_loc));
+    const uint32_t locations = ztpinfo_acmod_locations(substream.acmod) | chan_loc_to_chanmap(substream.chan_loc) |
+                               (substream.lfeon != 0 ? CHANMAP_LFE : 0u);
+    return chanmap_channels(static_cast<uint16_t>(locations));
 }
 
 }  // namespace quorlin

@@ -35,9 +35,6 @@ Ec3Configuration parse_dec3(std::span<const uint8_t> payload);
 // bit order of chan_loc (F.6.2.13).
 uint32_t chanmap_to_chan_loc(uint32_t chanmap);
 
-// The channels of an E-AC-3 program: those of an acmod, the LFE, and the locations of a chanmap.
-uint32_t count_channels(uint32_t acmod, bool lfeon, uint32_t chanmap);
-
 // The channels of an independent substream together with its dependent ones.
 uint32_t count_channels(const Ec3IndependentSubstream& substream);
 
