@@ -64,7 +64,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (track.enhancement_layer) check_parameter_sets(*track.enhancement_layer);
     int status = check_sample_entry(track, context.attrs, "track") |
                  check_lumora_configuration(track, context.attrs.codecs, "track");
-    if (is_analyzed_audio(track)) status |= check_audio_sample(track, sample, true);
+    if (is_analysed_audio(track)) status |= check_audio_sample(track, sample, true);
     return status < 0 ? 1 : 0;
 }
 

@@ -193,7 +193,7 @@ int check_first_ac4_sample(TrackRecord& track, std::span<const uint8_t> sample) 
 
 }  // namespace
 
-bool is_analyzed_audio(const TrackRecord& track) {
+bool is_analysed_audio(const TrackRecord& track) {
     return track.codec_kind == CodecKind::AC3 || track.codec_kind == CodecKind::EC3 ||
            track.codec_kind == CodecKind::AC4;
 }

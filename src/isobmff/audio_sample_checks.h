@@ -8,7 +8,7 @@
 namespace quorlin {
 
 // Whether the samples of the track are analysed.
-bool is_analyzed_audio(const TrackRecord& track);
+bool is_analysed_audio(const TrackRecord& track);
 
 // Hands a sample to the analyzer of its format; `first` marks the track's first sample of the segment, which is
 // compared with the sample description. Returns 0, or MP4_FINDING.

@@ -68,7 +68,7 @@ void gather_group(Extraction& extraction, uint32_t& left) {
     }
 }
 
-int analyze_samples(Extraction& extraction, const AdjacentSamples& samples) {
+int analyse_samples(Extraction& extraction, const AdjacentSamples& samples) {
     int status = 0;
     size_t begin = 0;
     for (const uint32_t size : samples.sizes) {
@@ -92,8 +92,8 @@ int handle_group(Extraction& extraction, const AdjacentSamples& samples) {
     TrackRecord& track = extraction.track;
     if (is_avc(track) || is_hevc(track)) return write_video_samples(extraction.context.limits, track, samples);
     int status = 0;
-    if (is_analyzed_audio(track))
-        status = analyze_samples(extraction, samples);
+    if (is_analysed_audio(track))
+        status = analyse_samples(extraction, samples);
     else if (current_recorder() != nullptr)
         count_samples(track, samples);
     return status | write_sample_data(track.output, samples.bytes);
@@ -101,7 +101,7 @@ int handle_group(Extraction& extraction, const AdjacentSamples& samples) {
 
 // The work that the group means; false when that is beyond the limit.
 bool spend_group_work(Extraction& extraction) {
-    const uint64_t per_sample = is_analyzed_audio(extraction.track) ? ANALYSIS_WORK : SAMPLE_WORK;
+    const uint64_t per_sample = is_analysed_audio(extraction.track) ? ANALYSIS_WORK : SAMPLE_WORK;
     spend_work(extraction.context.limits, extraction.group.bytes + per_sample * extraction.group.sizes.size());
     return work_remains(extraction.context.limits);
 }

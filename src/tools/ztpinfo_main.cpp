@@ -40,7 +40,7 @@ void name_container(const std::string& path, std::span<const uint8_t> bytes) {
 }
 
 // Returns the analyzer's 0, 1 or 2; 2 as well for a file that cannot be read.
-int analyze_file(const std::string& path, const ZtpInfoCommand& command, std::vector<uint8_t>& bytes) {
+int analyse_file(const std::string& path, const ZtpInfoCommand& command, std::vector<uint8_t>& bytes) {
     if (read_whole_file(path, bytes) != 0) return EXIT_UNREADABLE;
     name_container(path, bytes);
     const ZtpInfoPtr handle(ztpinfo_open());
@@ -67,7 +67,7 @@ int run(int argc, char** argv) {
     std::vector<uint8_t> bytes;  // keeps its room from file to file
     for (const std::string& path : command.files) {
         if (several) std::printf("%s:\n", path.c_str());
-        worst = std::max(worst, analyze_file(path, command, bytes));
+        worst = std::max(worst, analyse_file(path, command, bytes));
         if (std::ferror(stdout) != 0) break;
     }
     return worst;
