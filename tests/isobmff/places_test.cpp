@@ -73,6 +73,7 @@ Bytes timed(const std::string& tfdt, const std::vector<Bytes>& samples) {
 TEST(Places, OfFindingsAndFacts) {
     const Bytes frame = syncframes("I");
     const Bytes odd = {0x0B, 0x78};
+    const Bytes without_chanmap = syncframes("I:acmod=2,lfeon=0 D:acmod=7,chanmape=0");
     const Bytes ec3 = audio_entry("ec-3", 2, {text_boxes("dec3:8 6 0 0x21 0x0F 0")});
     const Bytes dac4 = text_boxes("dac4:8 0x20 0xBA 1 0 0 0 0 0x1F 0xFF 0xFF 0xFF 0xE0 1 0x0D");
     const Bytes cut_vps = hvcC(4, {{32, {{1}}}});
@@ -95,6 +96,8 @@ TEST(Places, OfFindingsAndFacts) {
          {init(hevc, 48000), timed("tfdt:32 0 0\n", {unit, long_unit}),
           fragment("tfhd:32 0x20000 1\ntfdt:32 0 96000\ntrun:32 0x201 1 5000 9", "")}},
         {"times beyond measure", {init(ec3, 1), timed("tfdt:32 0x1000000 0xFFFFFFFF 0xFFFFFFFF\n", {frame})}},
+        {"the channels of a dependent substream without a chanmap are those of its acmod",
+         {init(ec3, 48000), timed("", {without_chanmap})}},
         {"no timescale", {init(ec3, 0), timed("tfdt:32 0 1\n", {frame})}},
         {"encrypted",
          {init(visual_entry("encv", {avcC(4, {}, {}), box("sinf", {box("frma", {text_bytes("avc1")})})}), 48000),
