@@ -28,6 +28,8 @@ struct PidRoute {
 
 // The state of one segment.
 struct TsDemuxContext {
+    explicit TsDemuxContext(const SegmentJob& segment_job) : job(segment_job) {}
+
     const SegmentJob& job;
 
     int64_t packets_read = 0;
