@@ -58,8 +58,8 @@ TEST(PlaylistChecks, FindingsAndMarks) {
     std::string report;
     for (const std::string& text : playlists) report += entry(text);
     report += transcript_checksums("damaged", 2560, [&](std::mt19937& random) {
-        const std::string text =
-            playlists[random() % std::size(playlists)] + playlists[random() % std::size(playlists)];
+        std::string text = playlists[random() % std::size(playlists)];
+        text += playlists[random() % std::size(playlists)];
         const std::vector<uint8_t> damaged = with_faults({text.begin(), text.end()}, random);
         return entry(std::string(damaged.begin(), damaged.end()));
     });

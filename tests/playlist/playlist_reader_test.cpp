@@ -88,7 +88,8 @@ TEST(PlaylistReader, Elements) {
     std::string transcript;
     for (const auto& c : cases) transcript += entry(c.first, c.second);
     transcript += transcript_checksums("damaged", 2560, [&](std::mt19937& random) {
-        const std::string text = cases[random() % std::size(cases)].second + cases[random() % std::size(cases)].second;
+        std::string text = cases[random() % std::size(cases)].second;
+        text += cases[random() % std::size(cases)].second;
         const std::vector<uint8_t> damaged = with_faults({text.begin(), text.end()}, random);
         return entry("", std::string(damaged.begin(), damaged.end()));
     });

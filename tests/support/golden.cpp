@@ -109,6 +109,7 @@ std::string transcript_checksums(const std::string& name, int count,
                                  const std::function<std::string(std::mt19937& random)>& run) {
     constexpr int TOGETHER = 16;
     const char* folder = std::getenv("QUORLIN_TRANSCRIPTS");
+    const std::string test = testing::UnitTest::GetInstance()->current_test_info()->name();
     std::string report = "== " + name + ":";
     set_recorder(&WHOLE_RECORDER);
     for (int first = 0; first < count; first += TOGETHER) {
@@ -119,7 +120,7 @@ std::string transcript_checksums(const std::string& name, int count,
         std::snprintf(sum, sizeof sum, " %08x", static_cast<uint32_t>(checksum(transcripts)));
         report += sum;
         if (folder != nullptr)
-            std::ofstream(std::string(folder) + "/" + name + " " + std::to_string(first), std::ios::binary)
+            std::ofstream(folder + ("/" + test) + " " + name + " " + std::to_string(first), std::ios::binary)
                 << transcripts;
     }
     set_recorder(nullptr);

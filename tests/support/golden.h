@@ -15,7 +15,8 @@ std::string printed_by(const std::function<void()>& run);
 std::string transcript_entry(const std::string& name, const std::function<int()>& run);
 
 // For inputs that count by their number: a line with a checksum for each 16 of `count` transcripts. `run` makes one
-// from a random engine that is always the same; what it prints by way of printed_by has the places of findings and the
+// from a random engine that is always the same, without two draws in one expression: compilers differ in their order.
+// What it prints by way of printed_by has the places of findings and the
 // facts in it, too. With QUORLIN_TRANSCRIPTS=FOLDER the transcripts are stored there, to be compared (diff -r) with
 // those of a build whose checksums are right.
 std::string transcript_checksums(const std::string& name, int count,

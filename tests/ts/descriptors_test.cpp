@@ -56,8 +56,8 @@ TEST(Descriptors, RulesAndPrintedLines) {
         const Bytes bytes = with_faults(ts_descriptor(c.tag, c.body), random);
         StreamDescriptor descriptor;
         uint32_t consumed = 0;
-        return transcript_entry("", [&] { return parse_descriptor(bytes, descriptor, consumed); }) +
-               std::to_string(consumed);
+        const std::string entry = transcript_entry("", [&] { return parse_descriptor(bytes, descriptor, consumed); });
+        return entry + std::to_string(consumed);
     });
     for (const DescriptorCase& c : CASES) {
         const Bytes bytes = ts_descriptor(c.tag, c.body);

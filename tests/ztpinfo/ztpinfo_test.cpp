@@ -186,7 +186,8 @@ TEST(Ztpinfo, Places) {
 // Changes bits of the BSI after bsid, now and then any bit of its first words.
 void change_bsi(Bytes& frame, std::mt19937& random) {
     const size_t begin = random() % 12 == 0 ? 16 : 45;
-    const size_t bit = begin + random() % (random() % 2 == 0 ? 50 : 200);
+    const size_t count = random() % 2 == 0 ? 50 : 200;
+    const size_t bit = begin + random() % count;
     frame[bit / 8] = static_cast<uint8_t>(frame[bit / 8] ^ 0x80u >> bit % 8);
 }
 
