@@ -124,7 +124,7 @@ int check_hevc_stream(const EsRecord& stream, const PlaylistAttributes* attrs, S
 // ISO/IEC 13818-1, 2.6.8: format_identifier alone, without additional identification info.
 bool is_lumora_registration(const StreamDescriptor& descriptor) {
     constexpr uint8_t LMRA[] = {'L', 'M', 'R', 'A'};
-    return descriptor.length == sizeof LMRA && std::equal(descriptor.raw.begin() + 2, descriptor.raw.end(), LMRA);
+    return descriptor.length == sizeof LMRA && std::ranges::equal(descriptor.raw.subspan(2), LMRA);
 }
 
 int check_lumora_registration(const PlaylistAttributes* attrs, SeenStreams& seen) {

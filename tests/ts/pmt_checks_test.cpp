@@ -33,7 +33,7 @@ EsRecord record(const Stream& stream) {
     EsRecord es;
     es.stream_type = stream.stream_type;
     for (const Bytes& bytes : stream.descriptors)
-        es.descriptors.push_back({.tag = bytes[0], .length = bytes[1], .raw = bytes});
+        es.descriptors.push_back({.tag = bytes[0], .length = static_cast<uint32_t>(bytes.size() - 2), .raw = bytes});
     return es;
 }
 
