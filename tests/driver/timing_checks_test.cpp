@@ -45,6 +45,23 @@ TEST(TimingChecks, OffsetsBetweenAudioAndVideo) {
     for (const Case& c : cases)
         for (TimingCaller caller : {TimingCaller::TEMPLATE, TimingCaller::PLAYLIST})
             printed += transcript_entry(c.name, [&] { return check_segment_timing(c.current, c.previous, caller); });
+    printed += transcript_checksums("any times", 640, [](std::mt19937& random) {
+        TsSegmentTiming segments[2];
+        for (TsSegmentTiming& segment : segments) {
+            segment.audio_count = random() % 4;
+            segment.video_first_pts = 90000 + random() % 4;
+            segment.video_end_pts = 90000 + random() % 4;
+            for (TsStreamTiming& stream : segment.streams) {
+                stream.stream_type = random() % 4 == 0 ? 0x81 : 0x87;
+                stream.first_pts = 90000 + random() % (stream.stream_type == 0x87 ? 4 : 4000);
+                stream.first_pts += random() % 4 == 0 ? 2877 : 0;
+                stream.end_pts = 90000 + random() % 4;
+                stream.pid = static_cast<uint16_t>(random() % 0x2000);
+            }
+        }
+        return transcript_entry("",
+                                [&] { return check_segment_timing(segments[0], segments[1], TimingCaller::PLAYLIST); });
+    });
     expect_golden("golden/timing_checks.txt", printed);
 }
 

@@ -32,6 +32,9 @@ void print_track(const TrackRecord& t) {
                 static_cast<int>(t.samples.sample_count), t.samples.time_to_sample.size(),
                 t.samples.composition_offsets.size(), t.samples.chunk_offsets.size());
     for (const uint32_t number : t.samples.sync_samples) std::printf(" sync %u", number);
+    for (const TimeToSample& row : t.samples.time_to_sample) std::printf(" %ux%u", row.sample_count, row.sample_delta);
+    for (const CompositionOffset& row : t.samples.composition_offsets)
+        std::printf(" %u+%u", row.sample_count, row.sample_offset);
     std::printf("\n");
 }
 
