@@ -95,8 +95,12 @@ def search_folder(top: str, skipped: set[FolderId], found: Found) -> list[str]:
             named.update(playlist.playlists, playlist.others)
         else:
             media.add(path)
-    found.notes += [f"{folder}: not validated: {plural(streams[folder], 'transport stream')} that no playlist names"
-                    for folder in sorted(streams.keys() - with_segments)]
+    if unnamed := streams.keys() - with_segments:
+        # A playlist may reach a folder by another path than the search.
+        named_folders = set(map(os.path.realpath, with_segments))
+        found.notes += [f"{folder}: not validated: "
+                        f"{plural(streams[folder], 'transport stream')} that no playlist names"
+                        for folder in sorted(unnamed) if os.path.realpath(folder) not in named_folders]
     return sorted(masters | (media - named))
 
 

@@ -175,6 +175,10 @@ class Names(BatchTest):
             (self.catalogue / "t" / f"{name}.m3u8").write_text(MEDIA)
         (self.catalogue / "loose").mkdir()
         (self.catalogue / "loose" / "0.ts").touch()
+        (self.catalogue / "linked").mkdir()
+        (self.catalogue / "linked" / "0.ts").touch()
+        (self.catalogue / "t" / "link").symlink_to(self.catalogue / "linked")
+        (self.catalogue / "t" / "nobody.m3u8").write_text("#EXTM3U\n#EXTINF:2,\nlink/0.ts\n")
         self.reports = self.catalogue / "reports"
         for _ in range(2):  # the reports in the catalogue are not searched
             done = self.batch(self.catalogue, "--dry-run")

@@ -30,14 +30,7 @@ constexpr Recorder PRINTING_RECORDER = {
     .segment = [](const SegmentFacts&, const Place&) {},
 };
 
-void print_facts(const PlaylistFacts& facts) {
-    for (const char* text :
-         {facts.group_id, facts.name, facts.language, facts.codecs, facts.bandwidth, facts.average_bandwidth,
-          facts.resolution, facts.target_duration, facts.media_sequence, facts.playlist_type, facts.key_method})
-        std::printf(" %s", text != nullptr ? text : "-");
-}
-
-// Prints all that a front end gets.
+// Prints all that a front end gets of the content of segments.
 constexpr Recorder WHOLE_RECORDER = {
     .finding =
         [](const Finding& finding) {
@@ -55,7 +48,7 @@ constexpr Recorder WHOLE_RECORDER = {
                         reason.place.line);
             print_place(reason.id, reason.place);
         },
-    .playlist = [](const PlaylistFacts& facts, const Place&) { print_facts(facts); },
+    .playlist = [](const PlaylistFacts&, const Place&) {},
     .segment = PLACE_RECORDER.segment,
 };
 
